@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kelvane {
+
+// The two television systems of DV, each with the figures that follow from it.
+struct TelevisionSystem {
+    int32_t width;
+    int32_t height;
+    float rate;             // frames a second; 29.97 and not 30000/1001
+    int32_t dv_frame_size;  // bytes of one 25 Mbit/s DV frame (IEC 61834-2, SMPTE 314M)
+};
+
+inline constexpr TelevisionSystem kPAL = {720, 576, 25.0f, 144000};
+inline constexpr TelevisionSystem kNTSC = {720, 480, 29.97f, 120000};
+
+constexpr const TelevisionSystem& SystemFor(bool pal)
+{
+    return pal ? kPAL : kNTSC;
+}
+
+}  // namespace kelvane
