@@ -1,0 +1,26 @@
+#include "codecs/built_in_codecs.h"
+
+#include "base/four_cc.h"
+#include "codecs/huffyuv_decoder.h"
+#include "codecs/huffyuv_encoder.h"
+#include "codecs/qtrle_decoder.h"
+#include "codecs/qtrle_encoder.h"
+#include "codecs/raw_rgb_codec.h"
+#include "codecs/yuv_decoder.h"
+#include "codecs/yuv_encoder.h"
+
+namespace kelvane {
+
+void RegisterBuiltInCodecs(CodecRegistry& registry, const HandlerProbe& canOpen)
+{
+    registry.RegisterCodec(&RawRGBCodec::Descriptor());
+    registry.RegisterCodec(&YUVEncoder::Descriptor());
+    registry.RegisterCodec(&YUVDecoder::Descriptor());
+    registry.RegisterCodec(&QTRLEEncoder::Descriptor());
+    registry.RegisterCodec(&QTRLEDecoder::Descriptor());
+    const bool huffYUV = canOpen && canOpen(FourCC("HFYU"));
+    registry.RegisterCodec(huffYUV ? &HuffYUVEncoder::Descriptor() : nullptr);
+    registry.RegisterCodec(huffYUV ? &HuffYUVDecoder::Descriptor() : nullptr);
+}
+
+}  // namespace kelvane
