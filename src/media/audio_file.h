@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <variant>
+
+#include "media/aiff_file.h"
+#include "media/wav_file.h"
+
+namespace kelvane {
+
+// The kinds of files that an AudioFile opens; the numbers are those of file type detection.
+enum AudioFileType : int32_t { kNoAudioFile = 0, kWAVFileType = 3, kAIFFFileType = 4 };
+
+// The kind of an audio file by its first bytes.
+AudioFileType AudioFileTypeOf(const char* path);
+
+// A WAVE or AIFF file behind one face; the operations are those of WAVFile. For any other type all
+// of them answer -10, and Format() null.
+class AudioFile {
+public:
+    AudioFile(const char* path, uint32_t mode, int32_t type);
+
+    int InitCheck() const;
+    const RawAudioFormat* Format() const;
+    [[nodiscard]] int SetFormat(const RawAudioFormat& format);
+    int64_t CountFrames() const;
+    int SetPosition(int64_t frame);
+    [[nodiscard]] int Read(void* buffer, int32_t& count);
+    [[nodiscard]] int Write(const void* buffer, int32_t count);
+
+    // True when samples come with the bytes of each 16-bit word exchanged from big-endian ones.
+    bool IsAIFF() const { return std::holds_alternative<AIFFFile>(fFile); }
+
+private:
+    std::variant<std::monostate, WAVFile, AIFFFile> fFile;
+};
+
+}  // namespace kelvane

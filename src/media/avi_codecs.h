@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+namespace kelvane {
+
+// About the four bytes of a stream's "fccHandler", read as a big-endian number: "dvsd"_4cc is what
+// a file spells so.
+
+// True for 25 Mbit/s DV in the spellings of all makers, also with the bytes reversed.
+bool IsDVHandler(uint32_t handler);
+// True for uncompressed pictures; 0 is one of them.
+bool IsRawHandler(uint32_t handler);
+// What to call a video codec in a description.
+struct VideoCodecName {
+    const char* text;
+    bool is_dv;
+};
+VideoCodecName NameOfVideoHandler(uint32_t handler);
+// And the codec of an audio stream.
+const char* NameOfAudioHandler(uint32_t handler);
+
+}  // namespace kelvane

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "base/file_handle.h"
+#include "codecs/media_format.h"
+#include "media/avi_index.h"
+#include "media/avi_references.h"
+#include "media/avi_structure.h"
+#include "media/avi_writer.h"
+#include "media/file_access.h"
+
+namespace kelvane {
+
+// An AVI file, read or written. It reads all dialects: Type 1 ("iavs") and Type 2 DV, OpenDML files
+// of several RIFFs, "idx1" that counts from the file's start or from "movi", and frames that are
+// references into other files. It writes the same, by the flags of AVIFlag. Four-character codes
+// are in file order, FourCC("dvsd"). For one thread at a time.
+//
+// A source is parsed by the constructor. A destination is begun with BeginDVAVI, or with BeginAVI
+// and a call for each stream; its true headers are written by Finish, or by the destructor.
+class AVIFile {
+public:
+    // `mode` is a FileMode; a source may add kAVIListMedia, for a dump. kDescribe stops the parsing
+    // at the first frame and builds no frame tables. An existing destination is replaced.
+    AVIFile(const char* path, uint32_t mode);
+    ~AVIFile();
+    AVIFile(const AVIFile&) = delete;
+    AVIFile& operator=(const AVIFile&) = delete;
+
+    // kOK; kError: cannot be opened; kNotThisClass: the first chunk is no "RIFF" "AVI ";
+    // kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
+    int InitCheck() const { return fInitCheck; }
+
+    int32_t CountStreams() const { return static_cast<int32_t>(fStructure.streams.size()); }
+    // Null past the end.
+    AVIStream* StreamAt(int32_t index);
+    const AVIStream* StreamAt(int32_t index) const;
+    // The "fccHandler" of a stream in file order, 0 when there is no such stream.
+    uint32_t StreamHandler(int32_t index) const;
+    // Kind 0 for a stream that is neither sound nor a picture that is understood. The private data
+    // of an encoded format is what follows the bitmap header and lives as long as this object.
+    void StreamFormat(int32_t index, MediaFormat& format) const;
+    // The first of streams 0 to 3 that is "vids" or "iavs", and that is "auds"; -1 if none is.
+    int32_t VideoStream() const;
+    int32_t AudioStream() const;
+
+    // File position of a frame's data, and its size in bytes; -1 if there is none.
+    int64_t FrameOffset(int32_t stream, int32_t frame, uint32_t& size) const;
+    // Reads the stream's next frame and moves on. A buffer of the stream's largest_frame bytes,
+    // and of at least 144000 where frames may be references, holds any. kError: no such frame, or
+    // it cannot be read whole, or the buffer is too small. kReferenceMissing: the file that it
+    // lies in cannot be read. `size` is 0 then.
+    [[nodiscard]] int ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
+    // The frame that was captured in mode kDescribe; empty when there was none.
+    std::span<const uint8_t> FirstFrame() const { return fStructure.first_frame; }
+
+    // The destination's operations; see AVIWriter. kError for a source.
+    [[nodiscard]] int BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
+    [[nodiscard]] int BeginAVI(uint32_t flags);
+    [[nodiscard]] int AddVideoStream(const MediaFormat& format);
+    [[nodiscard]] int AddEncodedVideoStream(const MediaFormat& format);
+    [[nodiscard]] int AddAudioStream(const MediaFormat& format);
+    [[nodiscard]] int SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
+    [[nodiscard]] int SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
+    [[nodiscard]] int WriteFrame(int32_t stream, const void* data, int32_t size);
+    // Writes what is due at the end. The destructor does it otherwise, but cannot tell that it
+    // failed. kOK for a source.
+    [[nodiscard]] int Finish();
+    // Before the destination is begun.
+    void SetLimits(const AVILimits& limits);
+
+    // All chunks, for a dump.
+    const ChunkTree& Chunks() const { return fStructure.tree; }
+
+private:
+    void OpenSource(const char* path);
+    int ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size);
+    int32_t FirstStreamOf(bool audio) const;
+
+    FileHolder fFile;
+    uint32_t fMode;
+    int fInitCheck = 0;
+    AVIStructure fStructure;
+    AVIIndex fIndex{fStructure};
+    ReferencedFiles fReferenced;
+    std::unique_ptr<AVIWriter> fWriter;  // of a destination
+};
+
+}  // namespace kelvane

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "base/file_handle.h"
+#include "codecs/media_format.h"
+#include "media/avi_appender.h"
+#include "media/avi_index_writer.h"
+#include "media/avi_layout.h"
+#include "media/avi_limits.h"
+#include "media/avi_references.h"
+#include "media/avi_structure.h"
+
+namespace kelvane {
+
+// The writing side of AVIFile. The headers are planned in memory, their room is reserved when the
+// first frame comes, every frame is written once where it stays, and the true headers follow at
+// the end. All operations answer kOK or kError unless told otherwise.
+class AVIWriter {
+public:
+    // The structure is empty and outlives the writer.
+    AVIWriter(AVIStructure& structure, FileHandle file, const std::string& path);
+    AVIWriter(const AVIWriter&) = delete;
+    AVIWriter& operator=(const AVIWriter&) = delete;
+
+    void SetLimits(const AVILimits& limits) { fLimits = limits; }
+
+    // Lays down a DV file: one stream for Type 1, stream 0 video and stream 1 audio for Type 2.
+    // `flags` are AVIFlag; without kAVIPAL it is NTSC. `handler` 0 is "dvsd". `audio_rate_code`:
+    // 0 is 48000 Hz, 1 is 44100, 2 is 32000.
+    [[nodiscard]] int BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
+    // Lays down a file without streams; they are added by the next three, in their order.
+    [[nodiscard]] int BeginAVI(uint32_t flags);
+    // Raw pictures. kFormatNotSupported for a reference file, as references stand for DV frames.
+    [[nodiscard]] int AddVideoStream(const MediaFormat& format);
+    // Encoded pictures, with the format's private data behind the bitmap header. DV becomes a
+    // Type 1 stream with the handler "CDVC".
+    [[nodiscard]] int AddEncodedVideoStream(const MediaFormat& format);
+    // What is 0 in the format is stereo, 44100 Hz, 16 bits.
+    [[nodiscard]] int AddAudioStream(const MediaFormat& format);
+
+    // For a source whose sound is known late, before the first sound is written. What is not above
+    // 0 stays as it is.
+    [[nodiscard]] int SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
+    // Replaces the bitmap header of a "vids" stream. `block` begins with its length. Its length can
+    // change only before the first frame.
+    [[nodiscard]] int SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
+
+    // Appends a frame or a piece of sound. Refused also when the file has reached its limit. What
+    // was written before stays good after a failure.
+    [[nodiscard]] int WriteFrame(int32_t stream, std::span<const uint8_t> data);
+    // Writes indexes and headers. Done once; later calls give the same answer.
+    [[nodiscard]] int Finish();
+
+private:
+    bool Has(uint32_t flag) const { return fStructure.flags & flag; }
+    AVIStream* StreamAt(int32_t index);
+    bool CanAddStream() const;
+    int ReserveHeaders();
+    bool IsFull(size_t size) const;
+    bool SegmentIsFull() const;
+    int WriteReference(const AVIStream& stream, std::span<const uint8_t> frame, Bytes& reference);
+    uint32_t PaddingBehind(size_t size) const;
+    void Count(AVIStream& stream, const FrameEntry& chunk, size_t frame_size);
+    int WriteEnd();
+
+    AVIStructure& fStructure;
+    FileHandle fFile;
+    std::string fPath;
+    AVILimits fLimits;
+    AVILayout fLayout;
+    AVIAppender fAppender;
+    AVIIndexWriter fIndexes;
+    std::optional<ReferenceOutput> fReferences;
+    uint64_t fTotal = 0;  // bytes of media with the reserved headers
+    bool fReserved = false;
+    std::optional<int> fFinished;
+};
+
+}  // namespace kelvane

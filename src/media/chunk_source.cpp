@@ -1,0 +1,52 @@
+#include "media/chunk_source.h"
+
+#include <algorithm>
+
+#include "media/file_access.h"
+
+namespace kelvane {
+
+ChunkSource::ChunkSource(FileHandle file, ByteOrder order)
+    : fFile(file), fOrder(order), fFileEnd(FileSize(file)), fBodiesLeft(0)
+{
+    fBodiesLeft = std::min(fFileEnd, kMostBodies);
+}
+
+bool ChunkSource::Read32(uint32_t& value)
+{
+    if (fPosition >= fFileEnd || fFileEnd - fPosition < 4) return false;
+    if (fPosition < fWindowStart || fPosition + 4 > fWindowStart + fWindowSize) {
+        const int64_t got = FileReadAt(fFile, fPosition, fWindow.data(), fWindow.size());
+        fWindowStart = fPosition;
+        fWindowSize = got > 0 ? static_cast<uint32_t>(got) : 0;
+        if (fWindowSize < 4) return false;
+    }
+    const auto at = static_cast<size_t>(fPosition - fWindowStart);
+    value = static_cast<uint32_t>(LoadBytes(std::span(fWindow).subspan(at, 4), fOrder));
+    fPosition += 4;
+    return true;
+}
+
+bool ChunkSource::ReadLength(uint32_t& length)
+{
+    if (!Read32(length)) return false;
+    if (length == 0xFFFFFFFF) length--;
+    length += length & 1;
+    return true;
+}
+
+std::unique_ptr<Bytes> ChunkSource::ReadBody(uint32_t length)
+{
+    if (fPosition >= fFileEnd) return nullptr;
+    const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(length, fFileEnd - fPosition));
+    if (bytes == 0 || bytes > fBodiesLeft) return nullptr;
+    auto body = std::make_unique<Bytes>(bytes);
+    const int64_t got = FileReadAt(fFile, fPosition, body->data(), bytes);
+    if (got <= 0) return nullptr;
+    body->resize(static_cast<size_t>(got));
+    fBodiesLeft -= static_cast<uint64_t>(got);
+    fPosition += length;
+    return body;
+}
+
+}  // namespace kelvane

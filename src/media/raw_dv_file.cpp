@@ -1,0 +1,130 @@
+#include "media/raw_dv_file.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "base/status.h"
+#include "base/television.h"
+#include "dv/dif_frame.h"
+#include "media/stream_words.h"
+
+namespace kelvane {
+
+RawDVFile::RawDVFile(const char* path, uint32_t mode)
+{
+    if (path) Open(path, mode);
+}
+
+int RawDVFile::Open(const char* path, uint32_t mode)
+{
+    fPath = path;
+    fMode = mode;
+    fPosition = 0;
+    fFileSize = 0;
+    fInitCheck = kOK;
+    fFile = FileHolder();  // closed first: the old file may be the one that is opened
+    fFile = FileHolder(FileOpen(path, mode == kCreate   ? kOpenCreate
+                                      : mode == kUpdate ? kOpenUpdate
+                                                        : kOpenRead));
+    if (mode == kCreate) {
+        fInitCheck = fFile.IsOpen() ? kOK : kError;
+    } else {
+        const int64_t end = FileSeek(fFile.Handle(), 0, kFromEnd);
+        fFileSize = end > 0 ? static_cast<uint64_t>(end) : 0;
+    }
+    return fInitCheck;
+}
+
+int RawDVFile::SetRecordSize(int32_t bytes)
+{
+    fRecordSize = bytes;
+    return kOK;
+}
+
+int RawDVFile::Read(void* buffer, int32_t& count)
+{
+    const int64_t wanted = count;
+    count = 0;
+    if (!buffer || wanted < 0 || fMode == kCreate || fPosition < 0 || fRecordSize < 1)
+        return kError;
+    const int64_t bytes = wanted * fRecordSize;
+    if (bytes > std::numeric_limits<uint32_t>::max()) return kError;
+    if (FileSeek(fFile.Handle(), int64_t{fPosition} * fRecordSize, kFromStart) < 0) return kError;
+    const int64_t got = FileRead(fFile.Handle(), buffer, static_cast<uint32_t>(bytes));
+    if (got < fRecordSize) return kError;
+    count = static_cast<int32_t>(got / fRecordSize);
+    fPosition += count;
+    return kOK;
+}
+
+int RawDVFile::Write(const void* buffer, int32_t count)
+{
+    if (!buffer || count < 1 || fMode == kRead || fRecordSize < 1) return kError;
+    const int64_t bytes = int64_t{count} * fRecordSize;
+    if (bytes > std::numeric_limits<uint32_t>::max()) return kError;
+    const int64_t put = FileWrite(fFile.Handle(), buffer, static_cast<uint32_t>(bytes));
+    return put == bytes ? kOK : kError;
+}
+
+int RawDVFile::Seek(int64_t record)
+{
+    if (record < 0 || record > CountRecords() || record > std::numeric_limits<int32_t>::max())
+        return kError;
+    fPosition = static_cast<int32_t>(record);
+    return kOK;
+}
+
+int64_t RawDVFile::CountRecords() const
+{
+    if (fRecordSize < 1) return 0;
+    const int64_t bytes = fMode == kCreate ? FileSeek(fFile.Handle(), 0, kFromCurrent)
+                                           : static_cast<int64_t>(fFileSize);
+    return std::max<int64_t>(bytes, 0) / fRecordSize;
+}
+
+int RawDVFile::DeleteFile()
+{
+    if (fInitCheck == kOK) {
+        fFile.Close();
+        unlink(fPath.c_str());
+    }
+    fInitCheck = kError;
+    return kOK;
+}
+
+bool IsRawDV(const uint8_t* head, size_t bytes)
+{
+    // The id of a DIF block: section type, sequence 0, number of the block within its section.
+    struct BlockId {
+        size_t at;
+        uint8_t section, number;
+    };
+    static constexpr BlockId kSubcode[] = {{80, 0x30, 0}, {160, 0x30, 1}};
+    static constexpr BlockId kVideoAux[] = {{240, 0x50, 0}, {320, 0x50, 1}};
+    static constexpr BlockId kVideo[] = {{560, 0x90, 0}, {640, 0x90, 1}, {720, 0x90, 2}};
+    if (bytes < kRawDVHeadSize) return false;
+    const auto matches = [head](const BlockId& id) {
+        return (head[id.at] & 0xF0) == id.section && head[id.at + 1] == 7 &&
+               head[id.at + 2] == id.number;
+    };
+    return std::ranges::all_of(kSubcode, matches) || std::ranges::all_of(kVideoAux, matches) ||
+           std::ranges::all_of(kVideo, matches);
+}
+
+std::string DescribeRawDV(const char* path)
+{
+    RawDVFile file(path, kRead);
+    file.SetRecordSize(kPAL.dv_frame_size);
+    std::vector<uint8_t> bytes(static_cast<size_t>(kPAL.dv_frame_size));
+    int32_t count = 1;
+    // The result does not count: one NTSC frame alone is less than a record, but its bytes arrive.
+    static_cast<void>(file.Read(bytes.data(), count));
+    if (!IsRawDV(bytes.data(), bytes.size())) return {};
+    DIFFrame frame(bytes.data(), static_cast<uint32_t>(bytes.size()));
+    return "DIF/" + DVWords(frame);
+}
+
+}  // namespace kelvane

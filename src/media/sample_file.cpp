@@ -1,0 +1,89 @@
+#include "media/sample_file.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <vector>
+
+#include "base/byte_cursor.h"
+#include "base/status.h"
+
+namespace kelvane {
+
+SampleFile::SampleFile(const char* path, uint32_t mode)
+    : fFile(FileOpen(path, mode == kCreate   ? kOpenCreate
+                           : mode == kUpdate ? kOpenUpdate
+                                             : kOpenRead)),
+      fMode(mode)
+{
+}
+
+int64_t SampleFile::CountFrames(uint64_t bytes, size_t frameSize) const
+{
+    const uint64_t end = FileSize(fFile.Handle());
+    if (frameSize == 0 || end <= fStart) return 0;
+    return static_cast<int64_t>(std::min(bytes, end - fStart) / frameSize);
+}
+
+int SampleFile::Read(void* buffer, int32_t& count, size_t frameSize)
+{
+    const int64_t wanted = count;
+    count = 0;
+    if (!buffer || wanted < 0 || fMode == kCreate || fPosition < 0 || frameSize == 0) return kError;
+    const uint64_t bytes = static_cast<uint64_t>(wanted) * frameSize;
+    if (bytes > std::numeric_limits<uint32_t>::max()) return kError;
+    const uint64_t at = fStart + static_cast<uint64_t>(fPosition) * frameSize;
+    const int64_t got = FileReadAt(fFile.Handle(), at, buffer, static_cast<uint32_t>(bytes));
+    if (got <= 0) return kError;
+    count = static_cast<int32_t>(static_cast<size_t>(got) / frameSize);
+    fPosition += count;
+    return kOK;
+}
+
+int SampleFile::Write(const void* buffer, int32_t count, size_t frameSize)
+{
+    if (!buffer || count < 1 || fMode == kRead || frameSize == 0) return kError;
+    const uint64_t bytes = static_cast<uint64_t>(count) * frameSize;
+    // Sizes are 32-bit in the headers.
+    if (fStart + fBytesWritten + bytes > std::numeric_limits<uint32_t>::max()) return kError;
+    if (!fReserved) {
+        const std::vector<uint8_t> zeros(fStart);
+        const FilePart header = {zeros.data(), static_cast<uint32_t>(fStart)};
+        if (FileWriteAt(fFile.Handle(), 0, {&header, 1}) != static_cast<int64_t>(fStart))
+            return kError;
+        fReserved = true;
+    }
+    const FilePart samples = {buffer, static_cast<uint32_t>(bytes)};
+    const int64_t put = FileWriteAt(fFile.Handle(), fStart + fBytesWritten, {&samples, 1});
+    if (put != static_cast<int64_t>(bytes)) return kError;
+    fFramesWritten += static_cast<uint64_t>(count);
+    fBytesWritten += bytes;
+    return kOK;
+}
+
+void OverwriteWithRecord(const RawAudioFormat& format, std::vector<uint8_t>& body)
+{
+    Bytes record;
+    ByteWriter writer(record, ByteOrder::kLittle);
+    writer.Put32(format.format);
+    writer.Put16(format.ch);
+    writer.Put16(format.bitspersample);
+    writer.Put32(static_cast<uint32_t>(format.srate));
+    writer.PutZeros(4);
+    std::copy_n(record.begin(), std::min(record.size(), body.size()), body.begin());
+}
+
+std::string DescribeSamples(const char* kind, const RawAudioFormat& format)
+{
+    static const char* const kChannels[] = {"mono", "stereo", "3-channel", "4-channel"};
+    static const char* const kEncodings[] = {"unknown", "PCM",   "unknown", "float",
+                                             "u-law",   "a-law", "ADPCM"};
+    const size_t channels = size_t{format.ch} - 1;
+    const char* layout = channels < std::size(kChannels) ? kChannels[channels] : ">4-channel";
+    const char* encoding =
+        format.format < std::size(kEncodings) ? kEncodings[format.format] : "unknown";
+    return std::string(kind) + " " + layout + " " + std::to_string(format.bitspersample) + "-bit " +
+           encoding + " @ " + std::to_string(format.srate) + " Hz";
+}
+
+}  // namespace kelvane
