@@ -1,0 +1,23 @@
+#include "engine/conversion_run.h"
+
+#include "engine/picture_size.h"
+
+namespace kelvane {
+
+ConversionRun::ConversionRun(const ConversionSettings& options, Source& from, Destination& to,
+                             AudioTransfer& sound, ConversionState& kept)
+    : settings(options),
+      source(from),
+      destination(to),
+      audio(sound),
+      state(kept),
+      ring(LargestFrame(from.format)),
+      time(options, from.is_pal, to.is_pal),
+      decoder(from.format, kept),
+      encoder(to.format, to.is_pal, kept),
+      resampler(to.format.Width(), to.format.Height(), options.motiondetail, kept),
+      source_aspect(options.src_aspect)
+{
+}
+
+}  // namespace kelvane

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "dv/dif_frame.h"
+#include "engine/audio_transfer.h"
+#include "engine/conversion_settings.h"
+#include "engine/conversion_state.h"
+#include "engine/destination.h"
+#include "engine/frame_ring.h"
+#include "engine/picture_decoder.h"
+#include "engine/picture_encoder.h"
+#include "engine/source.h"
+#include "engine/time_position.h"
+#include "engine/time_resampler.h"
+
+namespace kelvane {
+
+// One conversion under way: everything that is open and everything that is counted.
+struct ConversionRun {
+    ConversionRun(const ConversionSettings& settings, Source& source, Destination& destination,
+                  AudioTransfer& audio, ConversionState& state);
+    ConversionRun(const ConversionRun&) = delete;
+    ConversionRun& operator=(const ConversionRun&) = delete;
+
+    const ConversionSettings& settings;
+    Source& source;
+    Destination& destination;
+    AudioTransfer& audio;
+    ConversionState& state;
+
+    FrameRing ring;
+    TimePosition time;
+    PictureDecoder decoder;
+    PictureEncoder encoder;
+    TimeResampler resampler;
+    std::vector<uint8_t> picture;  // the output picture
+    int32_t drop_counter = 0;      // output frames dropped by pulldown
+
+    uint64_t total_frames = 0;  // for progress
+    uint64_t frames_read = 0;   // turns that tried to read, also after the end of the source
+    int64_t frames_output = 0;
+    int read_status = 0;   // of the last read of a frame
+    int audio_status = 0;  // of the last read of the source's audio stream
+
+    DIFFrame frame;            // looks at one frame after another
+    bool knows_first = false;  // the first DV frame was looked at
+    bool is_dvcpro = false;    // what it said, for the whole file
+    bool is_wide = false;
+    int32_t source_aspect;  // 0 until known, 1 is 4:3, 2 is 16:9
+    Timecode first_timecode, last_timecode;
+
+    std::string message;  // why the run failed
+};
+
+}  // namespace kelvane

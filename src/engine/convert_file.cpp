@@ -1,0 +1,164 @@
+#include "engine/convert_file.h"
+
+#include "base/status.h"
+#include "engine/destination.h"
+#include "engine/frame_loop.h"
+#include "engine/source.h"
+
+namespace kelvane {
+
+namespace {
+
+constexpr int32_t kCanopusInterleave = 4;  // frames between two chunks of sound
+
+// Opens the four external codecs for their television systems, or keeps them open.
+int BindCodecs(const ConversionSettings& settings, const Source& source,
+               const Destination& destination, ConversionState& state, std::string& message)
+{
+    const struct {
+        DVCodecRole role;
+        const DVCodecEntry* chosen;
+        bool pal;
+    } rows[] = {
+        {kDVEncoder, settings.dv_encoder, destination.is_pal},
+        {kDVDecoder, settings.dv_decoder, source.is_pal},
+        {kDVCPROEncoder, settings.dvcpro_encoder, destination.is_pal},
+        {kDVCPRODecoder, settings.dvcpro_decoder, source.is_pal},
+    };
+    for (const auto& row : rows) {
+        DVCodecSlot& slot = state.slots[row.role];
+        if (slot.Bind(row.chosen, row.pal) == kOK) continue;
+        message = slot.OpenError();
+        return kError;
+    }
+    return kOK;
+}
+
+AudioSetup SoundSetup(const ConversionSettings& settings, const std::string& sourcePath,
+                      const Source& source, Destination& destination)
+{
+    AudioSetup setup;
+    setup.source_is_pal = source.is_pal;
+    setup.destination_is_pal = destination.is_pal;
+    setup.source_is_dv = source.format.IsDV();
+    setup.separate_track = destination.Audio() != nullptr;
+    setup.interleave = settings.audio_interleave_factor;
+    setup.companions =
+        settings.audio_search != 0 && (source.kind == kAVISource || source.kind == kRawDVSource);
+    setup.source_path = sourcePath;
+    if (settings.audio_search > 1 && settings.audio_file) setup.companion = settings.audio_file;
+    return setup;
+}
+
+int ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
+{
+    AudioStream* stream = source.Audio();
+    if (!stream) return kOK;
+    RawAudioFormat format = source.audio_format.encoded_audio.output;
+    SampleCoding coding;
+    coding.bits = 0;  // cannot be brought to 16 bits
+    if (source.audio_format.kind == kRawAudio) {
+        format = source.audio_format.raw_audio;
+        coding = source.kind == kQuickTimeSource ? QuickTimeCoding(format) : RIFFCoding(format);
+    }
+    const int status =
+        audio.SetSourceStream(*stream, coding, static_cast<uint32_t>(format.srate), format.ch);
+    if (status != kOK) message = audio.Message();
+    return status;
+}
+
+// True when the source has sound that this destination cannot hold.
+bool LosesSound(Source& source, Destination& destination)
+{
+    return !destination.format.IsDV() && !destination.Audio() &&
+           (source.Audio() || source.format.IsDV());
+}
+
+void CopyTimecode(const Timecode& from, uint16_t (&to)[4])
+{
+    to[0] = static_cast<uint16_t>(from.hours);
+    to[1] = static_cast<uint16_t>(from.minutes);
+    to[2] = static_cast<uint16_t>(from.seconds);
+    to[3] = static_cast<uint16_t>(from.frames);
+}
+
+void CopyCompanions(const AudioTransfer& audio, ConversionResult& result)
+{
+    std::string* const places[] = {&result.audio_file_1, &result.audio_file_2, &result.audio_file_3,
+                                   &result.audio_file_4};
+    const std::vector<std::string>& paths = audio.CompanionPaths();
+    for (size_t i = 0; i < paths.size() && i < std::size(places); i++)
+        *places[i] = paths[i];
+}
+
+// With both files open. The destination is finished by the caller.
+int ConvertOpened(const std::string& sourcePath, Source& source, Destination& destination,
+                  const ConversionSettings& settings, ConversionState& state,
+                  ConversionResult& result)
+{
+    if (!CodecsAreSet(settings, result.message)) return kError;
+    if (BindCodecs(settings, source, destination, state, result.message) != kOK) return kError;
+    AudioTransfer audio(SoundSetup(settings, sourcePath, source, destination));
+    if (ConnectSourceSound(source, audio, result.message) != kOK) return kError;
+    if (LosesSound(source, destination))
+        result.warning = "The output format carries no sound; that of the source is left out.";
+    ConversionRun run(settings, source, destination, audio, state);
+    const int status = RunFrameLoop(run);
+    result.message = run.message;
+    result.frames_read = run.frames_read;
+    CopyTimecode(run.first_timecode, result.first_timecode);
+    CopyTimecode(run.last_timecode, result.last_timecode);
+    CopyCompanions(audio, result);
+    return status;
+}
+
+int Convert(const std::string& sourcePath, const std::string& destinationPath, int32_t type,
+            ConversionSettings& settings, ConversionState& state, ConversionResult& result)
+{
+    const auto source = OpenSource(sourcePath, result.message);
+    if (!source) return kError;
+    if (type == kDestinationCanopus2) settings.audio_interleave_factor = kCanopusInterleave;
+    const DestinationPlan plan = PlanDestination(settings, *source, type);
+    AdaptiveDeinterlaceInit(state.deinterlace, plan.format.Width(), plan.format.Height());
+    const auto destination = CreateDestination(destinationPath, plan, result.message);
+    if (!destination) return kError;
+    destination->format = plan.format;
+    destination->is_pal = result.destination_is_pal = plan.is_pal;
+    const int status = ConvertOpened(sourcePath, *source, *destination, settings, state, result);
+    AdaptiveDeinterlaceEnd(state.deinterlace);
+    // What is due at the end must reach the disk too.
+    if (destination->Finish() != kOK && status == kOK) {
+        result.message = "Write error in destination file (video track)!";
+        return kError;
+    }
+    return status;
+}
+
+}  // namespace
+
+bool CodecsAreSet(const ConversionSettings& settings, std::string& message)
+{
+    if (settings.dv_data_conversion != kConvertToDVCPRO25 && !settings.dv_encoder) {
+        message = "DV Encoder is not set.";
+        return false;
+    }
+    if (!settings.dv_decoder) {
+        message = "DV Decoder is not set.";
+        return false;
+    }
+    return true;
+}
+
+int ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
+                int32_t typeOfDestination, ConversionSettings& settings, ConversionResult* result,
+                ConversionState& state)
+{
+    ConversionResult unseen;
+    ConversionResult& filled = result ? *result : unseen;
+    filled = ConversionResult();
+    filled.status =
+        Convert(sourcePath, destinationPath, typeOfDestination, settings, state, filled);
+    return filled.status;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "codecs/codec.h"
+#include "codecs/media_format.h"
+#include "engine/conversion_state.h"
+
+namespace kelvane {
+
+// Turns 32-bit pictures, top row first, into frames of one destination.
+class PictureEncoder {
+public:
+    PictureEncoder(const MediaFormat& format, bool pal, ConversionState& state);
+
+    // Codes the picture, which may be turned upside down or packed in place on the way. `dvcpro`
+    // tells which kind of DV is wanted. 0 with the frame in Frame(), or a negative Status with the
+    // reason in Message().
+    [[nodiscard]] int Encode(std::span<uint8_t> picture, bool dvcpro);
+    // The frame made last; may be edited in place.
+    std::span<uint8_t> Frame() { return std::span(fBuffer).first(fSize); }
+    // What a codec wants stored beside the frames (a bitmap header with its extension); empty when
+    // there is nothing. Known after the first frame.
+    std::vector<uint8_t> StreamHeader() const;
+    const std::string& Message() const { return fMessage; }
+
+private:
+    int EncodeDV(std::span<uint8_t> picture, bool dvcpro);
+    int EncodeBuiltIn(std::span<uint8_t> picture);
+    bool FindCodec();
+    bool IsHuffYUV() const;
+    int Fail(int status, std::string message);
+
+    const MediaFormat& fFormat;
+    bool fPAL;
+    ConversionState& fState;
+    std::unique_ptr<Codec> fCodec;  // found at the first picture
+    std::vector<uint8_t> fBuffer;
+    size_t fSize = 0;
+    std::string fMessage;
+};
+
+}  // namespace kelvane

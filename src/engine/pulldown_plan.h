@@ -1,0 +1,18 @@
+#pragma once
+
+#include "engine/resampling_plan.h"
+
+namespace kelvane {
+
+// Plans that copy one picture, or weave two.
+ResamplingPlan Copy(Neighbour picture);
+ResamplingPlan Weave(Neighbour even, Neighbour odd);
+
+// "2:3:3:2:2 Pulldown": six output frames of five source frames, with one in a thousand dropped to
+// come from 30 to 29.97 frames a second.
+ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike,
+                            int32_t& dropCounter);
+// Its reverse: five output frames of six source frames.
+ResamplingPlan PlanReversePulldown(const ResamplingInput& in, const AlikeTest& alike);
+
+}  // namespace kelvane

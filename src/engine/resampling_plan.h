@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace kelvane {
+
+// The neighbours of the position on the source's time axis. Several can be the same picture at the
+// two ends of a file.
+enum class Neighbour { kPrevious, kCurrent, kNext, kNewest };
+
+// What the decision looks at. Positions are in source frames.
+struct ResamplingInput {
+    double position = 0;
+    double step = 1;               // source frames an output frame
+    int32_t method = 0;            // 0 nearest, 1 blend, 2 motion interpolation, 3 pulldown
+    int32_t source_interlace = 0;  // 0 progressive, 1 upper, 2 lower field first
+    int32_t target_interlace = 0;  // 0 as source, 1, 2 as above, 3 to 5 deinterlaced
+    bool allow_field_order_change = false;
+    int32_t direction = 0;  // 0 equal standards, 1 to NTSC, 2 to PAL
+    int64_t output_index = 0;
+    int64_t current_frame_number = 0;
+};
+
+// True when two pictures show the same scene. Asked only where it matters, for it costs a pass over
+// both.
+using AlikeTest = std::function<bool(Neighbour, Neighbour)>;
+
+enum class FinalStep { kNone, kAdaptive, kBlur, kFixedBlur };
+
+// How to make one output picture.
+struct ResamplingPlan {
+    enum Base {
+        kNothing,      // the output picture keeps what it held
+        kDrop,         // no frame is written
+        kWeave,        // even lines from one picture, odd lines from another
+        kMix,          // `even` whole, mixed with `blend_all`
+        kInterpolate,  // by motion between the current and the next picture
+    };
+    // Lines of the base mixed with those of a partner.
+    struct Blend {
+        Neighbour partner;
+        int32_t weight = 0;  // of the partner, 0 to 255; 0: no blend
+    };
+
+    Base base = kNothing;
+    Neighbour even = Neighbour::kCurrent, odd = Neighbour::kCurrent;  // the same: a copy
+    Blend blend_even{}, blend_odd{}, blend_all{};
+    bool fields = false;         // interpolate each field by itself
+    bool shift_field = false;    // one field is taken from one frame earlier on both sides
+    int32_t shifted_parity = 0;  // its lines: 0 even, 1 odd
+    float time = 0;              // between the two pictures
+    int32_t sel = 1;             // which field the final step keeps
+    FinalStep final_step = FinalStep::kNone;
+};
+
+// Decides how to make the output picture at a position. `dropCounter` counts the frames dropped by
+// pulldown so far; 0 at first.
+ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
+                                int32_t& dropCounter);
+
+}  // namespace kelvane

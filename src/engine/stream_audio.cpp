@@ -1,0 +1,63 @@
+#include "engine/stream_audio.h"
+
+#include <algorithm>
+
+#include "base/status.h"
+
+namespace kelvane {
+
+int StreamAudioReader::Fill(AudioFifo& fifo, size_t enough)
+{
+    int empty_chunks = 0;
+    while (fifo.Count() <= enough) {
+        if (fPoured < fWaiting.size()) {
+            PourWaiting(fifo);
+            continue;
+        }
+        if (fStatus != kOK) break;
+        const uint32_t room = fStream.ChunkSize();
+        uint32_t bytes = 0;
+        // In place where nothing needs converting and the ring can be made large enough.
+        const bool in_place = fConverter.Coding().IsPlain() && room <= AudioFifo::kMaximum / 4;
+        fStatus = in_place ? ReadInPlace(fifo, room, bytes) : ReadAside(room, bytes);
+        // A stream may hold empty chunks, but is not to hold up the pictures with them.
+        empty_chunks = bytes == 0 ? empty_chunks + 1 : 0;
+        if (empty_chunks == 2) break;
+    }
+    return fStatus;
+}
+
+int StreamAudioReader::ReadInPlace(AudioFifo& fifo, uint32_t room, uint32_t& bytes)
+{
+    if (fifo.TailRoom() < room) {
+        const size_t shortfall = room > fifo.Free() ? room - fifo.Free() : 0;
+        if (fifo.Grow(shortfall) != kOK) return kError;
+    }
+    const int status = fStream.ReadChunk(fifo.TailPointer(), room, bytes);
+    if (status == kOK) fifo.Advance(std::min(bytes, room));
+    return status;
+}
+
+int StreamAudioReader::ReadAside(uint32_t room, uint32_t& bytes)
+{
+    if (room > kMostChunk) return kError;
+    fChunk.resize(room);
+    const int status = fStream.ReadChunk(fChunk.data(), room, bytes);
+    if (status != kOK) return status;
+    fWaiting.clear();
+    fPoured = 0;
+    fConverter.Convert(std::span(fChunk).first(std::min(bytes, room)), fWaiting);
+    return kOK;
+}
+
+void StreamAudioReader::PourWaiting(AudioFifo& fifo)
+{
+    const size_t piece = std::min(fWaiting.size() - fPoured, AudioFifo::kInitial);
+    if (fifo.Put(std::span(fWaiting).subspan(fPoured, piece)) != kOK) {
+        fPoured = fWaiting.size();  // beyond the ring's limit: the sound is short by that much
+        return;
+    }
+    fPoured += piece;
+}
+
+}  // namespace kelvane
