@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "cli/arguments.h"
+
+namespace kelvane {
+
+// Tells how a run goes: a bar or plain lines on standard error, or a JSON object a line on
+// standard output.
+class ProgressDisplay {
+public:
+    explicit ProgressDisplay(ProgressStyle style) : fStyle(style) {}
+
+    void Start(const std::string& file);
+    // Draws at most ten times a second.
+    void Frames(uint64_t done, uint64_t total);
+    void Done(const std::string& output);
+    void Failed(const std::string& message);
+    void Skipped(const std::string& reason);
+    void Warn(const std::string& text);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    double FramesPerSecond() const;
+    void DrawBar();
+    void ClearBar();
+    void PrintEvent(const char* event, const char* key, const std::string& text) const;
+    void PrintLine(const std::string& text);
+
+    ProgressStyle fStyle;
+    std::string fFile;
+    uint64_t fDone = 0, fTotal = 0;
+    Clock::time_point fStart, fDrawn;
+    bool fBarShown = false;
+};
+
+}  // namespace kelvane

@@ -1,0 +1,37 @@
+#include "cli/sample_command.h"
+
+#include <cmath>
+#include <filesystem>
+#include <iostream>
+
+#include "base/status.h"
+#include "support/clip_maker/sample_clip.h"
+
+namespace kelvane {
+
+int MakeSample(const SampleArguments& arguments, const CodecDrivers& drivers)
+{
+    std::error_code error;
+    if (std::filesystem::exists(arguments.path, error)) {
+        std::cerr << arguments.path << ": Skipped, file exists\n";
+        return kExitFileFailed;
+    }
+    SampleOptions options;
+    options.pal = arguments.pal;
+    options.wide = arguments.wide;
+    options.rate = static_cast<uint32_t>(arguments.rate);
+    SampleClip clip(drivers, options);
+    if (clip.InitCheck() != kOK) {
+        std::cerr << "kelvane-convert: DV Encoder is not set.\n";
+        return kExitFileFailed;
+    }
+    const auto frames =
+        static_cast<int64_t>(std::lround(arguments.seconds * double(clip.System().rate)));
+    if (WriteSampleFile(arguments.path, clip, frames) != kOK) {
+        std::cerr << arguments.path << ": cannot be written\n";
+        return kExitFileFailed;
+    }
+    return kExitDone;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "cli/arguments.h"
+#include "platform/codec_drivers.h"
+
+namespace kelvane {
+
+// Makes a sample clip. Answers an ExitStatus.
+int MakeSample(const SampleArguments& arguments, const CodecDrivers& drivers);
+
+}  // namespace kelvane
