@@ -1,0 +1,422 @@
+// What a conversion says of files, settings and codecs that will not do, and what it leaves behind.
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "engine/conversion_case.h"
+#include "media/audio_file.h"
+#include "media/avi_file.h"
+#include "support/qt_builder.h"
+#include "support/riff.h"
+
+namespace kelvane {
+namespace {
+
+Bytes BytesOf(const std::string& text)
+{
+    return Bytes(text.begin(), text.end());
+}
+
+Bytes Movie(const char* format, bool video = true, uint32_t depth = 24)
+{
+    QTTestTrack track;
+    track.video = video;
+    track.format = format;
+    track.depth = depth;
+    track.stco = QTTable({8, 16});
+    return Join(
+        {QTAtom("mdat", {QTTinyMedia()}), QTAtom("moov", {QTMovieHeader(), track.Build()})});
+}
+
+std::function<int(uint32_t)> gAtProgress;
+
+int CallAtProgress(uint32_t frames, uint64_t, uintptr_t)
+{
+    return gAtProgress(frames);
+}
+
+class Messages : public ConversionCase {
+protected:
+    using ConversionCase::ConversionCase;
+
+    void Expect(int status, const std::string& message, const std::string& source,
+                const std::string& destination = "")
+    {
+        const std::string to = destination.empty() ? fFolder.Path("destination") : destination;
+        EXPECT_EQ(status, Convert(source, to));
+        EXPECT_EQ(message, fResult.message);
+        EXPECT_EQ(status, fResult.status);
+    }
+    // The frames of a clip behind one another in an AVI, of a size each of its own, with a rate of
+    // sound when there is a stream for it.
+    std::string MakeAVI(const std::vector<Bytes>& frames, uint32_t flags, int32_t rate = 0,
+                        int32_t bits = -1)
+    {
+        const std::string path = fFolder.Path("made.avi");
+        AVIFile file(path.c_str(), kCreate);
+        EXPECT_EQ(0, file.BeginDVAVI(flags | kAVIOldIndex, FourCC("dvsd"), 0));
+        if (rate) {
+            EXPECT_EQ(0, file.SetAudioFormat(1, rate, 2, bits));
+        }
+        const Bytes silence(7680);
+        for (const Bytes& frame : frames) {
+            EXPECT_EQ(0, file.WriteFrame(0, frame.data(), int32_t(frame.size())));
+            if (!rate) continue;
+            EXPECT_EQ(0, file.WriteFrame(1, silence.data(), int32_t(silence.size())));
+        }
+        EXPECT_EQ(0, file.Finish());
+        return path;
+    }
+};
+
+TEST_F(Messages, SourcesThatAreNone)
+{
+    const auto avi = [](const char* type, const char* handler) {
+        TinyAVI file;
+        file.type = type;
+        file.handler = handler;
+        return BytesOf(file.Build());
+    };
+    // An empty list; no list of streams at all; a head and 1000 bytes.
+    const Bytes corrupted = BytesOf(RiffList("AVI ", {"LIST" + Little(0, 4) + "hdrl"}, "RIFF"));
+    const Bytes streamless = BytesOf(
+        RiffList("AVI ", {RiffList("hdrl", {RiffChunk("avih", std::string(56, '\0'))})}, "RIFF"));
+    const Bytes headless = QTAtom("mdat", {Bytes(992)});
+    const std::string unknown = "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV.";
+    const struct {
+        const char* what;
+        Bytes file;
+        std::string message;
+    } rows[] = {
+        {"corrupted AVI", corrupted, "AVI parsing error, corrupted file"},
+        {"AVI without streams", streamless, "Source contains no video streams."},
+        {"AVI of sound", avi("auds", "\0\0\0\0"), "Source contains no video streams."},
+        {"AVI of another codec", avi("vids", "MJPG"), "Source is not DV or uncompressed AVI."},
+        {"interleaved, not DV", avi("iavs", "MJPG"), "Source is not DV or uncompressed AVI."},
+        {"interleaved, raw", avi("iavs", "YUY2"), "Source is not DV or uncompressed AVI."},
+        {"movie without a head", headless, "Quicktime open error"},
+        {"movie of sound", Movie("twos", false), "Cannot find video stream in QuickTime movie."},
+        {"movie of another codec", Movie("jpeg"), "Source is not a DV QuickTime."},
+        {"HuffYUV in a movie", Movie("HFYU"), "Cannot find video stream in QuickTime movie."},
+        {"text", Bytes(2000, 'a'), unknown},
+        {"999 bytes", Bytes(999, 0x1F), unknown},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        Expect(-1, row.message, fFolder.Write("bad", row.file));
+        EXPECT_FALSE(std::filesystem::exists(fFolder.Path("destination")));
+    }
+    const std::string fifo = fFolder.Path("fifo");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+    for (const std::string& path : {fFolder.Path("missing"), fFolder.Root().string(), fifo,
+                                    std::string("/dev/zero"), fFolder.Write("empty", {})})
+        Expect(-1, unknown, path);
+    for (const bool wav : {true, false}) {
+        const std::string sound = fFolder.Path(wav ? "sound.wav" : "sound.aif");
+        AudioFile file(sound.c_str(), kCreate, wav ? kWAVFileType : kAIFFFileType);
+        EXPECT_EQ(0, file.SetFormat({kSamplePCM, 2, 16, 48000}));
+        EXPECT_EQ(0, file.Write(Bytes(4000).data(), 1000));
+        Expect(-1, unknown, sound);
+    }
+}
+
+TEST_F(Messages, PicturesThatNoCodecReads)
+{
+    for (const char* handler : {"YV12", "YVYU", "HFYU"}) {
+        TinyAVI file;
+        file.handler = handler;
+        const bool known = std::string(handler) == "HFYU";
+        Expect(known ? 0 : -1, known ? "" : "No suitable decoder is found.",
+               fFolder.Write("bad.avi", BytesOf(file.Build())));
+    }
+    Expect(-1, "No suitable decoder is found.", fFolder.Write("bad.mov", Movie("rle ", true, 16)));
+}
+
+TEST_F(Messages, DestinationsThatCannotBe)
+{
+    const std::string source = MakeClip(3);
+    for (const char* format : {"dv", "avi2-odml", "avi1-ref", "matrox", "mov-audio"}) {
+        Choose(format);
+        Expect(-1, "Could not create destination file.", source, fFolder.Path("none/file"));
+        Expect(-1, "Could not create destination file.", source, fFolder.Root().string());
+    }
+    for (const char* format : {"es3", "du1", "omf"}) {
+        Choose(format);
+        Expect(-1, "Output format not supported.", source);
+    }
+    Choose("avi1-ref", "rgb24");
+    Expect(-1, "Output format not supported.", source);
+    Choose("dv");
+    const Bytes before = ReadWhole(source);
+    Expect(-1, "Could not create destination file.", source, source);
+    EXPECT_TRUE(before == ReadWhole(source)) << "a source is never its own destination";
+}
+
+TEST_F(Messages, CodecsThatAreNotSet)
+{
+    const std::string none = "None";
+    const std::string no_decoder = "No DVCPRO25 Decoder is set! Please check the Preferences.";
+    const std::string no_encoder = "No DVCPRO25 Encoder is set! Please check the Preferences.";
+    const struct {
+        bool dvcpro_source, changes_system;
+        int32_t data;
+        bool encoder, decoder, dvcpro_encoder, dvcpro_decoder;
+        int status;
+        std::string message;
+    } rows[] = {
+        {false, false, 0, false, true, true, true, -1, "DV Encoder is not set."},
+        {false, false, 0, true, false, true, true, -1, "DV Decoder is not set."},
+        {false, false, 2, false, false, true, true, -1, "DV Decoder is not set."},
+        {false, false, 2, false, true, true, true, 0, ""},
+        {false, false, 2, true, true, false, true, -112, no_encoder},
+        {true, true, 0, true, true, true, false, -108, no_decoder},
+        {true, true, 0, true, true, false, true, -112, no_encoder},
+        {true, true, 1, true, true, false, true, 0, ""},
+        {true, false, 1, true, true, true, false, -108, no_decoder},
+        {true, false, 0, true, true, false, false, 0, ""},
+        {true, false, 2, false, true, false, false, 0, ""},
+    };
+    SampleOptions options;
+    MakeClip("dv", 3, options);
+    options.dvcpro = true;
+    MakeClip("dvcpro", 3, options);
+    const ConversionOptions all = fOptions;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.message + std::to_string(&row - rows));
+        fOptions = all;
+        fOptions.opselection = row.changes_system ? kOperationToNTSC : kOperationConvert;
+        fOptions.dataconv = row.data;
+        if (!row.encoder) fOptions.DVencoder = none;
+        if (!row.decoder) fOptions.DVdecoder = none;
+        if (!row.dvcpro_encoder) fOptions.DVCPROencoder = none;
+        if (!row.dvcpro_decoder) fOptions.DVCPROdecoder = none;
+        Expect(row.status, row.message, fFolder.Path(row.dvcpro_source ? "dvcpro" : "dv"));
+    }
+}
+
+class CodecMessages : public Messages {
+protected:
+    CodecMessages() : Messages(TEST_MODULES "/kelvane-codec-test-vfw") {}
+};
+
+TEST_F(CodecMessages, SayWhichCodecFailedAndOfWhichKind)
+{
+    const std::string good = "Test DV (VfW)";
+    std::string ConversionOptions::*const roles[] = {
+        &ConversionOptions::DVencoder, &ConversionOptions::DVdecoder,
+        &ConversionOptions::DVCPROencoder, &ConversionOptions::DVCPROdecoder};
+    const char* const words[][2] = {{"DV Encoder", "DV Encode"},
+                                    {"DV Decoder", "DV Decode"},
+                                    {"DVCPRO25 Encoder", "DVCPRO25 Encode"},
+                                    {"DVCPRO25 Decoder", "DVCPRO25 Decode"}};
+    fOptions.opselection = kOperationToNTSC;
+    for (size_t role = 0; role < 4; role++) {
+        SampleOptions options;
+        options.dvcpro = role >= 2;
+        const std::string source = MakeClip("clip", 3, options);
+        for (const auto& [suffix, number] : {std::pair(" (VfW)", "#2"), {" (DirectX)", "#1"}}) {
+            for (const auto option : roles)
+                fOptions.*option = good;
+            fOptions.*roles[role] = std::string("Refusing") + suffix;
+            Expect(-1, std::string(words[role][0]) + " initialization error " + number + ".",
+                   source);
+            EXPECT_TRUE(std::filesystem::exists(fFolder.Path("destination")));
+            fOptions.*roles[role] = std::string("Failing") + suffix;
+            Expect(-1, std::string(words[role][1]) + " Error " + number + "!", source);
+        }
+    }
+    // Whims that are put up with, in one run: the picture comes through upright.
+    fOptions.opselection = kOperationConvert;
+    fOptions.dataconv = 1;
+    fOptions.DVdecoder = fOptions.DVCPROdecoder = "DV Master Test (VfW)";
+    const std::string source = fFolder.Path("clip");
+    for (const char* encoder : {"DV Master Test (VfW)", "Second Try (VfW)", "With Quality (VfW)"}) {
+        fOptions.DVencoder = encoder;
+        const std::string out = Converted(source, "whims");
+        const Bytes before = DecodedFrame(source, 1, fState), after = DecodedFrame(out, 1, fState);
+        EXPECT_GT(PictureNoise(before, after), 30) << encoder;
+    }
+}
+
+TEST_F(Messages, SoundThatWillNotDo)
+{
+    const std::vector<Bytes> frames = Film(MakeClip(4)).frames;
+    const std::string wrong = "Wrong sample rate in input audio stream (22050 Hz)!";
+    Expect(-1, wrong, MakeAVI(frames, kAVIPAL, 22050));
+    Expect(-1, "Source audio format is not supported (PCM or float is needed)!",
+           MakeAVI(frames, kAVIPAL, 48000, 64));
+
+    const auto companion = [&](const char* name, uint16_t channels, int32_t rate) {
+        AudioFile file(fFolder.Path(name).c_str(), kCreate, kWAVFileType);
+        EXPECT_EQ(0, file.SetFormat({kSamplePCM, channels, 16, rate}));
+        const Bytes samples(4000);
+        EXPECT_EQ(0, file.Write(samples.data(), 1000));
+    };
+    const std::string source = fFolder.Path("source.dv");
+    companion("source.wav", 2, 22050);
+    Expect(-13, wrong, source);
+    std::filesystem::remove(fFolder.Path("source.wav"));
+    companion("source_1.wav", 2, 48000), companion("source_2.wav", 2, 48000);
+    Expect(-18, "Source audio files should be mono!", source);
+    EXPECT_EQ(fFolder.Path("source_2.wav"), fResult.audio_file_2);
+    companion("source_1.wav", 1, 48000), companion("source_2.wav", 1, 32000);
+    Expect(-18, "Source audio files have different formats!", source);
+}
+
+TEST_F(Messages, ReferencedFilesThatAreNotThere)
+{
+    const std::string clip = MakeClip(12), media = fFolder.Path("ref.000");
+    for (const char* format : {"avi1-ref", "avi2-ref"}) {
+        Choose(format);
+        const std::string source = Converted(clip, "ref.avi");
+        Choose("dv");
+        fAdjust = [](ConversionSettings& settings) { settings.progress = CallAtProgress; };
+        gAtProgress = [&](uint32_t frames) {
+            if (frames == 6) std::filesystem::resize_file(media, 6 * 144008);
+            return 0;
+        };
+        Expect(-1, "Error reading the referenced file.", source);
+        EXPECT_EQ(6u, Film(fFolder.Path("destination")).frames.size());
+        fAdjust = nullptr;
+        std::filesystem::remove(media);
+        Expect(-1, "Error reading source file! The referenced file is not found.", source);
+        EXPECT_EQ(0u, ReadWhole(fFolder.Path("destination")).size());
+    }
+}
+
+TEST_F(Messages, ShortSourcesEndAsThePrefillSays)
+{
+    for (const char* format : {"dv", "avi1", "mov"}) {
+        Choose(format);
+        for (size_t frames = 1; frames <= 4; frames++) {
+            SCOPED_TRACE(format + std::to_string(frames));
+            std::vector<uint8_t> bytes = ReadWhole(MakeClip(4));
+            bytes.resize(frames * 144000);
+            const std::string clip = fFolder.Write("short.dv", bytes);
+            // Four frames are read at once for a change of field order, and the first is not
+            // output.
+            fOptions.dstint = 1;
+            const std::string out = Converted(clip, "out");
+            // An empty file of raw DV is none.
+            if (frames > 1 || format != std::string("dv")) {
+                EXPECT_EQ(frames - 1, Film(out).frames.size());
+            }
+            fOptions.dstint = 0;
+            if (frames >= 3) {
+                EXPECT_EQ(frames, Film(Converted(clip, "out")).frames.size());
+                continue;
+            }
+            Expect(-1, "Error reading source file (video) !", clip);
+        }
+    }
+    Choose("dv");
+    fOptions.dstint = 0;
+    std::vector<uint8_t> cut = ReadWhole(MakeClip(4));
+    cut.resize(cut.size() - 1000);
+    EXPECT_EQ(3u, Film(Converted(fFolder.Write("cut.dv", cut), "out")).frames.size());
+    TinyAVI none;
+    none.frames.clear();
+    const std::string empty = fFolder.Write("empty.avi", BytesOf(none.Build()));
+    Expect(-1, "Error reading source file (video) !", empty);
+    fOptions.dstint = 1;
+    Expect(0, "", empty);
+}
+
+TEST_F(Messages, RubbishBetweenGoodFramesEndsTheRunBehindThem)
+{
+    std::vector<Bytes> frames = Film(MakeClip(10)).frames;
+    std::fill(frames[6].begin(), frames[6].end(), 0x5A);
+    const std::string source = MakeAVI(frames, kAVIPAL | kAVIType1);
+    for (const char* format : {"dv", "avi2-odml", "mov-audio"}) {
+        Choose(format);
+        fOptions.opselection = kOperationConvert;
+        EXPECT_EQ(10u, Film(Converted(source, "copy")).frames.size()) << "nobody looks inside";
+        fOptions.opselection = kOperationToNTSC;
+        Expect(-1, "DV Decode Error #1!", source);
+        Film film(fFolder.Path("destination"));
+        EXPECT_FALSE(film.pal);
+        EXPECT_EQ(5u, film.frames.size());
+        EXPECT_EQ(5u, film.told_frames);
+    }
+}
+
+TEST_F(Messages, ASourceThatChangesItsSystemHalfway)
+{
+    std::vector<Bytes> frames = Film(MakeClip(5)).frames;
+    for (const Bytes& frame : Film(MakeClip(5, false)).frames)
+        frames.push_back(frame);
+    const std::string source = MakeAVI(frames, kAVIPAL | kAVIType1);
+    Expect(-1, "Write error in destination file (video track)!", source);
+    EXPECT_EQ(5u, Film(fFolder.Path("destination")).frames.size());
+    fOptions.opselection = kOperationToNTSC;
+    Expect(-1, "DV Decode Error #1!", source);
+    EXPECT_LT(1u, Film(fFolder.Path("destination")).frames.size());
+    Choose("mov-audio");
+    fOptions.opselection = kOperationConvert;
+    EXPECT_EQ(10u, Film(Converted(source, "copy")).frames.size());
+}
+
+TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)
+{
+    const std::string source = MakeClip(6);
+    const Bytes before = ReadWhole(source);
+    fOptions.aileave = 1;
+    for (const char* format : {"dv", "avi1", "avi2", "mov", "mov-audio"}) {
+        Choose(format);
+        const bool movie = format[0] == 'm';  // has a head at once
+        Expect(-1,
+               movie ? "Could not create destination file."
+                     : "Write error in destination file (video track)!",
+               source, "/dev/full");
+    }
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
+    bool sound = false;
+    // Steps of less than a chunk of sound, through a frame and its sound.
+    for (rlim_t limit = 400000; limit < 560000; limit += 7000) {
+        for (const char* format : {"avi2", "mov-audio"}) {
+            Choose(format);
+            const rlimit small = {limit, old.rlim_max};
+            ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
+            const int status = Convert(source, fFolder.Path("full"));
+            ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &old));
+            EXPECT_EQ(-1, status);
+            const bool track = fResult.message == "Write error in destination file (audio track)!";
+            if (!track) {
+                EXPECT_EQ("Write error in destination file (video track)!", fResult.message);
+            }
+            sound |= track;
+            EXPECT_GE(limit, std::filesystem::file_size(fFolder.Path("full")));
+        }
+    }
+    EXPECT_TRUE(sound);
+    EXPECT_TRUE(before == ReadWhole(source));
+}
+
+TEST_F(Messages, StoppingLeavesAWholeFileBehind)
+{
+    const std::string source = MakeClip(10);
+    fAdjust = [](ConversionSettings& settings) { settings.progress = CallAtProgress; };
+    for (const char* format : {"dv", "avi1", "avi2-odml", "canopus2", "matrox", "mov-audio"}) {
+        Choose(format);
+        for (const size_t wanted : {1, 5, 10}) {
+            size_t seen = 0;
+            gAtProgress = [&](uint32_t) { return ++seen == wanted ? 1 : 0; };
+            const Film film(Converted(source, "stopped"));
+            EXPECT_EQ(wanted, film.frames.size()) << format;
+            EXPECT_EQ(wanted, film.told_frames) << format;
+            EXPECT_NEAR(double(film.track.size()), film.track.empty() ? 0 : double(wanted) * 7680,
+                        7680)
+                << format;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kelvane

@@ -1,0 +1,339 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "media/avi_file.h"
+#include "support/avi_films.h"
+#include "support/riff.h"
+#include "support/temp_folder.h"
+
+namespace kelvane {
+namespace {
+
+class AVIWriterTest : public testing::Test {
+protected:
+    std::string Path(const std::string& name = "film.avi") const { return fFolder.Path(name); }
+    const TempFolder fFolder;
+};
+
+TEST_F(AVIWriterTest, ReadsBackEveryTypeBitForBit)
+{
+    for (const AVIOutput& output : kAVIOutputs) {
+        for (const bool pal : {true, false}) {
+            SCOPED_TRACE(std::string(output.name) + (pal ? " PAL" : " NTSC"));
+            ASSERT_EQ(5u, WriteFilm(Path(), output, pal, 5));
+            const std::vector<Bytes> frames = ReadFilm(Path());
+            ASSERT_EQ(5u, frames.size());
+            for (uint32_t i = 0; i < 5; i++)
+                EXPECT_TRUE(NumberedFrame(pal ? 144000 : 120000, i) == frames[i]) << i;
+            const std::vector<Bytes> sound = ReadFilm(Path(), 1);
+            ASSERT_EQ(output.HasSound() ? 5u : 0u, sound.size());
+            for (uint32_t i = 0; i < sound.size(); i++)
+                EXPECT_TRUE(NumberedSound(i) == sound[i]) << i;
+        }
+    }
+}
+
+TEST_F(AVIWriterTest, IndexesByTheDialectsRules)
+{
+    WriteFilm(Path(), OutputNamed("Type2"), true, 2);
+    const RiffFilm old(Path());
+    const uint64_t first = old.Find("00db").head;
+    EXPECT_EQ(TinyAVI::IndexEntry("00db", static_cast<uint32_t>(first), 144000) +
+                  TinyAVI::IndexEntry("01wb", static_cast<uint32_t>(first) + 144008, 6400),
+              old.bytes.substr(old.Find("idx1").head + 8, 32))
+        << "from the file's start, in the order of the places";
+    WriteFilm(Path(), OutputNamed("Canopus2"), true, 2);
+    EXPECT_EQ(4u, RiffFilm(Path()).At("idx1", 8, 4)) << "from the name movi";
+
+    WriteFilm(Path(), OutputNamed("Matrox"), true, 2);
+    const RiffFilm matrox(Path());
+    EXPECT_EQ(65540u, matrox.At("idx1", 8, 4));
+    EXPECT_EQ(65536u, matrox.Find("ix00").head);
+    EXPECT_EQ(65528u, matrox.Find("ix00").size);
+    EXPECT_EQ(Little(2, 2) + Little(0x100, 2) + Little(2, 4) + "00dc" + Little(131072, 8) +
+                  Little(0, 4) + Little(8, 4) + Little(144000, 4) + Little(8 + 144384, 4) +
+                  Little(144000, 4) + Little(0, 8),
+              matrox.bytes.substr(matrox.Find("ix00").head + 8, 48));
+    EXPECT_EQ(Little(4, 4) + Little(1, 4) + "00dc" + Little(0, 12) + Little(65536, 8) +
+                  Little(65536, 4) + Little(2, 4) + Little(0, 16),
+              matrox.bytes.substr(matrox.Find("indx").head + 8, 56));
+    EXPECT_EQ(368u, matrox.Find("JUNK", 1).size);
+
+    WriteFilm(Path(), OutputNamed("Type1OpenDML"), true, 403, {}, 100);
+    const RiffFilm film(Path());
+    EXPECT_EQ("movi 00db ix00 00db ix00 00db ix00", film.Shape().substr(film.Shape().find("movi")));
+    const RiffNode second = film.Find("ix00", 1);
+    EXPECT_EQ(32780u, film.At("ix00", 12, 8)) << "qwBaseOffset: the head of the first frame";
+    EXPECT_EQ(201u, film.At("ix00", 4, 4, 1));
+    EXPECT_EQ(8u, film.At("ix00", 24, 4, 1));
+    EXPECT_EQ(Little(second.head, 8) + Little(second.size + 8, 4) + Little(201, 4),
+              film.bytes.substr(film.Find("indx").head + 8 + 24 + 16, 16));
+    EXPECT_EQ(1u, film.At("ix00", 4, 4, 2)) << "the last index takes what is left";
+    EXPECT_EQ(403u, film.At("dmlh", 0, 4));
+    EXPECT_EQ(403u, ReadFilm(Path()).size());
+
+    WriteFilm(Path(), OutputNamed("Type1OpenDML"), true, 201, {}, 100);
+    EXPECT_EQ("!", RiffFilm(Path()).Find("ix00", 1).id) << "no empty index";
+}
+
+TEST_F(AVIWriterTest, AddsSegmentsAtTheLimits)
+{
+    AVILimits limits;
+    limits.first_riff = 60000;
+    limits.later_riff = 20000;
+    limits.chunks_per_index = 4;
+    for (const char* name : {"Type1OpenDML", "Type2OpenDML", "Matrox"}) {
+        SCOPED_TRACE(name);
+        const AVIOutput& output = OutputNamed(name);
+        ASSERT_EQ(60u, WriteFilm(Path(), output, true, 60, limits, 1000));
+        const RiffFilm film(Path());
+        ASSERT_EQ("!", film.Find("!").id);
+        EXPECT_EQ("AVIX", film.Find("AVIX", 0).name);
+        EXPECT_EQ("AVIX", film.Find("AVIX", 1).name);
+        const std::vector<Bytes> frames = ReadFilm(Path());
+        ASSERT_EQ(60u, frames.size());
+        for (uint32_t i = 0; i < 60; i++)
+            EXPECT_TRUE(NumberedFrame(1000, i) == frames[i]) << i;
+        if (output.HasSound()) {
+            EXPECT_EQ(60u, ReadFilm(Path(), 1).size());
+        }
+    }
+    // The last one was Matrox: its old index stands in the last segment.
+    const RiffFilm film(Path());
+    EXPECT_EQ("idx1", film.nodes.back().id);
+    EXPECT_EQ(60u * 16, film.nodes.back().size);
+    // Media without heads, the first RIFF with its reserved headers: 65536 is above the limit.
+    WriteFilm(Path(), OutputNamed("Type1OpenDML"), true, 60, limits, 1000);
+    const RiffFilm exact(Path());
+    EXPECT_EQ(28, std::ranges::count_if(exact.nodes, [&](const RiffNode& node) {
+                  return node.id == "00db" && node.head < exact.Find("AVIX").head;
+              }));
+    EXPECT_EQ("!", exact.Find("idx1").id);
+}
+
+TEST_F(AVIWriterTest, BeginsAFurtherMatroxIndexWhenOneIsFull)
+{
+    AVILimits limits;
+    limits.matrox_index_entries = 3;
+    ASSERT_EQ(8u, WriteFilm(Path(), OutputNamed("Matrox"), true, 8, limits, 600));
+    const RiffFilm film(Path());
+    EXPECT_EQ(4u, film.At("ix00", 4, 4));
+    EXPECT_EQ(4u, film.At("ix00", 4, 4, 1));
+    EXPECT_EQ("!", film.Find("ix00", 2).id) << "none without frames";
+    EXPECT_EQ(film.Find("ix00", 1).head + 65536, film.At("ix00", 12, 8, 1));
+    EXPECT_EQ(2u, film.At("indx", 4, 4));
+    EXPECT_EQ(4u, film.At("indx", 24 + 16 + 12, 4));
+    EXPECT_EQ(8u, ReadFilm(Path()).size());
+}
+
+TEST_F(AVIWriterTest, NeverOverflowsTheSuperIndex)
+{
+    AVILimits limits;
+    limits.super_index_entries = 8;
+    limits.chunks_per_index = 2;
+    const uint32_t kRoom = 6 * 3 + 5 + 9;  // six as usual, then twice as many, and so on
+    ASSERT_EQ(kRoom, WriteFilm(Path(), OutputNamed("Type1OpenDML"), true, kRoom, limits, 100));
+    const RiffFilm film(Path());
+    EXPECT_EQ(8u, film.At("indx", 4, 4));
+    EXPECT_EQ(3u, film.At("indx", 24 + 5 * 16 + 12, 4));
+    EXPECT_EQ(5u, film.At("indx", 24 + 6 * 16 + 12, 4));
+    EXPECT_EQ(9u, film.At("indx", 24 + 7 * 16 + 12, 4));
+    EXPECT_EQ(kRoom, ReadFilm(Path()).size());
+    EXPECT_EQ(kRoom, WriteFilm(Path(), OutputNamed("Type1OpenDML"), true, 100, limits, 100))
+        << "then no more frames are taken";
+    EXPECT_EQ(kRoom, ReadFilm(Path()).size());
+}
+
+TEST_F(AVIWriterTest, RefusesMoreThanOneRiffHolds)
+{
+    AVILimits limits;
+    limits.only_riff = 32780 + 3000;
+    EXPECT_EQ(4u, WriteFilm(Path(), OutputNamed("Type1"), true, 9, limits, 1000))
+        << "exactly at the limit one more is taken";
+    EXPECT_EQ("!", RiffFilm(Path()).Find("!").id);
+    EXPECT_EQ(4u, ReadFilm(Path()).size());
+}
+
+TEST_F(AVIWriterTest, NumbersReferenceFiles)
+{
+    AVILimits limits;
+    limits.reference_file = 300000;
+    ASSERT_EQ(7u, WriteFilm(Path(), OutputNamed("Type2Reference"), true, 7, limits));
+    EXPECT_EQ(4u * 144008, ReadWhole(Path("film.000")).size()) << "the fourth begins above it";
+    EXPECT_EQ(3u * 144008, ReadWhole(Path("film.001")).size());
+    const RiffFilm film(Path());
+    const std::string name = Path("film.000");
+    EXPECT_EQ((name.size() + 18) & ~size_t{1}, film.Find("00db", 1).size);
+    EXPECT_EQ("REF " + Little(144008, 4) + Little(1, 4) + Little(name.size() + 1, 4) + name + '\0',
+              film.bytes.substr(film.Find("00db", 1).head + 8, 17 + name.size()));
+    EXPECT_EQ(Path("film.001"), film.bytes.substr(film.Find("00db", 3).head + 24, name.size()))
+        << "the frame that crosses the limit names the next file";
+    EXPECT_EQ(6400u, film.Find("01wb").size) << "sound stays";
+    EXPECT_EQ(144008u, film.At("strh", 36, 4)) << "the size of a frame, not of a reference";
+
+    for (const char* bare : {"bare", "dot.in/bare"}) {
+        std::filesystem::create_directories(Path("dot.in"));
+        WriteFilm(Path(bare), OutputNamed("Type1Reference"), true, 1);
+        EXPECT_EQ(144008u, ReadWhole(Path(std::string(bare) + ".000")).size());
+    }
+}
+
+TEST_F(AVIWriterTest, LeavesAValidFileWithoutFrames)
+{
+    for (const AVIOutput& output : kAVIOutputs) {
+        WriteFilm(Path(), output, true, 0);
+        const RiffFilm film(Path());
+        EXPECT_EQ("!", film.Find("!").id) << output.name;
+        EXPECT_EQ(0u, film.At("avih", 16, 4));
+        AVIFile file(Path().c_str(), kRead);
+        EXPECT_EQ(0, file.InitCheck());
+        EXPECT_EQ(output.HasSound() ? 2 : 1, file.CountStreams());
+    }
+}
+
+TEST_F(AVIWriterTest, WritesPicturesThatAreNotDV)
+{
+    const uint8_t tables[] = {2, 24, 0, 0, 9};
+    EncodedVideoFormat huffyuv{};
+    huffyuv.cspace = kBGR24;
+    huffyuv.w = 64;
+    huffyuv.h = 48;
+    huffyuv.frate = 29.97f;
+    huffyuv.encoding = kEncodingHuffYUV;
+    huffyuv.framesize = -1;
+    huffyuv.private_data = tables;
+    huffyuv.private_size = sizeof tables;
+    RawAudioFormat mono{kSamplePCM, 1, 8, 32000};
+    {
+        AVIFile file(Path().c_str(), kCreate);
+        ASSERT_EQ(0, file.BeginAVI(0x0108));
+        ASSERT_EQ(0, file.AddEncodedVideoStream(MediaFormat(huffyuv)));
+        ASSERT_EQ(0, file.AddAudioStream(MediaFormat(mono)));
+        for (int32_t size : {501, 700, 33})
+            ASSERT_EQ(0, file.WriteFrame(0, NumberedFrame(1000, 0).data(), size));
+        ASSERT_EQ(0, file.WriteFrame(1, NumberedFrame(1000, 0).data(), 77));
+        EXPECT_EQ(kError, file.AddAudioStream(MediaFormat(mono))) << "too late";
+    }
+    const RiffFilm film(Path());
+    EXPECT_EQ("!", film.Find("!").id) << "odd frames are padded";
+    EXPECT_EQ("HFYU", film.Text("strh", 4));
+    EXPECT_EQ(299700u, film.At("strh", 24, 4));
+    EXPECT_EQ(46u, film.Find("strf").size);
+    EXPECT_EQ(45u, film.At("strf", 0, 4));
+    EXPECT_EQ(700u, film.At("strf", 20, 4));
+    EXPECT_EQ(77u, film.At("strh", 32, 4, 1));
+    EXPECT_EQ(64u, film.At("avih", 32, 4));
+    EXPECT_EQ(0x910u, film.At("avih", 12, 4));
+
+    AVIFile file(Path().c_str(), kRead);
+    MediaFormat format;
+    file.StreamFormat(0, format);
+    EXPECT_EQ(kEncodingHuffYUV, format.encoded_video.encoding);
+    EXPECT_EQ(48, format.Height());
+    EXPECT_FLOAT_EQ(29.97f, format.FrameRate());
+    EXPECT_EQ(Bytes(tables, tables + 5),
+              Bytes(format.encoded_video.private_data, format.encoded_video.private_data + 5));
+    file.StreamFormat(1, format);
+    EXPECT_EQ(kRawAudio, format.kind);
+    EXPECT_EQ(32000, format.raw_audio.srate);
+    EXPECT_EQ(8, format.raw_audio.bitspersample);
+    EXPECT_EQ(33u, ReadFilm(Path())[2].size());
+}
+
+TEST_F(AVIWriterTest, PlansRawPicturesAndDVByFormat)
+{
+    RawVideoFormat raw{kUYVY, 720, 486, 29.97f, 0, 0};
+    AVIFile file(Path().c_str(), kCreate);
+    ASSERT_EQ(0, file.BeginAVI(0x0108));
+    EXPECT_EQ(kError, file.BeginAVI(0x0108)) << "once";
+    ASSERT_EQ(0, file.AddVideoStream(MediaFormat(raw)));
+    ASSERT_EQ(0, file.AddEncodedVideoStream(DVFormat(false)));
+    MediaFormat format;
+    file.StreamFormat(0, format);
+    EXPECT_EQ(kUYVY, format.Space());
+    EXPECT_EQ(486, format.Height());
+    EXPECT_EQ(FourCC("CDVC"), file.StreamHandler(1));
+    EXPECT_TRUE(file.StreamAt(1)->IsInterleaved());
+    EXPECT_FALSE(file.StreamAt(1)->IsPAL());
+
+    AVIFile reference(Path("other").c_str(), kCreate);
+    ASSERT_EQ(0, reference.BeginAVI(kAVIReference));
+    EXPECT_EQ(kFormatNotSupported, reference.AddVideoStream(MediaFormat(raw)));
+}
+
+TEST_F(AVIWriterTest, TakesTheFormatsThatAreKnownLate)
+{
+    {
+        AVIFile file(Path().c_str(), kCreate);
+        ASSERT_EQ(0, file.BeginDVAVI(0x0002, FourCC("dsvd"), 2));
+        EXPECT_EQ(kError, file.SetAudioFormat(0, 48000, 2, 16)) << "no sound in stream 0";
+        EXPECT_EQ(0, file.SetAudioFormat(1, 44100, 4, -1));
+        std::string block = Little(44, 4) + Little(720, 4) + Little(576, 4) + Little(1, 2) +
+                            Little(24, 2) + "xxxx" + std::string(20, '\0') + "more and more";
+        const std::span bytes(reinterpret_cast<const uint8_t*>(block.data()), block.size());
+        EXPECT_EQ(0, file.SetVideoFormat(0, bytes));
+        EXPECT_EQ(kError, file.SetVideoFormat(0, bytes.first(43))) << "shorter than it says";
+        EXPECT_EQ(kError, file.SetVideoFormat(1, bytes));
+        ASSERT_EQ(0, file.WriteFrame(0, NumberedFrame(500, 1).data(), 500));
+        ASSERT_EQ(0, file.WriteFrame(1, NumberedFrame(500, 1).data(), 80));
+        block[0] = 40;
+        EXPECT_EQ(kError, file.SetVideoFormat(0, bytes)) << "the headers have their place";
+    }
+    const RiffFilm film(Path());
+    EXPECT_EQ("dvsd", film.Text("strh", 4));
+    EXPECT_EQ("more", film.Text("strf", 40));
+    EXPECT_EQ(32768u, film.Find("movi").head);
+    EXPECT_EQ(Little(1, 2) + Little(4, 2) + Little(44100, 4) + Little(352800, 4) + Little(4, 2) +
+                  Little(16, 2),
+              film.bytes.substr(film.Find("strf", 1).head + 8, 16))
+        << "the block stays at 4 bytes";
+    EXPECT_EQ(44100u, film.At("strh", 24, 4, 1));
+    EXPECT_EQ(10u, film.At("strh", 32, 4, 1));
+}
+
+// A limit on the size of files stands in for a full disk: a write is cut short, then refused.
+TEST_F(AVIWriterTest, LeavesAGoodFileWhenTheDiskIsFull)
+{
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    for (const char* name : {"Type1", "Type2OpenDML", "Matrox"}) {
+        SCOPED_TRACE(name);
+        const rlimit small{400000, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+        const uint32_t taken = WriteFilm(Path(), OutputNamed(name), true, 9);
+        setrlimit(RLIMIT_FSIZE, &before);
+        EXPECT_LT(0u, taken);
+        EXPECT_GT(9u, taken);
+        EXPECT_EQ("!", RiffFilm(Path()).Find("!").id);
+        EXPECT_EQ(taken, ReadFilm(Path()).size());
+    }
+}
+
+TEST_F(AVIWriterTest, RefusesWhatMakesNoSense)
+{
+    AVIFile nowhere("/nowhere/at all.avi", kCreate);
+    EXPECT_EQ(kError, nowhere.InitCheck());
+    EXPECT_EQ(kError, nowhere.BeginAVI(0));
+    AVIFile full("/dev/full", kCreate);
+    const Bytes frame = NumberedFrame(1000, 0);
+    EXPECT_EQ(kError, full.WriteFrame(0, frame.data(), 1000)) << "not begun";
+    ASSERT_EQ(0, full.BeginDVAVI(0x0101, 0, 0));
+    EXPECT_EQ(kError, full.WriteFrame(0, frame.data(), 1000)) << "no room for the headers";
+    EXPECT_EQ(kError, full.WriteFrame(0, frame.data(), 0));
+    EXPECT_EQ(kError, full.WriteFrame(0, nullptr, 10));
+    EXPECT_EQ(kError, full.WriteFrame(1, frame.data(), 10));
+    EXPECT_EQ(kError, full.Finish());
+    ASSERT_EQ(1u, WriteFilm(Path(), OutputNamed("Type1"), true, 1));
+    AVIFile source(Path().c_str(), kRead);
+    EXPECT_EQ(kError, source.WriteFrame(0, frame.data(), 1000));
+    EXPECT_EQ(kError, source.BeginAVI(0));
+}
+
+}  // namespace
+}  // namespace kelvane

@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "base/four_cc.h"
+#include "media/qt_file.h"
+#include "media/qt_movie.h"
+#include "support/qt_builder.h"
+#include "support/temp_folder.h"
+
+namespace kelvane {
+namespace {
+
+class QTReader : public ::testing::Test {
+protected:
+    std::string Put(const Bytes& bytes) { return fFolder.Write("movie.mov", bytes); }
+    // The next frame or chunk as text; "(status)" on failure.
+    static std::string Next(QTFile& file, int32_t stream)
+    {
+        Bytes buffer(64);
+        uint32_t size;
+        const int status = file.ReadFrame(stream, buffer, size);
+        if (status != 0) return "(" + std::to_string(status) + ")";
+        return std::string(buffer.begin(), buffer.begin() + size);
+    }
+    // A movie of one track whose media are the tiny ones at byte 8.
+    Bytes OneTrack(QTTestTrack track)
+    {
+        if (track.stco.empty()) track.stco = QTTable({8, 16});
+        return Join(
+            {QTAtom("mdat", {QTTinyMedia()}), QTAtom("moov", {QTMovieHeader(), track.Build()})});
+    }
+
+    TempFolder fFolder;
+};
+
+TEST_F(QTReader, ReadsEveryLayoutAlike)
+{
+    for (const QTLayout& layout : QTLayouts()) {
+        SCOPED_TRACE(layout.name);
+        const std::string path = Put(layout.file);
+        EXPECT_TRUE(IsQuickTimeFile(path.c_str()) || layout.name == "atom of size 0");
+        QTFile file(path.c_str(), kRead);
+        ASSERT_EQ(0, file.InitCheck());
+        ASSERT_EQ(2, file.CountStreams());
+        EXPECT_EQ("dvc "_4cc, file.TrackCodec(0));
+        EXPECT_EQ("twos"_4cc, file.TrackCodec(1));
+        EXPECT_EQ(3, file.SampleCount(0));
+        EXPECT_EQ(120000, file.Duration(0));
+        EXPECT_EQ("AAAA", Next(file, 0));
+        EXPECT_EQ("1032", Next(file, 1)) << "little-endian for the caller";
+        EXPECT_EQ("BBBB", Next(file, 0));
+        EXPECT_EQ("CCCC", Next(file, 0));
+        EXPECT_EQ("(-1)", Next(file, 0));
+        EXPECT_EQ("54769810", Next(file, 1));
+        EXPECT_EQ("(-1)", Next(file, 1));
+    }
+}
+
+TEST_F(QTReader, SeeksVideoByFrameAndSoundByChunk)
+{
+    QTFile file(Put(QTLayouts()[0].file).c_str(), kRead);
+    EXPECT_EQ(0, file.SeekFrame(0, 2));
+    EXPECT_EQ(2, file.FramePosition(0));
+    EXPECT_EQ(2, file.CurrentChunk(0));
+    EXPECT_EQ("CCCC", Next(file, 0));
+    EXPECT_EQ(0, file.SeekFrame(0, 1));
+    EXPECT_EQ("BBBB", Next(file, 0));
+    EXPECT_EQ(0, file.SeekFrame(1, 1));
+    EXPECT_EQ(1, file.CurrentSample(1));
+    EXPECT_EQ(8u, file.FrameSize(1, 1));
+    EXPECT_EQ("54769810", Next(file, 1));
+    EXPECT_EQ(2, file.FramePosition(1));
+    EXPECT_EQ(0, file.SeekFrame(0, 3)) << "behind the last";
+    EXPECT_EQ(-1, file.SeekFrame(0, 4));
+    EXPECT_EQ(-1, file.SeekFrame(1, 3));
+    EXPECT_EQ(-1, file.SeekFrame(0, -1));
+    EXPECT_EQ(-1, file.SeekFrame(2, 0));
+}
+
+TEST_F(QTReader, SurvivesEveryTruncation)
+{
+    for (const QTLayout& layout : QTLayouts()) {
+        const std::string path = Put(layout.file);
+        for (size_t length = layout.file.size(); length-- > 0;) {
+            SCOPED_TRACE(layout.name + " cut to " + std::to_string(length));
+            std::filesystem::resize_file(path, length);
+            QTFile file(path.c_str(), kRead);
+            if (file.InitCheck() != 0) continue;
+            for (int32_t stream = 0; stream < file.CountStreams(); stream++) {
+                const std::string first = Next(file, stream);
+                EXPECT_TRUE(first == "AAAA" || first == "1032" || first == "0123" ||
+                            first == "(-1)" || first.empty())
+                    << first;
+            }
+        }
+    }
+}
+
+TEST_F(QTReader, TellsWhatIsNoMovie)
+{
+    EXPECT_EQ(-1, QTFile(fFolder.Path("missing").c_str(), kRead).InitCheck());
+    EXPECT_EQ(-1, QTFile(nullptr, kRead).InitCheck());
+    EXPECT_EQ(-2, QTFile(Put({}).c_str(), kRead).InitCheck());
+    EXPECT_EQ(-2, QTFile(Put(QTAtom("mdat", {QTTinyMedia()})).c_str(), kRead).InitCheck())
+        << "a recording broken off";
+    // Every byte is read once at most: this one has heads of 8 bytes and nothing else.
+    Bytes tiny;
+    for (int i = 0; i < 300000; i++)
+        tiny.insert(tiny.end(), {0, 0, 0, 8, 'f', 'r', 'e', 'e'});
+    EXPECT_EQ(-2, QTFile(Put(tiny).c_str(), kRead).InitCheck());
+    EXPECT_EQ(-2, QTFile(Put(Join({QTAtom("a1b2", {}), QTTinyMoov(8)})).c_str(), kRead).InitCheck())
+        << "a type that is no letters ends the scan";
+
+    const std::string sparse = Put(Join({Big(300 << 20), Text("moov")}));
+    std::filesystem::resize_file(sparse, 400 << 20);
+    EXPECT_EQ(-11, QTFile(sparse.c_str(), kRead).InitCheck()) << "too large for a header";
+
+    EXPECT_TRUE(IsQuickTimeFile(Put(Join({Bytes(12), Text("mvhd"), Bytes(90)})).c_str()));
+    EXPECT_FALSE(IsQuickTimeFile(Put(Join({Text("RIFF"), Bytes(96)})).c_str()));
+    EXPECT_FALSE(IsQuickTimeFile(Put(Text("mdat")).c_str()));
+    EXPECT_FALSE(IsQuickTimeFile(fFolder.Path("missing").c_str()));
+}
+
+TEST_F(QTReader, BelievesNoTableBeyondItsEnd)
+{
+    QTTestTrack track;
+    const auto open = [&] { return std::make_unique<QTFile>(Put(OneTrack(track)).c_str(), kRead); };
+    track.samples = 0xFFFFFFFF;
+    track.stsz = Join({Big(0), Big(0), Big(0xFFFFFFFF), Big(4), Big(2)});
+    track.stco = Join({Big(0), Big(0x7FFFFFFF), Big(8), Big(16)});
+    auto file = open();
+    EXPECT_EQ(2, file->ChunkCount(0));
+    EXPECT_EQ(2u, file->FrameSize(0, 100)) << "beyond the table the size of the last frame";
+    EXPECT_EQ("AAAA", Next(*file, 0));
+    EXPECT_EQ("BB", Next(*file, 0));
+    EXPECT_EQ("CC", Next(*file, 0));
+    EXPECT_EQ("(-1)", Next(*file, 0)) << "there is no third chunk";
+
+    track = {};
+    track.stsc = QTTable({1, 1, 1, 7, 5, 1, 2, 1, 1, 0, 9, 1}, 3);  // falls back and to 0
+    track.stco = QTTable({8, 12, 16});
+    file = open();
+    EXPECT_EQ("AAAA", Next(*file, 0));
+    EXPECT_EQ("BBBB", Next(*file, 0));
+    EXPECT_EQ("CCCC", Next(*file, 0));
+    track.stsc = QTTable({1, 0, 1}, 3);
+    EXPECT_EQ("(-1)", Next(*open(), 0)) << "chunks without samples";
+
+    track = {};
+    track.stsz = Join({Big(0), Big(0), Big(1), Big(65)});
+    EXPECT_EQ("(-1)", Next(*open(), 0)) << "larger than the buffer";
+    track = {};
+    track.stco = QTTable({0xFFFFFFF0, 0});
+    EXPECT_EQ("(-1)", Next(*open(), 0)) << "beyond the end of the file";
+
+    track = {};
+    track.video = false;
+    track.format = "sowt";
+    track.duration = 0xFFFFFFFF;
+    file = open();
+    EXPECT_EQ(0u, file->FrameSize(0, 0)) << "no caller makes room for what cannot be there";
+    EXPECT_EQ("(-1)", Next(*file, 0));
+}
+
+TEST_F(QTReader, TakesTracksUpToItsLimit)
+{
+    Bytes tracks;
+    QTTestTrack track;
+    track.stco = QTTable({8, 16});
+    const Bytes one = track.Build();
+    for (int i = 0; i < 1025; i++)
+        tracks.insert(tracks.end(), one.begin(), one.end());
+    QTFile file(Put(QTAtom("moov", {QTMovieHeader(), tracks})).c_str(), kRead);
+    EXPECT_EQ(1024, file.CountStreams());
+}
+
+TEST_F(QTReader, RefusesBrokenCompressedHeaders)
+{
+    const auto streams = [&](const Bytes& moov) {
+        QTFile file(Put(Join({QTAtom("mdat", {QTTinyMedia()}), moov})).c_str(), kRead);
+        return file.InitCheck() == 0 ? file.CountStreams() : -1;
+    };
+    const Bytes good = QTCompressed(QTTinyMoov(8));
+    EXPECT_EQ(2, streams(good));
+    EXPECT_EQ(2, streams(QTCompressed(QTTinyMoov(8), 100000))) << "claims more than there is";
+    EXPECT_EQ(2, streams(QTCompressed(QTTinyMoov(8), 0xF0000000))) << "claims gigabytes";
+    Bytes broken = good;
+    broken[broken.size() / 2] ^= 0x55;
+    EXPECT_EQ(0, streams(broken));
+    EXPECT_EQ(0, streams(QTCompressed(QTCompressed(QTTinyMoov(8))))) << "packed twice";
+    EXPECT_EQ(0, streams(QTAtom("moov", {QTAtom("cmov", {QTAtom("cmvd", {Big(100)})})})));
+}
+
+TEST_F(QTReader, ReadsHeadersWith64BitTimes)
+{
+    const auto wide = QTAtom("mdhd", {Big(0x01000000), Bytes(16), Big(600), Big(72, 8), Bytes(4)});
+    QTMovie movie;
+    ParseQTMovie(QTAtom("trak", {QTAtom("mdia", {wide})}), movie);
+    ASSERT_EQ(1u, movie.tracks.size());
+    EXPECT_EQ(600u, movie.tracks[0].TimeScale());
+    EXPECT_EQ(72u, movie.tracks[0].media_header.Get(kMediaHeader["duration"]));
+    const auto tkhd1 = QTAtom("tkhd", {Big(0x01000000), Bytes(16), Big(7), Bytes(4), Big(~0ull, 8),
+                                       Bytes(52), Big(720 << 16), Big(576 << 16)});
+    movie = {};
+    ParseQTMovie(QTAtom("trak", {tkhd1}), movie);
+    EXPECT_EQ(720, movie.tracks[0].Width());
+    EXPECT_EQ(7u, movie.tracks[0].header.Get(kTrackHeader["track ID"]));
+    EXPECT_EQ(0xFFFFFFFFu, movie.tracks[0].header.Get(kTrackHeader["duration"]))
+        << "cut to what fits";
+}
+
+TEST_F(QTReader, KeepsWhatADescriptionHasBehindItsFixedPart)
+{
+    QTTestTrack video;
+    video.extension = Join({QTAtom("gama", {Big(0x23333)}), QTAtom("pasp", {Big(1), Big(1)}),
+                            QTAtom("fiel", {Big(2, 1), Big(6, 1)}), Bytes(3)});
+    QTFile picture(Put(OneTrack(video)).c_str(), kRead);
+    const QTSampleDescription* description = picture.Movie().tracks[0].Description();
+    ASSERT_TRUE(description);
+    EXPECT_EQ(0x23333u, description->gamma);
+    EXPECT_EQ(2, description->field_count);
+    EXPECT_EQ(6, description->field_detail);
+
+    QTTestTrack sound;
+    sound.video = false;
+    sound.compression_id = 65534;
+    sound.extension = Join({Big(64), Big(34), Big(68), Big(2), QTAtom("wave", {Text("body")})});
+    QTFile packed(Put(OneTrack(sound)).c_str(), kRead);
+    description = packed.Movie().tracks[0].Description();
+    ASSERT_TRUE(description);
+    EXPECT_EQ(68u, description->packets.Get(kSoundPackets["bytes per frame"]));
+    EXPECT_EQ(Text("body"), description->extension);
+}
+
+TEST_F(QTReader, TellsTheFormatOfAStream)
+{
+    struct Row {
+        const char* code;
+        uint32_t depth, kind, space, encoding;
+    };
+    const Row rows[] = {
+        {"AVdv", 24, kEncodedVideo, 8, 1},  {"dvcp", 24, kEncodedVideo, 8, 1},
+        {"raw ", 32, kRawVideo, 6, 0},      {"raw ", 24, kRawVideo, 5, 0},
+        {"raw ", 16, kRawVideo, 0, 0},      {"jpeg", 32, kEncodedVideo, 8, 5},
+        {"jpeg", 24, kEncodedVideo, 3, 5},  {"png ", 8, kEncodedVideo, 0, 7},
+        {"mjpa", 24, kEncodedVideo, 3, 6},  {"cvid", 24, kEncodedVideo, 3, 8},
+        {"rle ", 32, kEncodedVideo, 8, 11}, {"yuv2", 24, kRawVideo, 16421, 0},
+        {"yuvu", 24, kRawVideo, 16421, 0},  {"2vuy", 24, kRawVideo, 16416, 0},
+        {"yuvs", 24, kRawVideo, 16389, 0},  {"yuv4", 24, kRawVideo, 16420, 0},
+        {"v308", 24, kRawVideo, 16419, 0},  {"y411", 24, kUnknownFormat, 0, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.code) + " " + std::to_string(row.depth));
+        QTTestTrack track;
+        track.format = row.code;
+        track.depth = row.depth;
+        QTFile file(Put(OneTrack(track)).c_str(), kRead);
+        const MediaFormat format = file.StreamFormat(0);
+        EXPECT_EQ(row.kind, format.kind);
+        if (!row.kind) continue;
+        EXPECT_EQ(row.space, format.Space());
+        EXPECT_EQ(720, format.Width());
+        EXPECT_EQ(576, format.Height());
+        EXPECT_EQ(25.0f, format.FrameRate());
+        if (row.encoding) {
+            EXPECT_EQ(row.encoding, format.encoded_video.encoding);
+        }
+    }
+    QTTestTrack ntsc;
+    ntsc.height = 480;
+    QTFile file(Put(OneTrack(ntsc)).c_str(), kRead);
+    EXPECT_EQ(120000, file.StreamFormat(0).encoded_video.framesize);
+    EXPECT_EQ(29.97f, file.StreamFormat(0).FrameRate()) << "by height, whatever the tables say";
+    EXPECT_EQ(kUnknownFormat, file.StreamFormat(1).kind);
+
+    struct SoundRow {
+        const char* code;
+        uint32_t kind, format, encoding;
+    };
+    for (const SoundRow& row : {SoundRow{"twos", kRawAudio, kSamplePCM, 0},
+                                {"sowt", kRawAudio, kSamplePCM, 0},
+                                {"raw ", kRawAudio, kSamplePCMUnsigned, 0},
+                                {"ulaw", kEncodedAudio, kSamplePCM, kSampleULaw},
+                                {"ima4", kEncodedAudio, kSamplePCM, kSampleIMA4},
+                                {"in24", kEncodedAudio, kSampleUnknown, 0}}) {
+        SCOPED_TRACE(row.code);
+        QTTestTrack track;
+        track.video = false;
+        track.format = row.code;
+        QTFile sound(Put(OneTrack(track)).c_str(), kRead);
+        const MediaFormat format = sound.StreamFormat(0);
+        EXPECT_EQ(row.kind, format.kind);
+        EXPECT_EQ(row.format, format.raw_audio.format) << "the output comes first in both views";
+        EXPECT_EQ(48000, format.raw_audio.srate);
+        EXPECT_EQ(2, format.raw_audio.ch);
+        if (row.kind == kEncodedAudio) {
+            EXPECT_EQ(row.encoding, format.encoded_audio.encoding);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kelvane

@@ -1,0 +1,179 @@
+#include "picture/geometry.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "base/four_cc.h"
+#include "picture/random_picture.h"
+
+namespace kelvane {
+namespace {
+
+constexpr uint32_t kOp2PAL = "2PAL"_4cc, kOp2NTS = "2NTS"_4cc, kOpConvert = "CONV"_4cc;
+constexpr uint32_t kUntouched = 0xAAAAAAAA;
+
+using Words = std::vector<uint32_t>;
+
+// A picture whose pixels are a function of their row and column.
+Words Drawn(int32_t width, int32_t height, const std::function<uint32_t(int32_t, int32_t)>& pixel)
+{
+    Words words;
+    for (int32_t y = 0; y < height; y++)
+        for (int32_t x = 0; x < width; x++)
+            words.push_back(pixel(x, y));
+    return words;
+}
+
+Words RowNumbers(int32_t width, int32_t height)
+{
+    return Drawn(width, height, [](int32_t, int32_t y) { return static_cast<uint32_t>(y); });
+}
+
+struct Geometry {
+    uint32_t op;
+    int32_t mode;
+    int32_t width, height;        // of the source
+    int32_t to_width, to_height;  // of the destination
+    uint32_t ilace = 0;
+};
+
+MediaFormat Raw(int32_t width, int32_t height)
+{
+    return MediaFormat(RawVideoFormat{kBGRX32, width, height, 25.0f, 0, 0});
+}
+
+// The result in a buffer of twice its size that was filled with kUntouched.
+Words Converted(const Geometry& g, const Words& source)
+{
+    Words result(2 * static_cast<size_t>(g.to_width * g.to_height), kUntouched);
+    GeometryConvert(reinterpret_cast<const uint8_t*>(source.data()), Raw(g.width, g.height),
+                    Raw(g.to_width, g.to_height), reinterpret_cast<uint8_t*>(result.data()), g.op,
+                    g.mode, g.ilace);
+    return result;
+}
+
+// The first pixel of each row of the result and of the rows behind it.
+Words FirstColumn(const Geometry& g, const Words& source)
+{
+    const Words result = Converted(g, source);
+    Words column;
+    for (size_t i = 0; i < result.size(); i += static_cast<size_t>(g.to_width))
+        column.push_back(result[i]);
+    return column;
+}
+
+// Rows from `first` to `end`, all of them `value` or counting up from it.
+void ExpectRows(const Words& rows, size_t first, size_t end, uint32_t value, uint32_t rise)
+{
+    for (size_t y = first; y < end; y++, value += rise)
+        ASSERT_EQ(value, rows[y]) << "row " << y;
+}
+
+TEST(GeometryConvert, LetterBoxAddsBars)
+{
+    const Words rows = FirstColumn({kOp2PAL, 1, 720, 480, 720, 576, 2}, RowNumbers(720, 480));
+    ExpectRows(rows, 0, 48, 0, 0);
+    ExpectRows(rows, 48, 528, 0, 1);
+    ExpectRows(rows, 528, 576, 0, 0);
+    EXPECT_EQ(kUntouched, rows[576]);
+}
+
+TEST(GeometryConvert, CropBeginsAboveThePicture)
+{
+    const Words rows = FirstColumn({kOp2NTS, 1, 720, 576, 720, 480}, RowNumbers(720, 576));
+    ExpectRows(rows, 0, 48, 0, 0);
+    ExpectRows(rows, 48, 480, 0, 1);
+    EXPECT_EQ(kUntouched, rows[480]);
+}
+
+TEST(GeometryConvert, HalfLetterBoxStandsWhereItAlwaysStood)
+{
+    const Words fields =
+        Drawn(720, 480, [](int32_t, int32_t y) { return y % 2 ? 0x22222222 : 0x11111111; });
+    const Words flat(fields.size(), 0x33333333);
+    Words rows = FirstColumn({kOp2PAL, 3, 720, 480, 720, 576}, flat);
+    ExpectRows(rows, 0, 24, 0, 0);
+    ExpectRows(rows, 24, 96, kUntouched, 0);
+    ExpectRows(rows, 96, 624, 0x33333333, 0);
+    EXPECT_EQ(kUntouched, rows[624]);
+
+    rows = FirstColumn({kOp2PAL, 17, 720, 480, 720, 576, 1}, fields);
+    ExpectRows(rows, 24, 96, kUntouched, 0);
+    for (size_t y = 96; y < 628; y++) {
+        const uint32_t odd = y >= 552 && y < 576 ? 0 : kUntouched;  // the lower bar's odd rows stay
+        ASSERT_EQ(y % 2 ? odd : y < 100 ? 0x11111111 : 0x22222222, rows[y]) << y;
+    }
+    EXPECT_EQ(kUntouched, rows[628]);
+    EXPECT_EQ(0x22222222u, rows[576 + kGeometryRowsBelow - 1]);
+    EXPECT_EQ(kUntouched, rows[576 + kGeometryRowsBelow]);
+}
+
+TEST(GeometryConvert, PanAndScanCutsTheSides)
+{
+    const Words columns = Drawn(720, 480, [](int32_t x, int32_t) -> uint32_t {
+        return x < 60 ? 0x40 : x < 660 ? 0x80 : 0xFF;
+    });
+    for (const uint32_t ilace : {0, 2}) {
+        const Words result = Converted({kOp2PAL, 2, 720, 480, 720, 576, ilace}, columns);
+        for (size_t i = 0; i < 720 * 576; i++)
+            // The last pixel lies 10683 / 65536 of the way to pixel 660: 254 * 5341 >> 16.
+            ASSERT_EQ(i % 720 == 719 ? 0x80u + 20u : 0x80u, result[i]) << i;
+        EXPECT_EQ(kUntouched, result[720 * 576]);
+    }
+}
+
+TEST(GeometryConvert, ScalesFieldsApart)
+{
+    const Words fields = Drawn(720, 576, [](int32_t, int32_t y) { return y % 2 ? 0xFF : 0; });
+    const Words apart = FirstColumn({kOp2NTS, 0, 720, 576, 720, 480, 1}, fields);
+    for (size_t y = 0; y < 480; y++)
+        ASSERT_EQ(y % 2 ? 0xFFu : 0u, apart[y]) << y;
+    const Words mixed = FirstColumn({kOp2NTS, 0, 720, 576, 720, 480, 0}, fields);
+    // Line 1 of a progressive picture lies at 78643 / 65536: 255 - (510 * 6553 >> 16), rounded.
+    EXPECT_EQ(255u + static_cast<uint32_t>((-510 * 6553) >> 16), mixed[1]);
+}
+
+TEST(GeometryConvert, OtherSizesGoByTheirSizesAlone)
+{
+    const struct {
+        Geometry geometry;
+        size_t first;  // row of the result that holds `value`
+        uint32_t value;
+        size_t end;  // the rows up to here count up by one
+    } rows[] = {
+        {{kOpConvert, 2, 4, 480, 4, 480}, 0, 0, 480}, {{kOpConvert, 0, 4, 486, 4, 480}, 0, 2, 480},
+        {{kOpConvert, 0, 4, 480, 4, 486}, 2, 0, 482}, {{kOp2PAL, 1, 720, 576, 720, 576}, 0, 0, 576},
+        {{kOp2PAL, 1, 4, 480, 4, 486}, 2, 0, 482},
+    };
+    for (const auto& row : rows) {
+        const Geometry& g = row.geometry;
+        const Words result = FirstColumn(g, RowNumbers(g.width, g.height));
+        const auto height = static_cast<size_t>(g.to_height);
+        ExpectRows(result, 0, row.first, 0, 0);
+        ExpectRows(result, row.first, row.end, row.value, 1);
+        ExpectRows(result, row.end, height, 0, 0);
+        EXPECT_EQ(kUntouched, result[height]);
+    }
+}
+
+TEST(GeometryConvert, ScalesFromFourPercentOn)
+{
+    // A cut or padded picture keeps row numbers; a scaled one stretches them to its last row.
+    const Geometry scaled[] = {{kOpConvert, 0, 4, 520, 4, 500},
+                               {kOpConvert, 0, 4, 500, 4, 520},
+                               {kOpConvert, 0, 4, 500, 4, 480},
+                               {kOpConvert, 0, 6, 480, 4, 480},
+                               {kOp2PAL, 1, 704, 480, 720, 576}};
+    for (const Geometry& g : scaled) {
+        const Words white(static_cast<size_t>(g.width * g.height), 0xFFFFFFFF);
+        const Words result = FirstColumn(g, white);
+        ExpectRows(result, 0, static_cast<size_t>(g.to_height), 0xFFFFFFFF, 0);
+        const Words numbers = FirstColumn(g, RowNumbers(g.width, g.height));
+        EXPECT_LE(static_cast<uint32_t>(g.height - 2),
+                  numbers[static_cast<size_t>(g.to_height - 1)]);
+    }
+}
+
+}  // namespace
+}  // namespace kelvane

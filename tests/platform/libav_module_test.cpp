@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "base/four_cc.h"
+#include "dv/dif_frame.h"
+#include "platform/codec_drivers.h"
+#include "support/clip_maker/sample_clip.h"
+
+namespace kelvane {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+CodecSetup SetupFor(bool pal, bool dvcpro, uint16_t bits)
+{
+    const TelevisionSystem& system = SystemFor(pal);
+    CodecSetup setup{};
+    setup.raw.width = setup.coded.width = system.width;
+    setup.raw.height = setup.coded.height = system.height;
+    setup.raw.bit_count = bits;
+    setup.coded.bit_count = 24;
+    setup.coded.compression = dvcpro ? FourCC("dv25") : FourCC("dvsd");
+    return setup;
+}
+
+OpenedCodec OpenCodec(const CodecSetup& setup, bool decoder)
+{
+    OpenedCodec codec;
+    for (const CodecDriver& driver : LoadCodecDrivers(CodecFolder()).codecs)
+        if (driver.codec.handler == FourCC("dvsd") && (driver.codec.is_decoder != 0) == decoder &&
+            codec.Open(driver, setup) == 0)
+            break;
+    return codec;
+}
+
+Bytes Copy(std::span<const uint8_t> bytes)
+{
+    return {bytes.begin(), bytes.end()};
+}
+
+double PSNR(const Bytes& a, const Bytes& b)
+{
+    double squares = 0;
+    for (size_t i = 0; i < a.size(); i++)
+        squares += std::pow(a[i] - b[i], 2);
+    return 10 * std::log10(255.0 * 255 / (squares / double(a.size())));
+}
+
+TEST(LibavModule, KeepsAMovingPictureAndSaysWhatItIs)
+{
+    const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
+    for (const bool pal : {true, false})
+        for (const bool dvcpro : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "PAL " << pal << ", DVCPRO " << dvcpro);
+            SampleOptions options;
+            options.pal = pal;
+            options.dvcpro = dvcpro;
+            SampleClip clip(drivers, options);
+            ASSERT_EQ(0, clip.InitCheck());
+            Bytes frame = Copy(clip.Frame(7));
+            ASSERT_EQ(size_t(SystemFor(pal).dv_frame_size), frame.size());
+            DIFFrame view(frame.data(), static_cast<uint32_t>(frame.size()));
+            EXPECT_EQ(pal, view.IsPAL());
+            EXPECT_EQ(dvcpro, view.IsDVCPRO());
+            OpenedCodec decoder = OpenCodec(SetupFor(pal, dvcpro, 32), true);
+            Bytes picture(clip.Picture().size());
+            ASSERT_EQ(0, decoder.Decode(frame, picture));
+            // 4:1:1 loses more of the sharp vertical edges of colour.
+            EXPECT_GT(PSNR(Copy(clip.Picture()), picture), pal && !dvcpro ? 29 : 27);
+        }
+}
+
+TEST(LibavModule, GivesTheSameBytesEachTime)
+{
+    const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
+    SampleClip first(drivers, {}), second(drivers, {});
+    for (const int64_t number : {3, 4, 3}) {
+        const Bytes once = Copy(first.Frame(number));
+        EXPECT_EQ(once, Copy(second.Frame(number)));
+    }
+}
+
+TEST(LibavModule, RefusesRubbishAndOtherSystemsAndSizes)
+{
+    OpenedCodec decoder = OpenCodec(SetupFor(true, false, 32), true);
+    ASSERT_TRUE(decoder.IsOpen());
+    Bytes picture(720 * 576 * 4, 0x77);
+    const Bytes untouched = picture;
+    std::mt19937 random(1);
+    Bytes noise(144000);
+    for (uint8_t& byte : noise)
+        byte = static_cast<uint8_t>(random());
+    SampleOptions ntsc;
+    ntsc.pal = false;
+    const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
+    Bytes otherSystem = Copy(SampleClip(drivers, ntsc).Frame(0));
+    Bytes padded = otherSystem;
+    padded.resize(144000);
+    const Bytes good = Copy(SampleClip(drivers, {}).Frame(0));
+    Bytes shortFrame(good.begin(), good.end() - 1);
+    for (const Bytes& bad :
+         {noise, Bytes(144000, 0), Bytes(144000, 0xFF), otherSystem, padded, shortFrame, Bytes()})
+        EXPECT_NE(0, decoder.Decode(bad, picture));
+    EXPECT_EQ(untouched, picture) << "a refused frame is not converted";
+    EXPECT_NE(0, decoder.Decode(good, std::span(picture).first(100)));
+    EXPECT_EQ(0, decoder.Decode(good, picture)) << "good frames go on after bad ones";
+}
+
+TEST(LibavModule, RefusesFormatsThatItDoesNotServe)
+{
+    CodecSetup setup = SetupFor(true, false, 32);
+    EXPECT_TRUE(OpenCodec(setup, false).IsOpen());
+    setup.raw.bit_count = 16;
+    EXPECT_FALSE(OpenCodec(setup, false).IsOpen());
+    setup = SetupFor(true, false, 24);
+    setup.coded.height = 480;
+    EXPECT_FALSE(OpenCodec(setup, true).IsOpen());
+    setup = SetupFor(true, false, 24);
+    setup.coded.compression = FourCC("mjpg");
+    EXPECT_FALSE(OpenCodec(setup, true).IsOpen());
+}
+
+}  // namespace
+}  // namespace kelvane

@@ -1,0 +1,150 @@
+#include "support/qt_builder.h"
+
+#include <zlib.h>
+
+namespace kelvane {
+
+Bytes Big(uint64_t value, size_t bytes)
+{
+    Bytes out(bytes);
+    for (size_t i = bytes; i-- > 0; value >>= 8)
+        out[i] = static_cast<uint8_t>(value);
+    return out;
+}
+
+Bytes Text(std::string_view text)
+{
+    return Bytes(text.begin(), text.end());
+}
+
+Bytes Join(std::initializer_list<Bytes> parts)
+{
+    Bytes out;
+    for (const Bytes& part : parts)
+        out.insert(out.end(), part.begin(), part.end());
+    return out;
+}
+
+Bytes QTAtom(std::string_view type, std::initializer_list<Bytes> parts)
+{
+    const Bytes body = Join(parts);
+    return Join({Big(body.size() + 8), Text(type), body});
+}
+
+Bytes QTTable(std::initializer_list<uint64_t> values, size_t entry_values, size_t bytes)
+{
+    Bytes out = Join({Big(0), Big(values.size() / entry_values)});
+    for (uint64_t value : values)
+        out = Join({out, Big(value, bytes)});
+    return out;
+}
+
+Bytes QTTestTrack::Build() const
+{
+    const Bytes fixed = Join({Text(format), Bytes(6), Big(1, 2), Big(0), Text("test")});
+    const Bytes picture =
+        Join({Big(0), Big(0), Big(width, 2), Big(height, 2), Big(72 << 16), Big(72 << 16), Big(0),
+              Big(1, 2), Bytes(32), Big(depth, 2), Big(65535, 2)});
+    const Bytes sound = Join({Big(channels, 2), Big(bits, 2), Big(compression_id, 2), Big(0, 2),
+                              Big(uint64_t{rate} << 16)});
+    const Bytes description = Join({fixed, video ? picture : sound, extension});
+    const Bytes entry = data_reference.empty() ? QTAtom("alis", {Big(1)}) : data_reference;
+    const Bytes stbl = QTAtom(
+        "stbl", {QTAtom("stsd", {Big(0), Big(1), Big(description.size() + 4), description}),
+                 QTAtom("stts", {QTTable({samples, duration}, 2)}), QTAtom("stsc", {stsc}),
+                 QTAtom("stsz", {stsz.empty() ? Join({Big(0), Big(4), Big(samples)}) : stsz}),
+                 QTAtom(wide_offsets ? "co64" : "stco", {stco})});
+    const Bytes minf =
+        QTAtom("minf", {QTAtom(video ? "vmhd" : "smhd", {Bytes(video ? 12 : 8)}),
+                        code.empty() ? Bytes() : QTAtom("code", {code}),
+                        QTAtom("dinf", {QTAtom("dref", {Big(0), Big(1), entry})}), stbl});
+    const Bytes mdhd =
+        QTAtom("mdhd", {Bytes(12), Big(scale), Big(uint64_t{samples} * duration), Bytes(4)});
+    const Bytes tkhd = QTAtom("tkhd", {Bytes(76), Big(width << 16), Big(height << 16)});
+    return QTAtom("trak", {tkhd, QTAtom("mdia", {mdhd, minf})});
+}
+
+Bytes QTMovieHeader()
+{
+    return QTAtom("mvhd", {Bytes(12), Big(600), Bytes(84)});
+}
+
+Bytes QTTinyMedia()
+{
+    return Text("AAAABBBBCCCC012345678901........");
+}
+
+Bytes QTTinyMoov(uint64_t media, bool wide_offsets)
+{
+    const size_t bytes = wide_offsets ? 8 : 4;
+    QTTestTrack video;
+    video.wide_offsets = wide_offsets;
+    video.stco = Join({Big(0), Big(2), Big(media, bytes), Big(media + 8, bytes)});
+    QTTestTrack sound;
+    sound.video = false;
+    sound.wide_offsets = wide_offsets;
+    sound.format = "twos";
+    sound.width = sound.height = 0;
+    sound.scale = 48000;
+    sound.duration = 1;
+    sound.stsc = QTTable({1, 1, 1, 2, 2, 1}, 3);
+    sound.stsz = Join({Big(0), Big(1), Big(3)});
+    sound.stco = Join({Big(0), Big(2), Big(media + 12, bytes), Big(media + 16, bytes)});
+    return QTAtom("moov", {QTMovieHeader(), video.Build(), sound.Build()});
+}
+
+Bytes QTCompressed(const Bytes& moov, uint64_t claimed_extra)
+{
+    Bytes packed(compressBound(moov.size()));
+    uLongf size = packed.size();
+    compress(packed.data(), &size, moov.data(), moov.size());
+    packed.resize(size);
+    const Bytes cmvd = QTAtom("cmvd", {Big(moov.size() + claimed_extra), packed});
+    return QTAtom("moov", {QTAtom("cmov", {QTAtom("dcom", {Text("zlib")}), cmvd})});
+}
+
+std::vector<QTLayout> QTLayouts()
+{
+    const Bytes media = QTTinyMedia();
+    const Bytes mdat = QTAtom("mdat", {media});
+    const Bytes wide = QTAtom("wide", {});
+    const Bytes mdat64 = Join({Big(1), Text("mdat"), Big(16 + media.size(), 8), media});
+    const Bytes ftyp = QTAtom("ftyp", {Text("qt  "), Big(512), Text("qt  ")});
+    const Bytes empty = Join({Big(0), Text("free")});  // of size 0
+    const uint64_t moov = QTTinyMoov(0).size();
+    const Bytes packed = QTCompressed(QTTinyMoov(8));
+    // Read from its second byte on, the empty atom looks like one of 0x66 bytes.
+    const Bytes skipped(0x66 - 7, 'x');
+    return {
+        {"mdat first", Join({mdat, QTTinyMoov(8)})},
+        {"moov first", Join({QTTinyMoov(moov + 8), mdat})},
+        {"wide and mdat", Join({wide, mdat, QTTinyMoov(16)})},
+        {"wide and 64-bit mdat", Join({wide, mdat64, QTTinyMoov(24)})},
+        {"64-bit mdat", Join({mdat64, QTTinyMoov(16)})},
+        {"64-bit offsets", Join({mdat, QTTinyMoov(8, true)})},
+        {"ftyp", Join({ftyp, wide, mdat, QTTinyMoov(ftyp.size() + 16)})},
+        {"atom of size 0", Join({empty, skipped, mdat, QTTinyMoov(0x67 + 8)})},
+        {"compressed", Join({mdat, packed})},
+    };
+}
+
+std::vector<Bytes> QTSeedMovies()
+{
+    std::vector<Bytes> seeds;
+    for (QTLayout& layout : QTLayouts())
+        seeds.push_back(std::move(layout.file));
+    QTTestTrack outside;
+    outside.stco = QTTable({0, 8});
+    outside.data_reference = QTAtom("alis", {Big(0), Bytes(20), Text("Volume:folder:media file")});
+    outside.code = Join({Bytes(10), Big(40, 2), Text("RU*A"), Bytes(2), Big(1, 2), Bytes(8),
+                         Text("Volume:other media"), Bytes(4)});
+    QTTestTrack packed;
+    packed.video = false;
+    packed.compression_id = 65534;
+    packed.extension = Join({Bytes(16, 1), QTAtom("wave", {Big(1)})});
+    packed.stco = QTTable({0, 8});
+    seeds.push_back(QTAtom("moov", {QTMovieHeader(), outside.Build(), packed.Build()}));
+    return seeds;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/byte_cursor.h"
+
+namespace kelvane {
+
+// Puts movies together byte by byte, knowing nothing of the code under test.
+
+Bytes Big(uint64_t value, size_t bytes = 4);
+Bytes Text(std::string_view text);
+Bytes Join(std::initializer_list<Bytes> parts);
+Bytes QTAtom(std::string_view type, std::initializer_list<Bytes> parts);
+// A 32-bit count and the values with `bytes` each, behind version and flags of 0.
+Bytes QTTable(std::initializer_list<uint64_t> values, size_t entry_values = 1, size_t bytes = 4);
+
+// A track with nothing that is not stated here.
+struct QTTestTrack {
+    bool video = true;
+    std::string format = "dvc ";
+    uint32_t width = 720, height = 576, depth = 24;
+    uint32_t channels = 2, bits = 16, rate = 48000;
+    uint32_t scale = 600;
+    uint32_t duration = 24;  // of a sample
+    uint32_t samples = 3;
+    Bytes stsc = QTTable({1, 2, 1, 2, 1, 1}, 3);
+    Bytes stsz;  // body; empty: every sample has 4 bytes
+    Bytes stco;  // body
+    bool wide_offsets = false;
+    Bytes extension;  // behind the fixed part of the sample description
+    uint32_t compression_id = 0;
+    Bytes data_reference;  // an entry of "dref"; empty: self-contained
+    Bytes code;            // body of a "code" atom; empty: none
+
+    Bytes Build() const;
+};
+
+Bytes QTMovieHeader();
+// 32 bytes of media: frames "AAAABBBB" and "CCCC", sound "0123" and "45678901", then filler.
+Bytes QTTinyMedia();
+// Three frames of 4 bytes and two chunks of stereo "twos" sound (1 and 2 sample frames), whose
+// media begin at `media`.
+Bytes QTTinyMoov(uint64_t media, bool wide_offsets = false);
+Bytes QTCompressed(const Bytes& moov, uint64_t claimed_extra = 0);
+
+struct QTLayout {
+    std::string name;
+    Bytes file;
+};
+// The tiny movie in every order and form that such files come in.
+std::vector<QTLayout> QTLayouts();
+std::vector<Bytes> QTSeedMovies();
+
+}  // namespace kelvane

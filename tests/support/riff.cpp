@@ -1,0 +1,147 @@
+#include "support/riff.h"
+
+#include "support/temp_folder.h"
+
+namespace kelvane {
+
+std::string Little(uint64_t value, int bytes)
+{
+    std::string text;
+    for (; bytes > 0; bytes--, value >>= 8)
+        text += static_cast<char>(value & 0xFF);
+    return text;
+}
+
+uint64_t LittleAt(std::string_view file, uint64_t at, int bytes)
+{
+    uint64_t value = 0;
+    for (int i = bytes; i-- > 0;)
+        value = value << 8 | static_cast<uint8_t>(file.at(at + static_cast<size_t>(i)));
+    return value;
+}
+
+std::string RiffChunk(std::string_view id, std::string_view body)
+{
+    std::string chunk = std::string(id) + Little(body.size(), 4) + std::string(body);
+    if (body.size() % 2) chunk += '\0';
+    return chunk;
+}
+
+std::string RiffList(std::string_view name, std::initializer_list<std::string> chunks,
+                     std::string_view id)
+{
+    std::string body(name);
+    for (const std::string& chunk : chunks)
+        body += chunk;
+    return RiffChunk(id, body);
+}
+
+namespace {
+
+const RiffNode kNone = {"!", "", 0, 0, 0};
+
+void Walk(std::string_view file, uint64_t at, uint64_t end, int depth, std::vector<RiffNode>& nodes)
+{
+    while (at < end) {
+        if (end - at < 8) return nodes.push_back(kNone);
+        RiffNode node{std::string(file.substr(at, 4)), "", at,
+                      static_cast<uint32_t>(LittleAt(file, at + 4, 4)), depth};
+        const uint64_t next = at + 8 + node.size + node.size % 2;
+        if (next > end) return nodes.push_back(kNone);
+        const bool list = node.id == "LIST" || node.id == "RIFF";
+        if (list) node.name = file.substr(at + 8, 4);
+        nodes.push_back(node);
+        if (list) Walk(file, at + 12, next, depth + 1, nodes);
+        at = next;
+    }
+}
+
+}  // namespace
+
+std::vector<RiffNode> ParseRiff(std::string_view file)
+{
+    std::vector<RiffNode> nodes;
+    Walk(file, 0, file.size(), 0, nodes);
+    return nodes;
+}
+
+RiffNode FindRiff(const std::vector<RiffNode>& nodes, std::string_view id_or_name, int n)
+{
+    for (const RiffNode& node : nodes)
+        if ((node.id == id_or_name || node.name == id_or_name) && n-- == 0) return node;
+    return kNone;
+}
+
+RiffFilm::RiffFilm(const std::string& path)
+{
+    const std::vector<uint8_t> whole = ReadWhole(path);
+    bytes.assign(whole.begin(), whole.end());
+    nodes = ParseRiff(bytes);
+}
+
+uint64_t RiffFilm::At(std::string_view id, uint64_t offset, int size, int n) const
+{
+    return LittleAt(bytes, Find(id, n).head + 8 + offset, size);
+}
+
+std::string RiffFilm::Text(std::string_view id, uint64_t offset, int n) const
+{
+    return bytes.substr(Find(id, n).head + 8 + offset, 4);
+}
+
+std::string RiffFilm::Shape() const
+{
+    std::string shape, last;
+    for (const RiffNode& node : nodes) {
+        const std::string name = node.name.empty() ? node.id : node.name;
+        if (name != last) shape += (shape.empty() ? "" : " ") + name;
+        last = name;
+    }
+    return shape;
+}
+
+std::string TinyAVI::IndexEntry(std::string_view id, uint32_t offset, uint32_t size)
+{
+    return std::string(id) + Little(0x10, 4) + Little(offset, 4) + Little(size, 4);
+}
+
+std::string TinyAVI::Headers() const
+{
+    std::string header = type + handler + std::string(12, '\0') + Little(scale, 4) +
+                         Little(rate, 4) + Little(0, 4) + Little(frames.size(), 4);
+    header.resize(56);
+    const std::string bitmap = Little(40, 4) + Little(720, 4) + Little(576, 4) + Little(1, 2) +
+                               Little(24, 2) + handler + std::string(20, '\0');
+    return RiffList("hdrl", {RiffChunk("avih", std::string(56, '\0')),
+                             RiffList("strl", {RiffChunk("strh", header),
+                                               RiffChunk("strf", format.empty() ? bitmap : format),
+                                               super_index}),
+                             more_header});
+}
+
+uint64_t TinyAVI::FrameHead(size_t frame) const
+{
+    uint64_t at = 12 + Headers().size() + 12;
+    for (size_t i = 0; i < frame; i++)
+        at += RiffChunk("00db", frames[i]).size();
+    return at;
+}
+
+std::string TinyAVI::Build() const
+{
+    std::string media, entries = index;
+    const uint64_t base = FrameHead(0);
+    for (size_t i = 0; i < frames.size(); i++) {
+        const uint64_t at = FrameHead(i) - (from_movi ? base - first_offset : 0);
+        if (index.empty())
+            entries += IndexEntry("00db", static_cast<uint32_t>(at),
+                                  static_cast<uint32_t>(frames[i].size()));
+        media += RiffChunk("00db", frames[i]);
+    }
+    return RiffList("AVI ",
+                    {Headers(), RiffList("movi", {media, media_end}),
+                     has_index ? RiffChunk("idx1", entries) : ""},
+                    "RIFF");
+}
+
+}  // namespace kelvane
