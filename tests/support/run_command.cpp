@@ -28,4 +28,13 @@ std::string CommandOutput(const std::string& command)
     return output;
 }
 
+bool Dvgrab(const std::string& options, const std::string& input, const std::string& stem)
+{
+    const std::string command = "rm -f " + stem + "*; timeout -s KILL 8 dvgrab -input " + input +
+                                " " + options + " " + stem;
+    for (int tries = 0; tries < 5; tries++)
+        if (RunCommand(command) == 0) return true;
+    return false;
+}
+
 }  // namespace kelvane
