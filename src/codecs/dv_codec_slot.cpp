@@ -65,6 +65,7 @@ int DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
 int DVCodecSlot::Open(const DVCodecEntry& entry, bool pal, ColourSpace space)
 {
     CodecSetup setup = SetupFor(pal, IsDVCPRO(), space);
+    setup.threads = fThreads;
     if (entry.flags & kCodecHasQuality) setup.quality = entry.driver.codec.default_quality;
     int status = fCodec.Open(entry.driver, setup);
     if (status != kOK && !entry.is_directshow && !IsDecoder()) {
@@ -114,6 +115,12 @@ std::string DVCodecSlot::CodingError() const
 {
     return std::string(IsDVCPRO() ? "DVCPRO25" : "DV") + (IsDecoder() ? " Decode" : " Encode") +
            " Error " + InterfaceNumber() + "!";
+}
+
+DVCodecSlots::DVCodecSlots(uint32_t threads)
+    : fSlots{DVCodecSlot(kDVEncoder, threads), DVCodecSlot(kDVDecoder, threads),
+             DVCodecSlot(kDVCPROEncoder, threads), DVCodecSlot(kDVCPRODecoder, threads)}
+{
 }
 
 DVCodecSlots::~DVCodecSlots()

@@ -18,7 +18,8 @@ enum DVCodecRole { kDVEncoder = 0, kDVDecoder = 1, kDVCPROEncoder = 2, kDVCPRODe
 // thread at a time.
 class DVCodecSlot {
 public:
-    explicit DVCodecSlot(DVCodecRole role) : fRole(role) {}
+    // `threads`: how many the codec may use.
+    explicit DVCodecSlot(DVCodecRole role, uint32_t threads = 1) : fRole(role), fThreads(threads) {}
 
     // Opens the chosen codec for the television system, or keeps it open; with null the slot is
     // closed, which is no error. Pictures of 32 bits are tried first and then of 24, for some
@@ -47,6 +48,7 @@ private:
     const char* InterfaceNumber() const { return fIsDirectShow ? "#1" : "#2"; }
 
     DVCodecRole fRole;
+    uint32_t fThreads;
     OpenedCodec fCodec;
     std::string fName;  // long name of the open codec
     bool fIsDirectShow = false;
@@ -59,13 +61,13 @@ private:
 // The four slots of a run. Closed in the order of the roles.
 class DVCodecSlots {
 public:
+    explicit DVCodecSlots(uint32_t threads = 1);
     ~DVCodecSlots();
     DVCodecSlot& operator[](DVCodecRole role) { return fSlots[role]; }
     std::array<DVCodecSlot, 4>& All() { return fSlots; }
 
 private:
-    std::array<DVCodecSlot, 4> fSlots = {DVCodecSlot(kDVEncoder), DVCodecSlot(kDVDecoder),
-                                         DVCodecSlot(kDVCPROEncoder), DVCodecSlot(kDVCPRODecoder)};
+    std::array<DVCodecSlot, 4> fSlots;
 };
 
 }  // namespace kelvane

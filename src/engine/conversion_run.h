@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,12 @@
 #include "engine/time_resampler.h"
 
 namespace kelvane {
+
+// The numbers of the source frames that a picture takes its lines from.
+struct WovenFrames {
+    int64_t even, odd;
+    bool operator==(const WovenFrames&) const = default;
+};
 
 // One conversion under way: everything that is open and everything that is counted.
 struct ConversionRun {
@@ -36,8 +43,9 @@ struct ConversionRun {
     PictureDecoder decoder;
     PictureEncoder encoder;
     TimeResampler resampler;
-    std::vector<uint8_t> picture;  // the output picture
-    int32_t drop_counter = 0;      // output frames dropped by pulldown
+    std::vector<uint8_t> picture;      // the output picture
+    std::optional<WovenFrames> woven;  // what it is, when it is nothing more
+    int32_t drop_counter = 0;          // output frames dropped by pulldown
 
     uint64_t total_frames = 0;  // for progress
     uint64_t frames_read = 0;   // turns that tried to read, also after the end of the source

@@ -31,7 +31,10 @@ bool CanOpen(const CodecDrivers& drivers, uint32_t handler)
 }  // namespace
 
 ConversionState::ConversionState(const CodecRegistry& registry, int threads)
-    : pool(ThreadCount(threads)), beside(ThreadCount(threads)), fRegistry(registry)
+    : slots(static_cast<uint32_t>(ThreadCount(threads))),
+      pool(ThreadCount(threads)),
+      beside(ThreadCount(threads)),
+      fRegistry(registry)
 {
 }
 

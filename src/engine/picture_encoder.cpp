@@ -1,5 +1,7 @@
 #include "engine/picture_encoder.h"
 
+#include <algorithm>
+
 #include "base/byte_cursor.h"
 #include "base/status.h"
 #include "base/television.h"
@@ -40,8 +42,15 @@ int PictureEncoder::EncodeDV(std::span<uint8_t> picture, bool dvcpro)
     const size_t pixels = static_cast<size_t>(system.width) * static_cast<size_t>(system.height);
     if (slot.PictureSpace() == kBGR24) Rgb32ToRgb24(picture.data(), picture.data(), pixels);
     fSize = static_cast<size_t>(system.dv_frame_size);
-    if (slot.Encode(picture, Frame()) != kOK) return Fail(kError, slot.CodingError());
+    fCoded.resize(fSize);
+    if (slot.Encode(picture, fCoded) != kOK) return Fail(kError, slot.CodingError());
+    Repeat();
     return kOK;
+}
+
+void PictureEncoder::Repeat()
+{
+    if (fFormat.IsDV()) std::ranges::copy(fCoded, fBuffer.begin());
 }
 
 bool PictureEncoder::FindCodec()

@@ -21,6 +21,8 @@ public:
     // tells which kind of DV is wanted. 0 with the frame in Frame(), or a negative Status with the
     // reason in Message().
     [[nodiscard]] int Encode(std::span<uint8_t> picture, bool dvcpro);
+    // Makes the frame of the last picture again, without what was edited since.
+    void Repeat();
     // The frame made last; may be edited in place.
     std::span<uint8_t> Frame() { return std::span(fBuffer).first(fSize); }
     // What a codec wants stored beside the frames (a bitmap header with its extension); empty when
@@ -39,6 +41,7 @@ private:
     bool fPAL;
     ConversionState& fState;
     std::unique_ptr<Codec> fCodec;  // found at the first picture
+    std::vector<uint8_t> fCoded;    // a DV frame as its codec made it
     std::vector<uint8_t> fBuffer;
     size_t fSize = 0;
     std::string fMessage;

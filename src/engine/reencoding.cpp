@@ -1,6 +1,7 @@
 #include "engine/reencoding.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "base/status.h"
 #include "engine/picture_size.h"
@@ -135,6 +136,15 @@ ResamplingInput InputOf(const ConversionRun& run, const FrameSlot& current)
     return in;
 }
 
+// Nothing when the picture is more than lines of frames.
+std::optional<WovenFrames> WovenBy(const ResamplingPlan& plan, const Neighbours& neighbours)
+{
+    if (plan.base != ResamplingPlan::kWeave || plan.final_step != FinalStep::kNone ||
+        plan.blend_even.weight != 0 || plan.blend_odd.weight != 0)
+        return std::nullopt;
+    return WovenFrames{neighbours.Of(plan.even).frame_number, neighbours.Of(plan.odd).frame_number};
+}
+
 // Resamples and encodes. A failure to decode the newest picture is told before anything else.
 int MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBeside& newest,
                 bool& dropped)
@@ -150,6 +160,14 @@ int MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBeside& 
         [&](Neighbour a, Neighbour b) { return run.resampler.Alike(a, b); }, run.drop_counter);
     dropped = plan.base == ResamplingPlan::kDrop;
     if (dropped) return kOK;
+    // Two turns in a row can take the same fields: the frame is coded once.
+    const std::optional<WovenFrames> woven = WovenBy(plan, neighbours);
+    const bool again = woven && woven == run.woven;
+    run.woven = woven;
+    if (again) {
+        run.encoder.Repeat();
+        return kOK;
+    }
     run.resampler.Make(plan, run.picture.data());
     const int32_t kind = run.settings.dv_data_conversion;
     const bool dvcpro = kind == kConvertToDVCPRO25 || (kind == kKeepDataKind && run.is_dvcpro);

@@ -11,7 +11,7 @@
 namespace kelvane {
 
 // Changes with every change of this file; a module of another version is not used.
-inline constexpr uint32_t kCodecModuleVersion = 1;
+inline constexpr uint32_t kCodecModuleVersion = 2;
 inline constexpr char kCodecModuleEntry[] = "kelvane_codec_module";
 
 // The two manners of codecs, which keep their own names, error words and row order.
@@ -37,11 +37,13 @@ struct ModuleCodec {
 
 // What a codec is opened for. The raw side has 32 or 24 bits a pixel (B, G, R and, with 32, one
 // unused byte, which decoders set to 0), rows without padding; the coded side's compression code
-// tells DV ("dvsd") from DVCPRO25 ("dv25") and its height PAL from NTSC.
+// tells DV ("dvsd") from DVCPRO25 ("dv25") and its height PAL from NTSC. A codec may share its work
+// among so many threads; its bytes are the same with any number.
 struct CodecSetup {
     BitmapHeader raw;
     BitmapHeader coded;
     uint32_t quality;
+    uint32_t threads;  // 0 is one
 };
 
 // Every function answers 0 or a negative number. An open codec is used by one thread at a time;

@@ -33,7 +33,7 @@ TEST(CodecDrivers, ModulesThatCannotBeUsedAreNamed)
         LoadCodecDrivers(std::string(TEST_MODULES) + "/kelvane-codec-test-version");
     EXPECT_THAT(other.codecs, IsEmpty());
     EXPECT_THAT(other.problems,
-                ElementsAre(HasSubstr("is of version 2, but version 1 is needed.")));
+                ElementsAre(HasSubstr("is of version 3, but version 2 is needed.")));
 }
 
 TEST(CodecDrivers, TheFolderIsTheOneAskedForOrTheProgramsOwn)

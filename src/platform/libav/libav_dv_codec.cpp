@@ -1,5 +1,6 @@
 #include "platform/libav/libav_dv_codec.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "base/four_cc.h"
@@ -10,6 +11,7 @@ namespace kelvane {
 namespace {
 
 constexpr uint32_t kSequenceSize = 12000;
+constexpr uint32_t kMostThreads = 8;
 constexpr DVKind kKinds[] = {
     {{720, 576, ChromaSampling::k420}, AV_PIX_FMT_YUV420P, {1, 25}, 144000, false},
     {{720, 576, ChromaSampling::k411}, AV_PIX_FMT_YUV411P, {1, 25}, 144000, true},
@@ -40,14 +42,15 @@ bool LooksLikeDV(const uint8_t* frame, uint32_t bytes)
     return 2 * good > bytes / kSequenceSize;
 }
 
-// The library is told to be quiet and exact: one thread, integer transforms without the forms that
-// differ between processors.
-ContextPtr NewContext(const AVCodec* codec)
+// The library is told to be quiet and exact: integer transforms without the forms that differ
+// between processors, and threads that share a frame's blocks, so that no frame is kept waiting.
+ContextPtr NewContext(const AVCodec* codec, uint32_t threads)
 {
     av_log_set_level(AV_LOG_QUIET);
     ContextPtr context(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!context) return nullptr;
-    context->thread_count = 1;
+    context->thread_count = static_cast<int>(std::clamp(threads, 1u, kMostThreads));
+    context->thread_type = FF_THREAD_SLICE;
     context->flags |= AV_CODEC_FLAG_BITEXACT;
     return context;
 }
@@ -88,7 +91,7 @@ const DVKind* FindDVKind(const CodecSetup& setup)
 int LibavDVEncoder::Open(const CodecSetup& setup)
 {
     fKind = FindDVKind(setup);
-    fContext = NewContext(avcodec_find_encoder(AV_CODEC_ID_DVVIDEO));
+    fContext = NewContext(avcodec_find_encoder(AV_CODEC_ID_DVVIDEO), setup.threads);
     fFrame.reset(av_frame_alloc());
     fPacket.reset(av_packet_alloc());
     if (!fKind || !fContext || !fFrame || !fPacket) return kError;
@@ -124,7 +127,7 @@ int LibavDVEncoder::Encode(const uint8_t* picture, uint8_t* frame, uint32_t* byt
 int LibavDVDecoder::Open(const CodecSetup& setup)
 {
     fKind = FindDVKind(setup);
-    fContext = NewContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO));
+    fContext = NewContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO), 1);
     fFrame.reset(av_frame_alloc());
     fPacket.reset(av_packet_alloc());
     if (!fKind || !fContext || !fFrame || !fPacket) return kError;
