@@ -127,7 +127,7 @@ int LibavDVEncoder::Encode(const uint8_t* picture, uint8_t* frame, uint32_t* byt
 int LibavDVDecoder::Open(const CodecSetup& setup)
 {
     fKind = FindDVKind(setup);
-    fContext = NewContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO), 1);
+    fContext = NewContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO), setup.threads);
     fFrame.reset(av_frame_alloc());
     fPacket.reset(av_packet_alloc());
     if (!fKind || !fContext || !fFrame || !fPacket) return kError;
