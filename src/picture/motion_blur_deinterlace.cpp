@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <vector>
 
 #include "picture/pixels.h"
 
@@ -99,23 +100,22 @@ void BlurBlock(uint8_t* a, uint8_t* b, const uint8_t* c, bool last, uint32_t thr
     memcpy(b, new_b, sizeof new_b);
 }
 
-// Bytes `from` to `end` of the pair.
-void BlurPair(const Walk& walk, size_t pair, size_t from, size_t end, uint32_t threshold)
+// One pair of lines; `c` is the line after them, and b once more in the last pair.
+void BlurPair(uint8_t* a, uint8_t* b, const uint8_t* c, size_t bytes, uint32_t threshold)
 {
-    const bool last = pair + 1 == walk.pairs;
-    uint8_t* const a = walk.Line(2 * pair);
-    uint8_t* const b = walk.Line(2 * pair + 1);
-    const uint8_t* const c = last ? b : walk.Line(2 * pair + 2);
-    for (; from + kBlockBytes <= end; from += kBlockBytes)
-        BlurBlock(a + from, b + from, c + from, last, threshold);
-    if (from == end) return;
+    const bool last = b == c;
+    size_t at = 0;
+    for (; at + kBlockBytes <= bytes; at += kBlockBytes)
+        BlurBlock(a + at, b + at, c + at, last, threshold);
+    if (at == bytes) return;
+    const size_t rest = bytes - at;
     uint8_t lines[3][kBlockBytes] = {};
-    memcpy(lines[0], a + from, end - from);
-    memcpy(lines[1], b + from, end - from);
-    memcpy(lines[2], c + from, end - from);
+    memcpy(lines[0], a + at, rest);
+    memcpy(lines[1], b + at, rest);
+    memcpy(lines[2], c + at, rest);
     BlurBlock(lines[0], lines[1], lines[2], last, threshold);
-    memcpy(a + from, lines[0], end - from);
-    memcpy(b + from, lines[1], end - from);
+    memcpy(a + at, lines[0], rest);
+    memcpy(b + at, lines[1], rest);
 }
 
 }  // namespace
@@ -130,11 +130,21 @@ void MotionBlurDeinterlace(uint8_t* picture, size_t pitch, int32_t width, int32_
     const Walk walk(picture, pitch, height, upwards);
     const size_t bytes = kPixelBytes * static_cast<size_t>(width);
     const auto limit = static_cast<uint32_t>(threshold);
-    // A pair reads the first line of the next one before that line changes, so pairs keep their
-    // order: the work is split by columns.
-    ForBands(pool, (bytes + kBlockBytes - 1) / kBlockBytes, [&](size_t first, size_t end) {
-        for (size_t pair = 0; pair < walk.pairs; pair++)
-            BlurPair(walk, pair, first * kBlockBytes, std::min(bytes, end * kBlockBytes), limit);
+    // A pair reads the first line of the next one before that line changes: where another part
+    // begins, the line is kept from before.
+    const size_t bands = BandCount(pool, walk.pairs);
+    std::vector<uint8_t> kept(bands * bytes);
+    const auto first = [&](size_t band) { return walk.pairs * band / bands; };
+    for (size_t band = 1; band < bands; band++)
+        memcpy(kept.data() + band * bytes, walk.Line(2 * first(band)), bytes);
+    ForEachPart(pool, bands, [&](size_t band) {
+        const size_t end = first(band + 1);
+        for (size_t pair = first(band); pair < end; pair++) {
+            uint8_t* const b = walk.Line(2 * pair + 1);
+            const uint8_t* next = pair + 1 == walk.pairs ? b : walk.Line(2 * pair + 2);
+            if (pair + 1 == end && end != walk.pairs) next = kept.data() + (band + 1) * bytes;
+            BlurPair(walk.Line(2 * pair), b, next, bytes, limit);
+        }
     });
 }
 

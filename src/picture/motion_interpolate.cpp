@@ -58,30 +58,35 @@ int32_t LevelsOf(int32_t motiondetail)
     return 3 - std::clamp<int32_t>(motiondetail, kFineMotion, kCoarseMotion);
 }
 
-// Fills the vectors of the rows from `first` to `end`, whole rows of largest blocks, from coarse to
-// fine. Blocks of a level lie inside those of the level before: rows don't depend on other rows.
+// A part of a field made of whole largest blocks, cut at its right and lower edge.
+struct BlockArea {
+    int32_t left, top, right, bottom;
+};
+
+// Fills the vectors of an area, from coarse to fine. Blocks of a level lie inside those of the
+// level before: no block depends on what is outside its largest one.
 void BuildVectors(const Field& field, const uint8_t* searched, const uint8_t* reference,
-                  VectorField& vectors, int32_t first, int32_t end, TriedPlaces& tried,
-                  BlockCostFunction block_cost)
+                  VectorField& vectors, const BlockArea& area, BlockCostFunction block_cost)
 {
-    const int32_t width = field.run.width;
+    thread_local TriedPlaces tried;
     const FieldView from = field.View(searched), block_of = field.View(reference);
-    for (int32_t y = first; y < end; y++)
-        std::fill_n(vectors.begin() + static_cast<ptrdiff_t>(field.Row(y)), width, MotionVector{});
+    const auto at = [&](int32_t x, int32_t y) {
+        return vectors.begin() + static_cast<ptrdiff_t>(field.Row(y)) + x;
+    };
+    for (int32_t y = area.top; y < area.bottom; y++)
+        std::fill(at(area.left, y), at(area.right, y), MotionVector{});
     for (int32_t level = 0; level < field.run.levels; level++) {
         const int32_t size = kLargestBlock >> level;
-        for (int32_t y = first; y < end; y += size)
-            for (int32_t x = 0; x < width; x += size) {
-                const MotionVector start = vectors[field.Row(y) + static_cast<size_t>(x)];
+        for (int32_t y = area.top; y < area.bottom; y += size)
+            for (int32_t x = area.left; x < area.right; x += size) {
+                const MotionVector start = *at(x, y);
                 const BlockVector found = BlockMatch(from, block_of, x, y, size, x + start.dx,
                                                      y + start.dy, tried, block_cost);
                 const MotionVector vector{static_cast<int16_t>(found.dx),
                                           static_cast<int16_t>(found.dy)};
                 if (found.width <= 0) continue;
                 for (int32_t row = 0; row < found.height; row++)
-                    std::fill_n(vectors.begin() + static_cast<ptrdiff_t>(field.Row(found.y + row)) +
-                                    found.x,
-                                found.width, vector);
+                    std::fill_n(at(found.x, found.y + row), found.width, vector);
             }
     }
 }
@@ -99,15 +104,13 @@ bool CopiedNearest(const Run& run, float t)
     return true;
 }
 
-void MakeRoom(const Run& run, size_t searches)
+void MakeRoom(const Run& run)
 {
     const size_t pixels = PixelCount(run.width, run.height);
-    if (run.state.written.size() < pixels) {
-        run.state.a.resize(pixels);
-        run.state.b.resize(pixels);
-        run.state.written.resize(pixels);
-    }
-    if (run.state.tried.size() < searches) run.state.tried.resize(searches);
+    if (run.state.written.size() >= pixels) return;
+    run.state.a.resize(pixels);
+    run.state.b.resize(pixels);
+    run.state.written.resize(pixels);
 }
 
 }  // namespace
@@ -160,13 +163,14 @@ void MotionInterpolate(MotionState& state, const uint8_t* a, const uint8_t* b, i
     const Run run{
         state, a, b, destination, width, height, interlaced ? 2 : 1, LevelsOf(motiondetail)};
     if (PixelCount(width, height) == 0 || CopiedNearest(run, t)) return;
-    MakeRoom(run, 1);
+    MakeRoom(run);
     std::fill(state.written.begin(), state.written.end(), uint8_t{0});
     const Weights forward(t), backward(1 - t);
     for (int32_t number = 0; number < run.fields; number++) {
         const Field field = FieldOf(run, number);
-        BuildVectors(field, a, b, state.a, 0, field.height, state.tried[0], plain::BlockCost);
-        BuildVectors(field, b, a, state.b, 0, field.height, state.tried[0], plain::BlockCost);
+        const BlockArea all{0, 0, width, field.height};
+        BuildVectors(field, a, b, state.a, all, plain::BlockCost);
+        BuildVectors(field, b, a, state.b, all, plain::BlockCost);
         Warp(field, state.a, a, b, forward, false);
         Warp(field, state.b, b, a, backward, true);
         FillHoles(field, backward.v);
@@ -223,6 +227,20 @@ void PutBackward(const Run& run, const PixelRun& pixels, int32_t v)
     }
 }
 
+// Where the run of equal vectors ends that begins at x; looked at in fours, for most runs are long.
+int32_t EndOfRun(const MotionVector* row, int32_t x, int32_t width)
+{
+    constexpr int32_t kStep = 4;
+    MotionVector same[kStep];
+    std::fill_n(same, kStep, row[x]);
+    int32_t end = x + 1;
+    while (end + kStep <= width && memcmp(row + end, same, sizeof same) == 0)
+        end += kStep;
+    while (end < width && row[end] == row[x])
+        end++;
+    return end;
+}
+
 // Vectors never lead out of the picture and targets lie between both ends: no limit is needed.
 template <void (*kPut)(const Run&, const PixelRun&, int32_t)>
 void WarpInto(const TargetBand& band, const VectorField& vectors, const uint8_t* from,
@@ -234,8 +252,7 @@ void WarpInto(const TargetBand& band, const VectorField& vectors, const uint8_t*
         const MotionVector* const row = vectors.data() + field.Row(y);
         for (int32_t x = 0, next = 0; x < width; x = next) {
             const MotionVector vector = row[x];
-            for (next = x + 1; next < width && row[next] == vector;)
-                next++;
+            next = EndOfRun(row, x, width);
             const int32_t sx = x + vector.dx, sy = y + vector.dy;
             const int32_t tx = sx - weights.Move(vector.dx), ty = sy - weights.Move(vector.dy);
             if (!band.Has(ty)) continue;
@@ -270,20 +287,24 @@ void FillHoles(const TargetBand& band, int32_t weight)
     }
 }
 
+// Some blocks take a hundred times as long as others, so the parts are small.
 void BuildAllVectors(const Run& run, WorkerPool* pool)
 {
+    constexpr int32_t kAreaWidth = 8 * kLargestBlock, kAreaHeight = kLargestBlock;
     const int32_t height = run.height / run.fields;
-    const auto rows = static_cast<size_t>((height + kLargestBlock - 1) / kLargestBlock);
-    const size_t parts = 2 * static_cast<size_t>(run.fields) * rows;
-    MakeRoom(run, parts);
+    const auto columns = static_cast<size_t>((run.width + kAreaWidth - 1) / kAreaWidth);
+    const auto rows = static_cast<size_t>((height + kAreaHeight - 1) / kAreaHeight);
+    const size_t areas = rows * columns, parts = 2 * static_cast<size_t>(run.fields) * areas;
+    MakeRoom(run);
     ForEachPart(pool, parts, [&](size_t part) {
-        const auto first = static_cast<int32_t>(part % rows) * kLargestBlock;
-        const int32_t end = std::min(height, first + kLargestBlock);
-        const Field field = FieldOf(run, static_cast<int32_t>(part / rows) % run.fields);
+        const auto left = static_cast<int32_t>(part % columns) * kAreaWidth;
+        const auto top = static_cast<int32_t>(part / columns % rows) * kAreaHeight;
+        const BlockArea area{left, top, std::min(run.width, left + kAreaWidth),
+                             std::min(height, top + kAreaHeight)};
+        const Field field = FieldOf(run, static_cast<int32_t>(part / areas) % run.fields);
         const bool forward = part < parts / 2;
         BuildVectors(field, forward ? run.a : run.b, forward ? run.b : run.a,
-                     forward ? run.state.a : run.state.b, first, end, run.state.tried[part],
-                     BlockCost);
+                     forward ? run.state.a : run.state.b, area, BlockCost);
     });
 }
 

@@ -24,7 +24,6 @@ struct MotionState {
     VectorField a;                 // for each pixel of picture b: where it came from in a
     VectorField b;                 // for each pixel of picture a: where it goes to in b
     std::vector<uint8_t> written;  // 1 where the result has a pixel
-    std::vector<TriedPlaces> tried;
 };
 
 // Makes the picture that lies at time `t` between a (0) and b (1): 32-bit pixels, rows without
