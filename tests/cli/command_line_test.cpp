@@ -83,7 +83,7 @@ TEST_F(CommandLine, TouchesNothingThatExists)
     EXPECT_THAT(fSaid, HasSubstr("DV Encoder is not set."));
     EXPECT_EQ(1, Run(fClip + " --overwrite always -o " + old,
                      "KELVANE_CODEC_PATH=" TEST_MODULES "/kelvane-codec-test-version"));
-    EXPECT_THAT(fSaid, HasSubstr("is of version 2"));
+    EXPECT_THAT(fSaid, HasSubstr("is of version "));
     EXPECT_EQ(7u, SizeOf("old.dv"));
     EXPECT_EQ(25u * 144000, SizeOf("clip.dv"));
     EXPECT_EQ(1, Run(fClip + " --overwrite always -o /dev/full --format dv"));
