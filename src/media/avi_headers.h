@@ -9,7 +9,7 @@
 namespace kelvane {
 
 // The fixed headers of AVI files (Microsoft's "AVI RIFF File Reference", the OpenDML AVI extensions
-// 1.02 and the DV data in AVI specification). All little-endian.
+// 1.02 and the DV data in AVI files). All little-endian.
 
 // "avih". The last four words are reserved in the public description; one dialect uses them.
 inline constexpr auto kMainHeader = HeaderFields<56>({

@@ -5,7 +5,7 @@
 namespace kelvane {
 
 // The fixed atoms of QuickTime movies, each described once as its fields in file order (QuickTime
-// File Format Specification, "Movie Atoms"). All numbers are big-endian. Rates, resolutions and
+// File Format, "Movie Atoms"). All numbers are big-endian. Rates, resolutions and
 // the size of a track are fixed point 16.16, volumes 8.8.
 
 // "mvhd"

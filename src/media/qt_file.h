@@ -14,7 +14,7 @@
 
 namespace kelvane {
 
-// Reads or writes a QuickTime movie (QuickTime File Format Specification).
+// Reads or writes a QuickTime movie (QuickTime File Format).
 //
 // A source is parsed by the constructor: only heads of atoms and the "moov" are read, never the
 // media. Streams are its video and sound tracks in order. Video is read by frame, sound by chunk.
