@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/byte_cursor.h"
+#include "dv/dif_frame.h"
 #include "engine/conversion_options.h"
 #include "engine/convert_file.h"
 #include "engine/source.h"
@@ -14,6 +15,8 @@
 #include "support/temp_folder.h"
 
 namespace kelvane {
+
+using ProgressCall = std::function<int(uint32_t read, uint64_t total)>;
 
 // Files made by the test and the conversions of them, chosen as on the command line: by the names
 // of formats and codecs.
@@ -26,9 +29,7 @@ protected:
     std::string MakeClip(const std::string& name, int64_t frames, const SampleOptions& options);
     std::string MakeClip(int64_t frames, bool pal = true)
     {
-        SampleOptions options;
-        options.pal = pal;
-        return MakeClip("source.dv", frames, options);
+        return MakeClip("source.dv", frames, {.pal = pal});
     }
     // The format and codec of the output; "" is the first row.
     void Choose(const std::string& format, const std::string& codec = "");
@@ -45,12 +46,19 @@ protected:
     ConversionResult fResult;
     // Last changes to the settings.
     std::function<void(ConversionSettings&)> fAdjust;
+    ProgressCall fAtProgress;
 };
+
+inline DIFFrame View(Bytes& frame)
+{
+    return DIFFrame(frame.data(), uint32_t(frame.size()));
+}
 
 // What stands in a file, as its own reader gives it.
 struct Film {
     explicit Film(const std::string& path);
 
+    std::unique_ptr<Source> source;
     MediaFormat format;
     bool pal = false;
     uint64_t told_frames = 0;
