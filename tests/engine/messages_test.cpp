@@ -223,8 +223,9 @@ TEST_F(Messages, SoundThatWillNotDo)
     Expect(-1, "Source audio format is not supported (PCM or float is needed)!",
            MakeAVI(frames, kAVIPAL, 48000, 64));
 
-    const auto companion = [&](const char* name, uint16_t channels, int32_t rate) {
-        WriteSound(fFolder.Path(name), {kSamplePCM, channels, 16, rate}, Bytes(4000));
+    const auto companion = [&](const char* name, uint16_t channels, int32_t rate,
+                               uint16_t depth = 16) {
+        WriteSound(fFolder.Path(name), {kSamplePCM, channels, depth, rate}, Bytes(4800));
     };
     const std::string source = fFolder.Path("source.dv");
     companion("source.wav", 2, 22050);
@@ -234,6 +235,8 @@ TEST_F(Messages, SoundThatWillNotDo)
     Expect(-18, "Source audio files should be mono!", source);
     EXPECT_EQ(fFolder.Path("source_2.wav"), fResult.audio_file_2);
     companion("source_1.wav", 1, 48000), companion("source_2.wav", 1, 32000);
+    Expect(-18, "Source audio files have different formats!", source);
+    companion("source_2.wav", 1, 48000, 24);
     Expect(-18, "Source audio files have different formats!", source);
 }
 
