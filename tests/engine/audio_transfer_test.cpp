@@ -43,13 +43,15 @@ void Embed(Bytes& frame, std::span<const uint8_t> sound)
 // The frame loop around the sound: reads source frames into a ring of four, writes output frames
 // in their own time, and gathers what is heard.
 struct SoundLoop {
-    SoundLoop(bool source_pal, bool destination_pal, bool separate = false)
+    SoundLoop(bool from, bool to, bool separate = false)
+        : setup{.source_is_pal = from,
+                .destination_is_pal = to,
+                .source_is_dv = true,
+                .separate_track = separate,
+                .interleave = 5,
+                .source_path = {},
+                .companion = {}}
     {
-        setup.source_is_pal = source_pal;
-        setup.destination_is_pal = destination_pal;
-        setup.source_is_dv = true;
-        setup.separate_track = separate;
-        setup.interleave = 5;
     }
 
     // `make` gives source frame n its sound; it has none before.
@@ -135,12 +137,9 @@ struct SoundLoop {
 };
 
 // PAL or not, and whether sound goes to a track.
-struct Way {
-    bool from, to, separate;
-};
-constexpr Way kWays[] = {{true, true, false},   {true, false, false}, {false, true, false},
-                         {false, false, false}, {true, true, true},   {true, false, true},
-                         {false, true, true},   {false, false, true}};
+constexpr std::tuple<bool, bool, bool> kWays[] = {
+    {true, true, false}, {true, false, false}, {false, true, false}, {false, false, false},
+    {true, true, true},  {true, false, true},  {false, true, true},  {false, false, true}};
 #define TRACE_WAY(rate) SCOPED_TRACE(testing::PrintToString(std::tuple(rate, from, to, separate)))
 
 // That every click is heard with its picture, to a frame, and no click is missing.
@@ -212,13 +211,14 @@ TEST(AudioTransfer, StaysInStepWhateverFramesLack)
         {"more samples than there are places", set(1, 0xFF, 0xFF)},
         {"the other system's samples", set(3, 0xC0, 0xE0)},
     };
+    constexpr std::tuple<bool, bool, int, int> kDamaged[] = {{true, false, 30, 240},
+                                                             {false, false, 40, 290},
+                                                             {false, true, 40, 290},
+                                                             {true, false, 0, 0}};
     constexpr uint64_t kSeconds = 12;
     for (const auto& [what, damage] : rows)
         for (const uint32_t rate : {48000u, 32000u})
-            for (const auto& [pal, separate, first, last] : {std::tuple(true, false, 30, 240),
-                                                             {false, false, 40, 290},
-                                                             {false, true, 40, 290},
-                                                             {true, false, 0, 0}}) {
+            for (const auto& [pal, separate, first, last] : kDamaged) {
                 SCOPED_TRACE(testing::PrintToString(std::tuple(what, rate, pal, separate)));
                 const SampleSound sound(rate, rate == 32000 ? 4 : 2);
                 SoundLoop run(pal, pal, separate);

@@ -20,11 +20,11 @@ int CallAtProgress(uint32_t read, uint64_t total, uintptr_t cookie)
 
 }  // namespace
 
-ConversionCase::ConversionCase(const std::string& folder, int threads)
+ConversionCase::ConversionCase(const std::string& folder)
     : fDrivers(LoadCodecDrivers(folder)),
       fCodecs(ListDVCodecs(fDrivers)),
       fRegistry(MakeCodecRegistry(fDrivers)),
-      fState(fRegistry, threads)
+      fState(fRegistry, 0)
 {
     fOptions.selection = "crdv"_4cc;
     fOptions.opselection = kOperationConvert;

@@ -23,7 +23,7 @@ using ProgressCall = std::function<int(uint32_t read, uint64_t total)>;
 class ConversionCase : public testing::Test {
 protected:
     // Codec modules come from `folder`.
-    explicit ConversionCase(const std::string& folder = CodecFolder(), int threads = 0);
+    explicit ConversionCase(const std::string& folder = CodecFolder());
 
     // Frames of a clip as raw DV.
     std::string MakeClip(const std::string& name, int64_t frames, const SampleOptions& options);
@@ -36,6 +36,12 @@ protected:
     int Convert(const std::string& source, const std::string& destination);
     // For all conversions of a way that must succeed; the path of the destination.
     std::string Converted(const std::string& source, const std::string& name);
+    std::string Converted(const std::string& source, const std::string& name,
+                          const std::string& format, const std::string& codec = "")
+    {
+        Choose(format, codec);
+        return Converted(source, name);
+    }
 
     TempFolder fFolder;
     CodecDrivers fDrivers;

@@ -31,15 +31,13 @@ TEST_F(ConversionMatrix, EveryContainerGoesIntoEveryOtherBitForBit)
         const std::string clip = MakeClip(kFrames, pal);
         const Bytes pictures = Film(clip).Pictures();
         for (const char* from : {"dv", "avi1", "avi2", "avi2-odml", "mov-audio-64", "mov"}) {
-            Choose(from);
-            const std::string source = Converted(clip, "from");
+            const std::string source = Converted(clip, "from", from);
             const Bytes track = Film(source).track;
             for (const OutputFormat& to : OutputFormats()) {
                 if (to.type == kDestinationES3 || to.type == kDestinationDU1) continue;
                 if (to.type == kDestinationOMF) continue;
                 SCOPED_TRACE(std::string(from) + " to " + to.name + (pal ? " PAL" : " NTSC"));
-                Choose(to.name);
-                Film film(Converted(source, "to"));
+                Film film(Converted(source, "to", to.name));
                 EXPECT_EQ(pal, film.pal);
                 EXPECT_EQ(uint64_t{kFrames}, film.told_frames);
                 EXPECT_TRUE(pictures == film.Pictures());
@@ -112,16 +110,14 @@ TEST_F(ConversionMatrix, EveryPictureCodecShowsThePictureBothWaysRound)
             fOptions.opselection = from == to ? kOperationConvert
                                    : to       ? kOperationToPAL
                                               : kOperationToNTSC;
-            Choose(row.format, row.codec);
-            const std::string coded = Converted(clip, "coded");
+            const std::string coded = Converted(clip, "coded", row.format, row.codec);
             const Bytes picture = DecodedFrame(coded, 0, fState);
             if (first.empty()) first = picture;
             EXPECT_LT(kLeastNoise, PictureNoise(truth, picture));
             EXPECT_LT(row.lossless ? 98 : 33, PictureNoise(first, picture));
             // And as a source.
             fOptions.opselection = kOperationConvert;
-            Choose("dv");
-            const std::string back = Converted(coded, "back.dv");
+            const std::string back = Converted(coded, "back.dv", "dv");
             EXPECT_EQ(Film(coded).frames.size(), Film(back).frames.size());
             EXPECT_LT(kLeastNoise, PictureNoise(truth, DecodedFrame(back, 0, fState)));
         }
@@ -150,8 +146,7 @@ TEST_F(ConversionMatrix, NTSCPicturesThatAreNotDVHave486LinesWhenAsked)
 {
     const std::string clip = MakeClip(3, false);
     fOptions.wr486 = 1;
-    Choose("avi2-odml", "rgb24");
-    const std::string tall = Converted(clip, "tall.avi");
+    const std::string tall = Converted(clip, "tall.avi", "avi2-odml", "rgb24");
     EXPECT_EQ(486, Film(tall).format.Height());
     const Bytes picture = DecodedFrame(tall, 0, fState);
     // The picture stands whole among the lines, wherever black was added.
@@ -166,11 +161,10 @@ TEST_F(ConversionMatrix, NTSCPicturesThatAreNotDVHave486LinesWhenAsked)
     fOptions.wr486 = 0;
     EXPECT_EQ(480, Film(Converted(tall, "short.avi")).format.Height());
     fOptions.wr486 = 1;
-    Choose("avi2-odml");
-    EXPECT_EQ(480, Film(Converted(tall, "dv.avi")).format.Height()) << "DV never has them";
+    const Film dv(Converted(tall, "dv.avi", "avi2-odml"));
+    EXPECT_EQ(480, dv.format.Height()) << "DV never has them";
     fOptions.opselection = kOperationToPAL;
-    Choose("avi2-odml", "rgb24");
-    EXPECT_EQ(576, Film(Converted(clip, "pal.avi")).format.Height());
+    EXPECT_EQ(576, Film(Converted(clip, "pal.avi", "avi2-odml", "rgb24")).format.Height());
 }
 
 TEST_F(ConversionMatrix, CopiedFramesKeepTheCodingThatTheyHave)
@@ -187,10 +181,8 @@ TEST_F(ConversionMatrix, CopiedFramesKeepTheCodingThatTheyHave)
     const std::string clip = MakeClip(3);
     for (const auto& [format, from, to, copied] : rows) {
         SCOPED_TRACE(std::string(from) + " to " + to);
-        Choose(format, from);
-        const std::string coded = Converted(clip, "coded");
-        Choose(format, to);
-        const std::string copy = Converted(coded, "copy");
+        const std::string coded = Converted(clip, "coded", format, from);
+        const std::string copy = Converted(coded, "copy", format, to);
         EXPECT_EQ(copied, Film(coded).Pictures() == Film(copy).Pictures());
         EXPECT_LT(33, PictureNoise(DecodedFrame(coded, 2, fState), DecodedFrame(copy, 2, fState)));
     }

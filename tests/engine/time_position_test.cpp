@@ -39,22 +39,15 @@ double Sum(const std::string& digits)
     return std::accumulate(digits.begin(), digits.end(), 0.0) - '0' * double(digits.size());
 }
 
-TEST(TimePosition, StepsBySystemsAndResampling)
-{
-    EXPECT_EQ(0.8341675008341676, Pace(kToNTSC, 1, true, false).Step());
-    EXPECT_EQ(1.1987999999999999, Pace(kToPAL, 1, false, true).Step());
-    EXPECT_EQ(1.0, Pace(kOperationConvert, 3, true, true).Step());
-    EXPECT_EQ(1.0, Pace(kToNTSC, 3, false, false).Step());
-    EXPECT_EQ(1.2, Pace(kToPAL, 3, false, true).Step());
-    EXPECT_EQ(1.2, Pace(kToPAL, 3, true, true).Step()) << "overrides equal systems";
-}
-
 TEST(TimePosition, ReadsNoneOrOneGoingUpAndOneOrTwoGoingDown)
 {
     EXPECT_EQ("001111101111101", Reads(Pace(kToNTSC, 1, true, false), 15));
     EXPECT_EQ("01111121111211112", Reads(Pace(kToPAL, 1, false, true), 17));
-    EXPECT_EQ("01111211112", Reads(Pace(kToPAL, 3, false, true), 11));
-    EXPECT_EQ("0111", Reads(Pace(kOperationConvert, 1, true, true), 4));
+    EXPECT_EQ("0111111", Reads(Pace(kOperationConvert, 3, true, true), 7));
+    EXPECT_EQ("0111111", Reads(Pace(kToNTSC, 3, false, false), 7));
+    // Reverse pulldown, for equal systems too.
+    for (const bool pal : {true, false})
+        EXPECT_EQ("01111211112", Reads(Pace(kToPAL, 3, pal, true), 11));
 }
 
 TEST(TimePosition, PulldownWithAChangeOfFieldOrderUsesTheFirstFrameTwice)

@@ -14,12 +14,7 @@ using enum Neighbour;
 
 // Four pictures, by default small ones whose lines carry their picture's number and their own.
 struct Turn {
-    explicit Turn(int32_t pictureWidth = 3, int32_t pictureHeight = 8)
-        : width(pictureWidth),
-          height(pictureHeight),
-          state(registry, 1),
-          resampler(width, height, kCoarseMotion, state),
-          output(Row() * size_t(height), 255)
+    explicit Turn(int32_t across = 3, int32_t down = 8) : width(across), height(down)
     {
         for (int i = 0; i < 4; i++)
             for (int32_t y = 0; y < height; y++)
@@ -49,11 +44,11 @@ struct Turn {
 
     int32_t width, height;
     CodecRegistry registry;
-    ConversionState state;
-    TimeResampler resampler;
+    ConversionState state{registry, 1};
+    TimeResampler resampler{width, height, kCoarseMotion, state};
     std::array<Bytes, 4> pictures;
     std::array<Bytes*, 4> shown = {&pictures[0], &pictures[1], &pictures[2], &pictures[3]};
-    Bytes output;
+    Bytes output = Bytes(Row() * size_t(height), 255);
 };
 
 TEST(TimeResampler, CopiesWeavesAndBlendsTheLinesOfThePlan)
