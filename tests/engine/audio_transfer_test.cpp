@@ -43,14 +43,9 @@ void Embed(Bytes& frame, std::span<const uint8_t> sound)
 // The frame loop around the sound: reads source frames into a ring of four, writes output frames
 // in their own time, and gathers what is heard.
 struct SoundLoop {
+    // Of DV frames, with a chunk for five frames in a track.
     SoundLoop(bool from, bool to, bool separate = false)
-        : setup{.source_is_pal = from,
-                .destination_is_pal = to,
-                .source_is_dv = true,
-                .separate_track = separate,
-                .interleave = 5,
-                .source_path = {},
-                .companion = {}}
+        : setup{from, to, true, separate, 5, false, {}, {}}
     {
     }
 
@@ -211,10 +206,9 @@ TEST(AudioTransfer, StaysInStepWhateverFramesLack)
         {"more samples than there are places", set(1, 0xFF, 0xFF)},
         {"the other system's samples", set(3, 0xC0, 0xE0)},
     };
-    constexpr std::tuple<bool, bool, int, int> kDamaged[] = {{true, false, 30, 240},
-                                                             {false, false, 40, 290},
-                                                             {false, true, 40, 290},
-                                                             {true, false, 0, 0}};
+    // PAL or not, into a track or not, and the first and the last frame that is damaged.
+    constexpr std::array<int, 4> kDamaged[] = {
+        {1, 0, 30, 240}, {0, 0, 40, 290}, {0, 1, 40, 290}, {1, 0, 0, 0}};
     constexpr uint64_t kSeconds = 12;
     for (const auto& [what, damage] : rows)
         for (const uint32_t rate : {48000u, 32000u})

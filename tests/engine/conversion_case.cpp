@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "base/four_cc.h"
 #include "dv/dif_layout.h"
@@ -76,12 +77,8 @@ Film::Film(const std::string& path)
 {
     std::string message;
     source = OpenSource(path, message);
-    EXPECT_TRUE(source) << message;
-    if (!source) return;
-    format = source->format;
-    pal = source->is_pal;
-    told_frames = source->CountFrames();
-    Bytes buffer(LargestFrame(format));
+    if (!source) throw std::runtime_error(path + ": " + message);
+    Bytes buffer(LargestFrame(source->format));
     for (int64_t size = 0; source->ReadFrame(buffer, size) == 0 && size > 0;)
         frames.emplace_back(buffer.begin(), buffer.begin() + size);
     while (AudioStream* stream = source->Audio()) {
@@ -107,7 +104,7 @@ Bytes Film::Pictures() const
     Bytes all;
     for (const Bytes& frame : frames)
         all.insert(all.end(), frame.begin(), frame.end());
-    if (!format.IsDV()) return all;
+    if (!source->format.IsDV()) return all;
     for (size_t sequence = 0; sequence < all.size() / kDIFSequenceSize; sequence++)
         for (size_t block = 0; block < kAudioBlocks; block++)
             std::fill_n(&all[AudioBlockAt(sequence, block)], kDIFBlockSize, uint8_t{0});
@@ -117,13 +114,13 @@ Bytes Film::Pictures() const
 Bytes DecodedFrame(const std::string& path, size_t number, ConversionState& state)
 {
     Film film(path);
-    if (film.frames.size() <= number) return {};
-    PictureDecoder decoder(film.format, state);
-    const size_t pixels = PixelsOf(film.format);
+    const MediaFormat& format = film.source->format;
+    PictureDecoder decoder(format, state);
+    const size_t pixels = PixelsOf(format);
     Bytes picture(2 * std::max<size_t>(pixels, 720 * 576) * 4);
     for (size_t i = 0; i <= number; i++) {
-        const bool dvcpro = film.format.IsDV() && View(film.frames[i]).IsDVCPRO();
-        if (decoder.Decode(film.frames[i], dvcpro, picture) != 0) return {};
+        Bytes& frame = film.frames.at(i);
+        EXPECT_EQ(0, decoder.Decode(frame, format.IsDV() && View(frame).IsDVCPRO(), picture));
     }
     picture.resize(pixels * 4);
     return picture;

@@ -65,9 +65,6 @@ struct Film {
     explicit Film(const std::string& path);
 
     std::unique_ptr<Source> source;
-    MediaFormat format;
-    bool pal = false;
-    uint64_t told_frames = 0;
     std::vector<Bytes> frames;
     Bytes track;  // of a separate stream
     // Sound of the frames, two channels.

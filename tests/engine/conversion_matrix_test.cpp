@@ -18,7 +18,7 @@ void ExpectSound(Film& film)
 {
     const Bytes heard = film.track.empty() ? film.SoundOfFrames() : film.track;
     const Bytes truth = SampleSound(48000).Samples(0, heard.size() / 4);
-    const size_t whole = film.frames.size() * (film.pal ? 1920 : 1601) * 4;
+    const size_t whole = film.frames.size() * (film.source->is_pal ? 1920 : 1601) * 4;
     const size_t frame = 1620 * 4;
     EXPECT_NEAR(double(whole), double(heard.size()), double(frame));
     const size_t compared = std::min(heard.size(), whole - frame);
@@ -38,8 +38,8 @@ TEST_F(ConversionMatrix, EveryContainerGoesIntoEveryOtherBitForBit)
                 if (to.type == kDestinationOMF) continue;
                 SCOPED_TRACE(std::string(from) + " to " + to.name + (pal ? " PAL" : " NTSC"));
                 Film film(Converted(source, "to", to.name));
-                EXPECT_EQ(pal, film.pal);
-                EXPECT_EQ(uint64_t{kFrames}, film.told_frames);
+                EXPECT_EQ(pal, film.source->is_pal);
+                EXPECT_EQ(uint64_t{kFrames}, film.source->CountFrames());
                 EXPECT_TRUE(pictures == film.Pictures());
                 ExpectSound(film);
                 EXPECT_TRUE(track.empty() || film.track.empty() || track == film.track);
@@ -147,7 +147,7 @@ TEST_F(ConversionMatrix, NTSCPicturesThatAreNotDVHave486LinesWhenAsked)
     const std::string clip = MakeClip(3, false);
     fOptions.wr486 = 1;
     const std::string tall = Converted(clip, "tall.avi", "avi2-odml", "rgb24");
-    EXPECT_EQ(486, Film(tall).format.Height());
+    EXPECT_EQ(486, Film(tall).source->format.Height());
     const Bytes picture = DecodedFrame(tall, 0, fState);
     // The picture stands whole among the lines, wherever black was added.
     double best = 0;
@@ -159,12 +159,12 @@ TEST_F(ConversionMatrix, NTSCPicturesThatAreNotDVHave486LinesWhenAsked)
     EXPECT_LT(kLeastNoise, best);
     EXPECT_TRUE(Film(tall).Pictures() == Film(Converted(tall, "again.avi")).Pictures());
     fOptions.wr486 = 0;
-    EXPECT_EQ(480, Film(Converted(tall, "short.avi")).format.Height());
+    EXPECT_EQ(480, Film(Converted(tall, "short.avi")).source->format.Height());
     fOptions.wr486 = 1;
     const Film dv(Converted(tall, "dv.avi", "avi2-odml"));
-    EXPECT_EQ(480, dv.format.Height()) << "DV never has them";
+    EXPECT_EQ(480, dv.source->format.Height()) << "DV never has them";
     fOptions.opselection = kOperationToPAL;
-    EXPECT_EQ(576, Film(Converted(clip, "pal.avi", "avi2-odml", "rgb24")).format.Height());
+    EXPECT_EQ(576, Film(Converted(clip, "pal.avi", "avi2-odml", "rgb24")).source->format.Height());
 }
 
 TEST_F(ConversionMatrix, CopiedFramesKeepTheCodingThatTheyHave)

@@ -50,21 +50,9 @@ struct Turn {
     bool Same(int a, int b) const { return id[size_t(a)] == id[size_t(b)]; }
 };
 
-class Expectation {
-public:
-    explicit Expectation(const Turn& turn)
-        : t(turn), i(turn.in.source_interlace), o(turn.in.target_interlace), s(turn.in.step)
-    {
-        f = t.in.position - std::floor(t.in.position + 0.00001);
-        q = f + s / 2;
-        swap = (i == 1 && o == 2) || (i == 2 && o == 1);
-        row = i == 1 ? (o == 2 ? 0 : 1) : (o == 1 ? 2 : 3);
-        Make();
-    }
-    Outcome outcome;
-    bool swap;
+struct Expectation {
+    explicit Expectation(const Turn& turn) : t(turn) { Make(); }
 
-private:
     // The pictures that a field's time asks for.
     int LateF() const { return f >= 0.5 ? N : K; }
     int EarlyF() const { return f >= 0.5 ? K : P; }
@@ -76,6 +64,7 @@ private:
         outcome.odd[0] = t.id[size_t(odd)];
     }
     void Copy(int picture) { Weave(picture, picture); }
+    void Move(bool fields, int shifted) { outcome.motion = {fields, shifted, float(f)}; }
     void WeaveAlike(int even, int odd, int otherwise)
     {
         t.Alike(even, odd) ? Weave(even, odd) : Copy(otherwise);
@@ -121,10 +110,7 @@ private:
     void Progressive()
     {
         if (t.in.method == 0 || !t.Alike(K, N)) return Copy(LateF());
-        if (t.in.method == 2) {
-            outcome.motion = {false, kNone, float(f)};
-            return;
-        }
+        if (t.in.method == 2) return Move(false, kNone);
         Blend(outcome.even, K, N, int(f * 255), 1);
         outcome.odd = outcome.even;
     }
@@ -174,7 +160,7 @@ private:
     void Interpolated()
     {
         if (!t.Alike(K, N) || (swap && !t.Alike(P, K))) return Copy(swap ? EarlyF() : LateF());
-        outcome.motion = {true, !swap ? kNone : i == 1 ? 1 : 0, float(f)};
+        Move(true, !swap ? kNone : i == 1 ? 1 : 0);
     }
 
     void Pulldown()
@@ -207,11 +193,14 @@ private:
     }
 
     const Turn& t;
-    const int i, o;
-    const double s;
-    double f, q;
-    int row;  // field orders: 1 to 2, 1 to other, other to 1, other to other
+    const int i = t.in.source_interlace, o = t.in.target_interlace;
+    const double s = t.in.step;
+    const double f = t.in.position - std::floor(t.in.position + 0.00001), q = f + s / 2;
+    const bool swap = (i == 1 && o == 2) || (i == 2 && o == 1);
+    // Of field orders: 1 to 2, 1 to other, other to 1, other to other.
+    const int row = i == 1 ? (o == 2 ? 0 : 1) : (o == 1 ? 2 : 3);
     int sel = 1;
+    Outcome outcome;
 };
 
 // What a plan comes to.
@@ -235,8 +224,8 @@ Outcome Read(const ResamplingPlan& plan, const Turn& turn)
         outcome.motion = {plan.fields, shifted, plan.time};
     }
     outcome.final_step = plan.final_step;
-    const bool asks = outcome.final_step != FinalStep::kNone;
-    if (asks && outcome.final_step != FinalStep::kFixedBlur) outcome.sel = plan.sel;
+    if (plan.final_step == FinalStep::kAdaptive || plan.final_step == FinalStep::kBlur)
+        outcome.sel = plan.sel;
     return outcome;
 }
 
