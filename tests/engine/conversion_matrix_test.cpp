@@ -252,7 +252,7 @@ TEST_F(ConversionMatrix, OnlyWhatHasToChangeIsCodedAnew)
 
 TEST_F(ConversionMatrix, CodecsStayOpenFromFileToFile)
 {
-    const std::string pal = MakeClip("pal", 3, {}), ntsc = MakeClip("ntsc", 3, {.pal = false});
+    const std::string pal = MakeClip(3), ntsc = MakeClip("ntsc", 3, {.pal = false});
     Converted(pal, "out");
     // The same name on a codec that cannot be opened: it is not, as long as the height is the same.
     for (DVCodecEntry& entry : fCodecs.encoders)

@@ -335,7 +335,7 @@ TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)
     ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &old));
     bool sound = false;
     // Steps of less than a chunk of sound, through a frame and its sound.
-    for (rlim_t limit = 400000; limit < 560000; limit += 7000) {
+    for (rlim_t limit = 400000; limit < 560000; limit += 7000)
         for (const char* format : {"avi2", "mov-audio"}) {
             Choose(format);
             const rlimit small = {limit, old.rlim_max};
@@ -348,7 +348,6 @@ TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)
             sound |= track;
             EXPECT_GE(limit, std::filesystem::file_size(fFolder.Path("full")));
         }
-    }
     EXPECT_TRUE(sound);
     EXPECT_TRUE(before == ReadWhole(source));
 }

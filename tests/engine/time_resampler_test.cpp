@@ -113,8 +113,7 @@ TEST(TimeResampler, ShiftsAFieldOfTheInterpolatedPicturesWithoutTouchingThem)
             plan.shift_field = parity >= 0;
             plan.shifted_parity = std::max(parity, 0);
             plan.time = 0.4f;
-            EXPECT_EQ(expected, turn.Make(plan))
-                << "parity " << parity << " shown " << shown[0] << shown[1] << shown[2];
+            EXPECT_EQ(expected, turn.Make(plan)) << parity << testing::PrintToString(shown);
             EXPECT_EQ(before, turn.pictures);
         }
 }
