@@ -223,7 +223,7 @@ TEST(AudioTransfer, StaysInStepWhateverFramesLack)
                 });
                 const std::vector<uint64_t> clicks = FindClicks(run.Got(), 2);
                 ASSERT_FALSE(clicks.empty());
-                EXPECT_NEAR(kSeconds - 1.0, double(clicks.back()) / rate, 0.04);
+                EXPECT_NEAR(kSeconds - 1.0, double(clicks.back()) / rate, 0.005);
                 run.ExpectLength(rate, 0.04);
             }
 }

@@ -272,10 +272,12 @@ bool AgreesForAllPictures(Turn& turn, unsigned patterns)
     return true;
 }
 
-// A grid, a hair to both sides of whole frames, and thresholds of the rules for all paces.
+// A grid, a hair to both sides of whole frames, the least weight of a blend, and thresholds of the
+// rules for all paces.
 std::vector<double> Positions()
 {
-    std::vector<double> positions = {0.99995, 0.99999, 0.999991, 1.000999, 1.001};
+    std::vector<double> positions = {0.99995, 0.99999,        0.999991,      1.000999,
+                                     1.001,   4 + 22.5 / 255, 4 + 23.5 / 255};
     for (int k = 0; k < 48; k++)
         positions.push_back(7 + k / 48.0);
     for (const double s : {kUp, kDown, 1.0, 1.2})
