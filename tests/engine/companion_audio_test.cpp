@@ -1,4 +1,4 @@
-// Sound files beside a clip: their names, which of them fit together, and what is heard of them.
+// Sound files beside a clip: their names, how many of them count, and what is heard of them.
 
 #include "engine/companion_audio.h"
 
