@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <numeric>
 #include <vector>
 
 namespace kelvane {
@@ -19,7 +20,8 @@ TEST(BackgroundTask, WithOneThreadTheCallerDoesTheWork)
 
 TEST(BackgroundTask, WithTwoThreadsWorkGoesOnBesideTheCallerOneAfterTheOther)
 {
-    std::vector<int> order;  // written by one side at a time
+    std::vector<int> order, expected(101);  // written by one side at a time
+    std::iota(expected.begin(), expected.end(), 0);
     std::thread::id worker;
     {
         BackgroundTask task(2);
@@ -38,9 +40,7 @@ TEST(BackgroundTask, WithTwoThreadsWorkGoesOnBesideTheCallerOneAfterTheOther)
         task.Start([&] { order.push_back(100); });
     }
     EXPECT_NE(std::this_thread::get_id(), worker);
-    ASSERT_EQ(101u, order.size()) << "work under way is finished by the destructor";
-    for (int i = 0; i <= 100; i++)
-        EXPECT_EQ(i, order[size_t(i)]);
+    EXPECT_EQ(expected, order) << "work under way is finished by the destructor";
 }
 
 }  // namespace

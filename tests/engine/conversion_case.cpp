@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "base/four_cc.h"
-#include "dv/dif_frame.h"
 #include "dv/dif_layout.h"
 #include "engine/output_formats.h"
 #include "engine/picture_decoder.h"
@@ -14,34 +14,18 @@ namespace kelvane {
 
 namespace {
 
-int32_t RowOf(CodecMenu menu, const std::string& codec)
+int CallAtProgress(uint32_t read, uint64_t total, uintptr_t cookie)
 {
-    const auto rows = OutputCodecs(menu);
-    for (size_t row = 0; row < rows.size(); row++)
-        if (rows[row].name == codec) return static_cast<int32_t>(row);
-    return 0;
-}
-
-Bytes TrackOf(Source& source)
-{
-    Bytes all;
-    AudioStream* stream = source.Audio();
-    for (int status = 0; stream && status == 0;) {
-        Bytes chunk(std::max<uint32_t>(stream->ChunkSize(), 1));
-        uint32_t bytes = 0;
-        status = stream->ReadChunk(chunk.data(), static_cast<uint32_t>(chunk.size()), bytes);
-        if (status == 0) all.insert(all.end(), chunk.begin(), chunk.begin() + bytes);
-    }
-    return all;
+    return (*reinterpret_cast<ProgressCall*>(cookie))(read, total);
 }
 
 }  // namespace
 
-ConversionCase::ConversionCase(const std::string& folder, int threads)
+ConversionCase::ConversionCase(const std::string& folder)
     : fDrivers(LoadCodecDrivers(folder)),
       fCodecs(ListDVCodecs(fDrivers)),
       fRegistry(MakeCodecRegistry(fDrivers)),
-      fState(fRegistry, threads)
+      fState(fRegistry, 0)
 {
     fOptions.selection = "crdv"_4cc;
     fOptions.opselection = kOperationConvert;
@@ -59,12 +43,14 @@ std::string ConversionCase::MakeClip(const std::string& name, int64_t frames,
 
 void ConversionCase::Choose(const std::string& format, const std::string& codec)
 {
-    for (const OutputFormat& row : OutputFormats()) {
-        if (row.name != format) continue;
-        fOptions.selection = row.selection;
-        const int32_t number = RowOf(row.codecs, codec);
-        fOptions.codec = fOptions.qcodec = fOptions.mcodec = number;
-    }
+    const auto is = [](const std::string& name) {
+        return [&](const auto& row) { return row.name == name; };
+    };
+    const OutputFormat& row = *std::ranges::find_if(OutputFormats(), is(format));
+    fOptions.selection = row.selection;
+    const auto codecs = OutputCodecs(row.codecs);
+    const auto at = std::ranges::find_if(codecs, is(codec)) - codecs.begin();
+    fOptions.codec = fOptions.qcodec = fOptions.mcodec = codec.empty() ? 0 : int32_t(at);
 }
 
 int ConversionCase::Convert(const std::string& source, const std::string& destination)
@@ -72,6 +58,10 @@ int ConversionCase::Convert(const std::string& source, const std::string& destin
     ConversionSettings settings;
     FillConversionSettings(fOptions, fCodecs, settings);
     if (fAdjust) fAdjust(settings);
+    if (fAtProgress) {
+        settings.progress = CallAtProgress;
+        settings.progress_cookie = reinterpret_cast<uintptr_t>(&fAtProgress);
+    }
     return ConvertFile(source, destination, TypeOfDestination(fOptions.selection), settings,
                        &fResult, fState);
 }
@@ -86,27 +76,25 @@ std::string ConversionCase::Converted(const std::string& source, const std::stri
 Film::Film(const std::string& path)
 {
     std::string message;
-    const auto source = OpenSource(path, message);
-    EXPECT_TRUE(source) << message;
-    if (!source) return;
-    format = source->format;
-    format.encoded_video.private_data = nullptr;  // goes with the source
-    pal = source->is_pal;
-    told_frames = source->CountFrames();
-    Bytes buffer(LargestFrame(format));
+    source = OpenSource(path, message);
+    if (!source) throw std::runtime_error(path + ": " + message);
+    Bytes buffer(LargestFrame(source->format));
     for (int64_t size = 0; source->ReadFrame(buffer, size) == 0 && size > 0;)
         frames.emplace_back(buffer.begin(), buffer.begin() + size);
-    track = TrackOf(*source);
+    while (AudioStream* stream = source->Audio()) {
+        buffer.resize(std::max<uint32_t>(stream->ChunkSize(), 1));
+        uint32_t bytes = 0;
+        if (stream->ReadChunk(buffer.data(), uint32_t(buffer.size()), bytes) != 0) break;
+        track.insert(track.end(), buffer.begin(), buffer.begin() + bytes);
+    }
 }
 
 Bytes Film::SoundOfFrames()
 {
-    Bytes all;
-    Bytes some(10400);
+    Bytes all, some(10400);
     for (Bytes& bytes : frames) {
-        DIFFrame frame(bytes.data(), static_cast<uint32_t>(bytes.size()));
-        const size_t got = frame.ExtractAudio(some, 3);
-        all.insert(all.end(), some.begin(), some.begin() + static_cast<ptrdiff_t>(got));
+        const size_t got = View(bytes).ExtractAudio(some, 3);
+        all.insert(all.end(), some.begin(), some.begin() + ptrdiff_t(got));
     }
     return all;
 }
@@ -116,31 +104,25 @@ Bytes Film::Pictures() const
     Bytes all;
     for (const Bytes& frame : frames)
         all.insert(all.end(), frame.begin(), frame.end());
-    if (!format.IsDV()) return all;
+    if (!source->format.IsDV()) return all;
     for (size_t sequence = 0; sequence < all.size() / kDIFSequenceSize; sequence++)
         for (size_t block = 0; block < kAudioBlocks; block++)
-            std::fill_n(all.begin() + static_cast<ptrdiff_t>(AudioBlockAt(sequence, block)),
-                        kDIFBlockSize, uint8_t{0});
+            std::fill_n(&all[AudioBlockAt(sequence, block)], kDIFBlockSize, uint8_t{0});
     return all;
 }
 
 Bytes DecodedFrame(const std::string& path, size_t number, ConversionState& state)
 {
-    std::string message;
-    const auto source = OpenSource(path, message);
-    if (!source) return {};
-    PictureDecoder decoder(source->format, state);
-    Bytes buffer(LargestFrame(source->format));
-    Bytes picture(2 * std::max<size_t>(PixelsOf(source->format), 720 * 576) * 4);
+    Film film(path);
+    const MediaFormat& format = film.source->format;
+    PictureDecoder decoder(format, state);
+    const size_t pixels = PixelsOf(format);
+    Bytes picture(2 * std::max<size_t>(pixels, 720 * 576) * 4);
     for (size_t i = 0; i <= number; i++) {
-        int64_t size = 0;
-        if (source->ReadFrame(buffer, size) != 0) return {};
-        const std::span<const uint8_t> frame(buffer.data(), static_cast<size_t>(size));
-        DIFFrame view(buffer.data(), static_cast<uint32_t>(size));
-        if (decoder.Decode(frame, source->format.IsDV() && view.IsDVCPRO(), picture) != 0)
-            return {};
+        Bytes& frame = film.frames.at(i);
+        EXPECT_EQ(0, decoder.Decode(frame, format.IsDV() && View(frame).IsDVCPRO(), picture));
     }
-    picture.resize(PixelsOf(source->format) * 4);
+    picture.resize(pixels * 4);
     return picture;
 }
 
@@ -151,7 +133,7 @@ double PictureNoise(const Bytes& a, const Bytes& b)
     for (size_t i = 0; i < a.size(); i++)
         if (i % 4 != 3) squares += (a[i] - b[i]) * (a[i] - b[i]);
     if (squares == 0) return 99;
-    return 10 * std::log10(255.0 * 255.0 * (static_cast<double>(a.size()) * 3 / 4) / squares);
+    return 10 * std::log10(255.0 * 255.0 * (double(a.size()) * 3 / 4) / squares);
 }
 
 }  // namespace kelvane

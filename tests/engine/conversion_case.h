@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/byte_cursor.h"
+#include "dv/dif_frame.h"
 #include "engine/conversion_options.h"
 #include "engine/convert_file.h"
 #include "engine/source.h"
@@ -15,26 +16,32 @@
 
 namespace kelvane {
 
+using ProgressCall = std::function<int(uint32_t read, uint64_t total)>;
+
 // Files made by the test and the conversions of them, chosen as on the command line: by the names
 // of formats and codecs.
 class ConversionCase : public testing::Test {
 protected:
     // Codec modules come from `folder`.
-    explicit ConversionCase(const std::string& folder = CodecFolder(), int threads = 0);
+    explicit ConversionCase(const std::string& folder = CodecFolder());
 
     // Frames of a clip as raw DV.
     std::string MakeClip(const std::string& name, int64_t frames, const SampleOptions& options);
     std::string MakeClip(int64_t frames, bool pal = true)
     {
-        SampleOptions options;
-        options.pal = pal;
-        return MakeClip("source.dv", frames, options);
+        return MakeClip("source.dv", frames, {.pal = pal});
     }
     // The format and codec of the output; "" is the first row.
     void Choose(const std::string& format, const std::string& codec = "");
     int Convert(const std::string& source, const std::string& destination);
     // For all conversions of a way that must succeed; the path of the destination.
     std::string Converted(const std::string& source, const std::string& name);
+    std::string Converted(const std::string& source, const std::string& name,
+                          const std::string& format, const std::string& codec = "")
+    {
+        Choose(format, codec);
+        return Converted(source, name);
+    }
 
     TempFolder fFolder;
     CodecDrivers fDrivers;
@@ -45,15 +52,19 @@ protected:
     ConversionResult fResult;
     // Last changes to the settings.
     std::function<void(ConversionSettings&)> fAdjust;
+    ProgressCall fAtProgress;
 };
+
+inline DIFFrame View(Bytes& frame)
+{
+    return DIFFrame(frame.data(), uint32_t(frame.size()));
+}
 
 // What stands in a file, as its own reader gives it.
 struct Film {
     explicit Film(const std::string& path);
 
-    MediaFormat format;
-    bool pal = false;
-    uint64_t told_frames = 0;
+    std::unique_ptr<Source> source;
     std::vector<Bytes> frames;
     Bytes track;  // of a separate stream
     // Sound of the frames, two channels.

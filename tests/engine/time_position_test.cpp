@@ -2,96 +2,72 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <string>
 
 namespace kelvane {
 namespace {
 
-struct Pace {
-    Pace(uint32_t operation, int32_t resampling, bool fromPAL, bool toPAL, int32_t from = 2,
-         int32_t to = 0)
-        : settings(Options(operation, resampling, from, to)), time(settings, fromPAL, toPAL)
-    {
-    }
-    static ConversionSettings Options(uint32_t operation, int32_t resampling, int32_t from,
-                                      int32_t to)
-    {
-        ConversionSettings settings;
-        settings.op = operation;
-        settings.timeresampling = resampling;
-        settings.src_interlace = from;
-        settings.dst_interlace = to;
-        return settings;
-    }
-    // Source frames read before each of `count` output frames; the first turn's prefill is left
-    // out.
-    std::string Reads(int count)
-    {
-        std::string text;
-        uint64_t read = 3;
-        for (int64_t i = 0; i < count; i++) {
-            read += static_cast<uint64_t>(time.FramesToRead());
-            text += std::to_string(time.FramesToRead()) + " ";
-            time.Advance(i, read);
-        }
-        return text;
-    }
-    ConversionSettings settings;
-    TimePosition time;
-};
+constexpr uint32_t kToPAL = kOperationToPAL, kToNTSC = kOperationToNTSC;
 
-TEST(TimePosition, StepsBySystemsAndResampling)
+TimePosition Pace(uint32_t operation, int32_t resampling, bool fromPAL, bool toPAL, int32_t to = 0)
 {
-    EXPECT_EQ(0.8341675008341676, Pace(kOperationToNTSC, 1, true, false).time.Step());
-    EXPECT_EQ(1.1987999999999999, Pace(kOperationToPAL, 1, false, true).time.Step());
-    EXPECT_EQ(1.0, Pace(kOperationConvert, 3, true, true).time.Step());
-    EXPECT_EQ(1.0, Pace(kOperationToNTSC, 3, false, false).time.Step());
-    EXPECT_EQ(1.2, Pace(kOperationToPAL, 3, false, true).time.Step());
-    EXPECT_EQ(1.2, Pace(kOperationToPAL, 3, true, true).time.Step()) << "overrides equal systems";
+    ConversionSettings settings;
+    settings.op = operation;
+    settings.timeresampling = resampling;
+    settings.src_interlace = 2;
+    settings.dst_interlace = to;
+    return TimePosition(settings, fromPAL, toPAL);
+}
+
+// Source frames read before each of `count` output frames, as digits; the first turn's prefill is
+// left out.
+std::string Reads(TimePosition time, int64_t count)
+{
+    std::string text;
+    uint64_t read = 3;
+    for (int64_t i = 0; i < count; i++) {
+        read += uint64_t(time.FramesToRead());
+        text += char('0' + time.FramesToRead());
+        time.Advance(i, read);
+    }
+    return text;
+}
+
+double Sum(const std::string& digits)
+{
+    return std::accumulate(digits.begin(), digits.end(), 0.0) - '0' * double(digits.size());
 }
 
 TEST(TimePosition, ReadsNoneOrOneGoingUpAndOneOrTwoGoingDown)
 {
-    EXPECT_EQ("0 0 1 1 1 1 1 0 1 1 1 1 1 0 1 ", Pace(kOperationToNTSC, 1, true, false).Reads(15));
-    EXPECT_EQ("0 1 1 1 1 1 2 1 1 1 1 2 1 1 1 1 2 ",
-              Pace(kOperationToPAL, 1, false, true).Reads(17));
-    EXPECT_EQ("0 1 1 1 1 2 1 1 1 1 2 ", Pace(kOperationToPAL, 3, false, true).Reads(11));
-    EXPECT_EQ("0 1 1 1 ", Pace(kOperationConvert, 1, true, true).Reads(4));
+    EXPECT_EQ("001111101111101", Reads(Pace(kToNTSC, 1, true, false), 15));
+    EXPECT_EQ("01111121111211112", Reads(Pace(kToPAL, 1, false, true), 17));
+    EXPECT_EQ("0111111", Reads(Pace(kOperationConvert, 3, true, true), 7));
+    EXPECT_EQ("0111111", Reads(Pace(kToNTSC, 3, false, false), 7));
+    // Reverse pulldown, for equal systems too.
+    for (const bool pal : {true, false})
+        EXPECT_EQ("01111211112", Reads(Pace(kToPAL, 3, pal, true), 11));
 }
 
 TEST(TimePosition, PulldownWithAChangeOfFieldOrderUsesTheFirstFrameTwice)
 {
-    Pace plain(kOperationToNTSC, 3, true, false), swapped(kOperationToNTSC, 3, true, false, 2, 1);
-    EXPECT_EQ("0 0 1 1 1 1 1 ", plain.Reads(7));
-    EXPECT_EQ("0 0 0 1 1 1 1 ", swapped.Reads(7));
+    EXPECT_EQ("0011111", Reads(Pace(kToNTSC, 3, true, false), 7));
+    EXPECT_EQ("0001111", Reads(Pace(kToNTSC, 3, true, false, 1), 7));
 }
 
-// 29.97 / 25 in the long run, with nothing lost to rounding or to the folding of the position.
+// With nothing lost to rounding or to the folding of the position.
 TEST(TimePosition, KeepsPaceOverAnHour)
 {
-    Pace toNTSC(kOperationToNTSC, 1, true, false), toPAL(kOperationToPAL, 1, false, true);
-    int64_t readToNTSC = 0, readToPAL = 0;
     constexpr int64_t kFrames = 107892;  // an hour at 29.97
-    for (int64_t i = 0; i < kFrames; i++) {
-        readToNTSC += toNTSC.time.FramesToRead();
-        readToPAL += toPAL.time.FramesToRead();
-        toNTSC.time.Advance(i, 0);
-        toPAL.time.Advance(i, 0);
-    }
-    EXPECT_NEAR(kFrames * 25 / 29.97, double(readToNTSC), 1);
-    EXPECT_NEAR(kFrames * 29.97 / 25, double(readToPAL), 2);
+    EXPECT_NEAR(kFrames * 25 / 29.97, Sum(Reads(Pace(kToNTSC, 1, true, false), kFrames)), 1);
+    EXPECT_NEAR(kFrames * 29.97 / 25, Sum(Reads(Pace(kToPAL, 1, false, true), kFrames)), 2);
 }
 
 TEST(TimePosition, ReversePulldownPassesOneFrameInAThousand)
 {
-    Pace run(kOperationToPAL, 3, false, true);
-    uint64_t read = 3;
-    for (int64_t i = 0; i < 2500; i++) {
-        read += static_cast<uint64_t>(run.time.FramesToRead());
-        run.time.Advance(i, read);
-    }
-    // 3 of the prefill, 2499 steps of 1.2, and one more in the first and the second thousand.
-    EXPECT_NEAR(3 + 2499 * 1.2 + 2, double(read), 1);
+    // 2499 steps of 1.2, and one more in the first and the second thousand.
+    EXPECT_NEAR(2499 * 1.2 + 2, Sum(Reads(Pace(kToPAL, 3, false, true), 2500)), 1);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/pulldown_plan.h"
 #include "picture/motion_blur_deinterlace.h"
 #include "support/drawn_picture.h"
 
@@ -9,17 +10,11 @@ namespace kelvane {
 namespace {
 
 using Plan = ResamplingPlan;
-constexpr Neighbour kP = Neighbour::kPrevious, kK = Neighbour::kCurrent, kN = Neighbour::kNext,
-                    kM = Neighbour::kNewest;
+using enum Neighbour;
 
 // Four pictures, by default small ones whose lines carry their picture's number and their own.
 struct Turn {
-    explicit Turn(int32_t pictureWidth = 3, int32_t pictureHeight = 8)
-        : width(pictureWidth),
-          height(pictureHeight),
-          state(registry, 1),
-          resampler(width, height, kCoarseMotion, state),
-          output(Row() * size_t(height), 255)
+    explicit Turn(int32_t across = 3, int32_t down = 8) : width(across), height(down)
     {
         for (int i = 0; i < 4; i++)
             for (int32_t y = 0; y < height; y++)
@@ -30,6 +25,11 @@ struct Turn {
     {
         resampler.BeginTurn([this](Neighbour name) { return shown[size_t(name)]->data(); });
     }
+    const Bytes& Make(const Plan& plan)
+    {
+        resampler.Make(plan, output.data());
+        return output;
+    }
     static uint8_t Value(int picture, int32_t y) { return uint8_t(60 * picture + 7 * y); }
     size_t Row() const { return size_t(width) * 4; }
     // Expects that lines of a parity hold picture `a`, mixed with `b`.
@@ -37,52 +37,48 @@ struct Turn {
     {
         for (int32_t y = parity; y < height; y += 2) {
             const int d = Value(int(a), y), s = Value(int(b), y);
-            const Bytes expected(Row(), uint8_t(d + ((s - d) * weight >> 8)));
-            const auto line = output.begin() + ptrdiff_t(Row()) * y;
-            EXPECT_EQ(expected, Bytes(line, line + ptrdiff_t(Row()))) << "line " << y;
+            for (size_t i = 0; i < Row(); i++)
+                EXPECT_EQ(d + ((s - d) * weight >> 8), output[Row() * size_t(y) + i]) << y;
         }
     }
 
     int32_t width, height;
     CodecRegistry registry;
-    ConversionState state;
-    TimeResampler resampler;
+    ConversionState state{registry, 1};
+    TimeResampler resampler{width, height, kCoarseMotion, state};
     std::array<Bytes, 4> pictures;
     std::array<Bytes*, 4> shown = {&pictures[0], &pictures[1], &pictures[2], &pictures[3]};
-    Bytes output;
+    Bytes output = Bytes(Row() * size_t(height), 255);
 };
 
 TEST(TimeResampler, CopiesWeavesAndBlendsTheLinesOfThePlan)
 {
-    for (const auto& [even, odd] : {std::pair{kP, kP}, {kN, kK}, {kK, kM}, {kP, kK}})
-        for (const int evenWeight : {0, 100, 254})
+    constexpr Neighbour kWoven[][2] = {
+        {kPrevious, kPrevious}, {kNext, kCurrent}, {kCurrent, kNewest}, {kPrevious, kCurrent}};
+    for (const auto& [even, odd] : kWoven)
+        for (const int weight : {0, 100, 254})
             for (const int oddWeight : {0, 23, 200}) {
                 Turn turn;
-                Plan plan;
-                plan.base = Plan::kWeave;
-                plan.even = even;
-                plan.odd = odd;
-                plan.blend_even = {kK, evenWeight};
-                plan.blend_odd = {kP, oddWeight};
-                turn.resampler.Make(plan, turn.output.data());
-                turn.ExpectLines(0, even, kK, evenWeight);
-                turn.ExpectLines(1, odd, kP, oddWeight);
+                Plan plan = Weave(even, odd);
+                plan.blend_even = {kCurrent, weight};
+                plan.blend_odd = {kPrevious, oddWeight};
+                turn.Make(plan);
+                turn.ExpectLines(0, even, kCurrent, weight);
+                turn.ExpectLines(1, odd, kPrevious, oddWeight);
             }
 }
 
 TEST(TimeResampler, MixesWholePicturesAndLeavesTheOutputWhenThereIsNothingToDo)
 {
     Turn turn;
-    Plan plan;
+    Plan plan = Copy(kCurrent);
     plan.base = Plan::kMix;
-    plan.even = plan.odd = kK;
-    plan.blend_all = {kN, 77};
-    turn.resampler.Make(plan, turn.output.data());
-    for (const int parity : {0, 1})
-        turn.ExpectLines(parity, kK, kN, 77);
-    const Bytes before = turn.output;
-    turn.resampler.Make(Plan{}, turn.output.data());
-    EXPECT_EQ(before, turn.output);
+    plan.blend_all = {kNext, 77};
+    for (const Plan& next : {plan, Plan{}}) {
+        turn.Make(next);
+        for (const int parity : {0, 1})
+            turn.ExpectLines(parity, kCurrent, kNext, 77);
+    }
 }
 
 TEST(TimeResampler, ShiftsAFieldOfTheInterpolatedPicturesWithoutTouchingThem)
@@ -90,37 +86,35 @@ TEST(TimeResampler, ShiftsAFieldOfTheInterpolatedPicturesWithoutTouchingThem)
     // By number of the picture shown as previous, current and next: also where the film begins and
     // ends.
     constexpr size_t kShown[][3] = {{0, 1, 2}, {1, 1, 2}, {0, 1, 1}, {1, 1, 1}};
+    const Bytes wide = DrawPicture(72, 64, 4, 3);
     for (const auto& shown : kShown)
         for (const int parity : {-1, 0, 1}) {
             Turn turn(64, 64);
+            const auto copy = [&](const Bytes& from, size_t at, Bytes& to, size_t y) {
+                std::copy_n(&from[at], turn.Row(), &to[y * turn.Row()]);
+            };
             for (size_t i = 0; i < 3; i++) {
-                const Bytes wide = DrawPicture(72, 64, 4, 3);
                 for (size_t y = 0; y < 64; y++)
-                    std::copy_n(wide.begin() + ptrdiff_t((y * 72 + 3 * i) * 4), turn.Row(),
-                                turn.pictures[i].begin() + ptrdiff_t(y * turn.Row()));
+                    copy(wide, (y * 72 + 3 * i) * 4, turn.pictures[i], y);
                 turn.shown[i] = &turn.pictures[shown[i]];
             }
             const auto before = turn.pictures;
+            Bytes from = before[shown[1]], to = before[shown[2]], expected(turn.output.size(), 255);
+            for (size_t y = size_t(parity); parity >= 0 && y < 64; y += 2) {
+                copy(before[shown[0]], y * turn.Row(), from, y);
+                copy(before[shown[1]], y * turn.Row(), to, y);
+            }
+            MotionState motion;
+            plain::MotionInterpolate(motion, from.data(), to.data(), 64, 64, true, expected.data(),
+                                     0.4f, kCoarseMotion);
             Plan plan;
             plan.base = Plan::kInterpolate;
             plan.fields = true;
             plan.shift_field = parity >= 0;
             plan.shifted_parity = std::max(parity, 0);
             plan.time = 0.4f;
-            turn.resampler.Make(plan, turn.output.data());
+            EXPECT_EQ(expected, turn.Make(plan)) << parity << testing::PrintToString(shown);
             EXPECT_EQ(before, turn.pictures);
-
-            Bytes from = before[shown[1]], to = before[shown[2]], expected(turn.output.size(), 255);
-            for (size_t y = size_t(parity); parity >= 0 && y < 64; y += 2) {
-                const auto line = ptrdiff_t(y * turn.Row());
-                std::copy_n(before[shown[0]].begin() + line, turn.Row(), from.begin() + line);
-                std::copy_n(before[shown[1]].begin() + line, turn.Row(), to.begin() + line);
-            }
-            MotionState motion;
-            plain::MotionInterpolate(motion, from.data(), to.data(), 64, 64, true, expected.data(),
-                                     0.4f, kCoarseMotion);
-            EXPECT_EQ(expected, turn.output)
-                << "parity " << parity << " shown " << shown[0] << shown[1] << shown[2];
         }
 }
 
@@ -136,13 +130,13 @@ TEST(TimeResampler, TheSceneTestCountsColoursOverAllPixels)
         b[i] = uint8_t(i);  // the fourth byte does not count
     b[0] = 255;
     b[1] = kRest - 255;
-    EXPECT_TRUE(turn.resampler.Alike(kP, kK));
+    EXPECT_TRUE(turn.resampler.Alike(kPrevious, kCurrent));
     b[2] = 1;
-    EXPECT_TRUE(turn.resampler.Alike(kK, kP)) << "asked before in this turn";
+    EXPECT_TRUE(turn.resampler.Alike(kCurrent, kPrevious)) << "asked before in this turn";
     turn.Begin();
-    EXPECT_FALSE(turn.resampler.Alike(kP, kK));
-    EXPECT_FALSE(turn.resampler.Alike(kK, kP));
-    EXPECT_TRUE(turn.resampler.Alike(kK, kK));
+    EXPECT_FALSE(turn.resampler.Alike(kPrevious, kCurrent));
+    EXPECT_FALSE(turn.resampler.Alike(kCurrent, kPrevious));
+    EXPECT_TRUE(turn.resampler.Alike(kCurrent, kCurrent));
 }
 
 TEST(TimeResampler, DeinterlacesTheFieldThatThePlanNames)
@@ -150,19 +144,13 @@ TEST(TimeResampler, DeinterlacesTheFieldThatThePlanNames)
     for (const FinalStep step :
          {FinalStep::kNone, FinalStep::kAdaptive, FinalStep::kBlur, FinalStep::kFixedBlur})
         for (const int sel : {0, 1}) {
-            Turn turn(16, 8);
-            Plan plan;
-            plan.base = Plan::kWeave;
-            plan.even = kP;
-            plan.odd = step == FinalStep::kAdaptive ? kN : kP;  // lines 7 apart are blurred
-            plan.final_step = step;
+            Turn turn(16, 8), other(16, 8);
+            // Lines 7 apart are blurred.
+            Plan plan = Weave(kPrevious, step == FinalStep::kAdaptive ? kNext : kPrevious);
             plan.sel = sel;
-            turn.resampler.Make(plan, turn.output.data());
-
-            Turn other(16, 8);
-            Plan woven = plan;
-            woven.final_step = FinalStep::kNone;
-            other.resampler.Make(woven, other.output.data());
+            other.Make(plan);
+            plan.final_step = step;
+            turn.Make(plan);
             DeinterlaceState state;
             if (step == FinalStep::kAdaptive)
                 plain::AdaptiveDeinterlace(state, other.output.data(), 64, 16, 8, sel == 1);
