@@ -31,11 +31,11 @@ TEST(CodecRegistry, ListsTheBuiltInCodecsInTheirOrder)
         "QT RLE Decoder rle 2\nHuffYUV Encoder HFYU1\nHuffYUV Decoder HFYU2\n",
         list);
     CodecList all;
-    registry.EnumerateCodecs(all, nullptr, nullptr);
-    EXPECT_EQ(7u, all.size());
     const FormatList none;
     registry.EnumerateCodecs(all, &none, nullptr);
-    EXPECT_EQ(7u, all.size()) << "an empty list fits nothing";
+    EXPECT_TRUE(all.empty()) << "an empty list fits nothing";
+    registry.EnumerateCodecs(all, nullptr, nullptr);
+    EXPECT_EQ(7u, all.size());
 }
 
 TEST(CodecRegistry, HidesHuffYUVWhereNoCodecOfThatHandlerIsInstalled)

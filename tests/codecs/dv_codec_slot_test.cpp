@@ -14,39 +14,39 @@ using testing::ElementsAre;
 using namespace std::string_literals;
 
 // A module that notes what it is asked. Codecs are told apart by their index.
-std::vector<std::string> gCalls;
-int gRefusals = 0;  // of the next calls of open
-int32_t gStatus = kOK;
-uint32_t gFrameBytes = 0;  // that the encoder says it made
-CodecSetup gSetup{};
+struct Notes {
+    std::vector<std::string> calls{};
+    CodecSetup setup{};
+    int refusals = 0;  // of the next calls of open
+    int32_t status = kOK;
+    uint32_t frame_bytes = 0;  // that the encoder says it made
+} gNotes;
 
 int32_t Open(uint32_t index, const CodecSetup* setup, void** instance)
 {
-    gSetup = *setup;
-    gCalls.push_back("open " + std::to_string(index) + " " + std::to_string(setup->raw.height) +
-                     " " + std::to_string(setup->raw.bit_count) + "/" +
-                     std::to_string(setup->coded.bit_count));
-    if (gRefusals-- > 0) return kError;
-    static int opened[16];
-    *instance = &opened[index];
-    opened[index] = int(index);
+    gNotes.setup = *setup;
+    gNotes.calls.push_back(
+        "open " + std::to_string(index) + " " + std::to_string(setup->raw.height) + " " +
+        std::to_string(setup->raw.bit_count) + "/" + std::to_string(setup->coded.bit_count));
+    if (gNotes.refusals-- > 0) return kError;
+    *instance = reinterpret_cast<void*>(uintptr_t{index} + 1);
     return kOK;
 }
 
 int32_t Encode(void*, const uint8_t*, uint8_t*, uint32_t* bytes)
 {
-    *bytes = gFrameBytes;
-    return gStatus;
+    *bytes = gNotes.frame_bytes;
+    return gNotes.status;
 }
 
 int32_t Decode(void*, const uint8_t*, uint32_t, uint8_t*, uint32_t)
 {
-    return gStatus;
+    return gNotes.status;
 }
 
 void Close(void* instance)
 {
-    gCalls.push_back("close " + std::to_string(*static_cast<int*>(instance)));
+    gNotes.calls.push_back("close " + std::to_string(reinterpret_cast<uintptr_t>(instance) - 1));
 }
 
 constexpr CodecModule kNotingModule = {
@@ -65,7 +65,7 @@ DVCodecEntry Entry(const std::string& name, bool directShow, uint32_t index = 0)
 
 std::vector<std::string> TakeCalls()
 {
-    return std::exchange(gCalls, {});
+    return std::exchange(gNotes.calls, {});
 }
 
 constexpr DVCodecRole kRoles[] = {kDVEncoder, kDVDecoder, kDVCPROEncoder, kDVCPRODecoder};
@@ -76,12 +76,7 @@ constexpr bool IsDecoder(DVCodecRole role)
 
 class DVCodecSlotTest : public testing::Test {
 protected:
-    DVCodecSlotTest()
-    {
-        gCalls.clear();
-        gRefusals = 0;
-        gStatus = kOK;
-    }
+    DVCodecSlotTest() { gNotes = {}; }
 };
 
 TEST_F(DVCodecSlotTest, TriesColourSpacesInTheOrderThatTheNameAsksFor)
@@ -107,10 +102,9 @@ TEST_F(DVCodecSlotTest, TriesColourSpacesInTheOrderThatTheNameAsksFor)
                 const DVCodecEntry entry = Entry(name, directShow);
                 ASSERT_EQ(kOK, slot.Bind(&entry, true));
                 EXPECT_EQ(opposite ? kBGR24 : kBGRX32, slot.PictureSpace());
-                EXPECT_EQ(opposite ? 24 : 32, gSetup.raw.bit_count);
                 slot.Close();
                 // Only an encoder of the Video for Windows kind is asked twice.
-                gRefusals = directShow || IsDecoder(role) ? 1 : 2;
+                gNotes.refusals = directShow || IsDecoder(role) ? 1 : 2;
                 ASSERT_EQ(kOK, slot.Bind(&entry, true));
                 EXPECT_EQ(opposite ? kBGRX32 : kBGR24, slot.PictureSpace());
             }
@@ -124,12 +118,12 @@ TEST_F(DVCodecSlotTest, OpensForTheSystemAndKindOfDVWithTheCodecsOwnQuality)
             DVCodecEntry entry = Entry("Test", false);
             entry.flags = pal ? kCodecHasQuality : ~kCodecHasQuality;
             ASSERT_EQ(kOK, slot.Bind(&entry, pal));
-            EXPECT_EQ(pal ? 7500u : 0u, gSetup.quality);
-            EXPECT_EQ(pal ? 576 : 480, gSetup.coded.height);
-            EXPECT_EQ(pal ? 720 * 576 * 4u : 720 * 480 * 4u, gSetup.raw.size_image);
-            EXPECT_EQ(pal ? 144000u : 120000u, gSetup.coded.size_image);
+            EXPECT_EQ(pal ? 7500u : 0u, gNotes.setup.quality);
+            EXPECT_EQ(pal ? 576 : 480, gNotes.setup.coded.height);
+            EXPECT_EQ(pal ? 720 * 576 * 4u : 720 * 480 * 4u, gNotes.setup.raw.size_image);
+            EXPECT_EQ(pal ? 144000u : 120000u, gNotes.setup.coded.size_image);
             EXPECT_EQ(role >= kDVCPROEncoder ? FourCC("dv25") : FourCC("dvsd"),
-                      gSetup.coded.compression);
+                      gNotes.setup.coded.compression);
         }
 }
 
@@ -154,11 +148,10 @@ TEST_F(DVCodecSlotTest, StaysOpenForTheSameNameAndHeight)
         EXPECT_EQ(step.chosen != nullptr, slot.IsOpen());
     }
     // A codec that cannot be had leaves the slot empty, and is asked anew the next time.
-    gRefusals = 4;
+    gNotes.refusals = 4;
     EXPECT_NE(kOK, slot.Bind(&a, true));
     EXPECT_FALSE(slot.IsOpen());
-    TakeCalls();
-    gRefusals = 0;
+    gNotes = {};
     EXPECT_EQ(kOK, slot.Bind(&a, true));
     EXPECT_THAT(TakeCalls(), ElementsAre("open 1 576 32/24"));
 }
@@ -190,8 +183,7 @@ TEST_F(DVCodecSlotTest, AsksAnEncoderAgainAndHasTheWordsOfEachSlotAndInterface)
             const char* number = directShow ? "1" : "2";
             DVCodecSlot slot(role);
             const DVCodecEntry entry = Entry("Test", directShow);
-            TakeCalls();
-            gRefusals = 4;
+            gNotes = {.refusals = 4};
             ASSERT_NE(kOK, slot.Bind(&entry, true));
             EXPECT_FALSE(slot.IsOpen());
             EXPECT_EQ(std::string(words[role].first) + number + ".", slot.OpenError());
@@ -201,17 +193,15 @@ TEST_F(DVCodecSlotTest, AsksAnEncoderAgainAndHasTheWordsOfEachSlotAndInterface)
             else
                 EXPECT_THAT(TakeCalls(), ElementsAre("open 0 576 32/24", "open 0 576 32/24",
                                                      "open 0 576 24/24", "open 0 576 24/32"));
-            gRefusals = 0;
+            gNotes = {.frame_bytes = 143999};  // a frame of another size is no DV frame
             ASSERT_EQ(kOK, slot.Bind(&entry, true));
             const auto status = [&] {
                 return IsDecoder(role) ? slot.Decode(frame, picture) : slot.Encode(picture, frame);
             };
-            gStatus = kError;
+            EXPECT_EQ(IsDecoder(role), status() == kOK);
+            gNotes.status = kError;
             EXPECT_NE(kOK, status());
             EXPECT_EQ(std::string(words[role].second) + number + "!", slot.CodingError());
-            gStatus = kOK;
-            gFrameBytes = 143999;  // a frame of another size is no DV frame
-            EXPECT_EQ(IsDecoder(role), status() == kOK);
         }
 }
 
@@ -225,25 +215,28 @@ std::vector<std::string> Names(const DVCodecList& list)
 
 TEST(DVCodecLists, NameTheInterfaceAndListVideoForWindowsFirst)
 {
-    CodecDrivers drivers;
-    const auto add = [&](const char* name, CodecInterface kind, bool decoder, uint32_t handler,
-                         uint32_t type = FourCC("vidc")) {
-        drivers.codecs.push_back(
-            {{name, "Short", kind, decoder, type, handler, 1, 0}, 7, &kNotingModule});
+    constexpr uint32_t kVideo = FourCC("vidc"), kDV = FourCC("dvsd"), kJPEG = FourCC("mjpg");
+    const std::string endless(300, 'x');
+    const ModuleCodec codecs[] = {
+        {"Filter", "Short", kDirectShow, 0, kVideo, kDV, 0, 0},
+        {"Filter", "Short", kDirectShow, 1, kVideo, kDV, 0, 0},
+        {"Second", "Short", kVideoForWindows, 0, kVideo, FourCC("dsvd"), 0, 0},
+        {"Sound", "Short", kVideoForWindows, 0, FourCC("audc"), kDV, 0, 0},
+        {"Other", "Short", kVideoForWindows, 0, kVideo, kJPEG, 0, 0},
+        {"First", "Short", kVideoForWindows, 0, kVideo, FourCC("dv25"), 0, 0},
+        {"Reader", "Short", kVideoForWindows, 1, kVideo, FourCC("CDVC"), 0, 0},
+        {endless.c_str(), "Short", kVideoForWindows, 1, kVideo, FourCC("MDVF"), 0, 0},
     };
-    add("Filter", kDirectShow, false, FourCC("dvsd"));
-    add("Filter", kDirectShow, true, FourCC("dvsd"));
-    add("Second", kVideoForWindows, false, FourCC("dsvd"));
-    add("Sound", kVideoForWindows, false, FourCC("dvsd"), FourCC("audc"));
-    add("Other", kVideoForWindows, false, FourCC("mjpg"));
-    add("First", kVideoForWindows, false, FourCC("dv25"));
-    add("Reader", kVideoForWindows, true, FourCC("CDVC"));
+    CodecDrivers drivers;
+    for (const ModuleCodec& codec : codecs)
+        drivers.codecs.push_back({codec, 7, &kNotingModule});
     const DVCodecLists lists = ListDVCodecs(drivers);
     EXPECT_THAT(Names(lists.encoders),
                 ElementsAre("Second (VfW)", "First (VfW)", "Filter (DirectX)"));
-    EXPECT_THAT(Names(lists.decoders), ElementsAre("Reader (VfW)", "Filter (DirectX)"));
-    EXPECT_EQ("Short (DirectX)", lists.decoders[1].short_name);
-    EXPECT_TRUE(lists.decoders[1].is_directshow && lists.decoders[1].is_decoder);
+    EXPECT_THAT(Names(lists.decoders),
+                ElementsAre("Reader (VfW)", std::string(121, 'x') + " (VfW)", "Filter (DirectX)"));
+    EXPECT_EQ("Short (DirectX)", lists.decoders[2].short_name);
+    EXPECT_TRUE(lists.decoders[2].is_directshow && lists.decoders[2].is_decoder);
     EXPECT_TRUE(!lists.encoders[0].is_directshow && !lists.encoders[0].is_decoder);
     EXPECT_EQ(&lists.encoders[1], FindByName(lists.encoders, "First (VfW)"));
     EXPECT_EQ(nullptr, FindByName(lists.encoders, "First"));
@@ -253,15 +246,10 @@ TEST(DVCodecLists, NameTheInterfaceAndListVideoForWindowsFirst)
     EXPECT_EQ(1, EnumerateDirectShow(drivers, all, true));
     EXPECT_EQ(5u, all.size());
     DVCodecEntry found;
-    EXPECT_TRUE(FindVfW(drivers, found, FourCC("mjpg"), false));
+    EXPECT_TRUE(FindVfW(drivers, found, kJPEG, false));
     EXPECT_EQ("Other (VfW)", found.long_name);
-    EXPECT_FALSE(FindVfW(drivers, found, FourCC("mjpg"), true));
-    EXPECT_FALSE(FindVfW(drivers, found, FourCC("dvsd"), true)) << "only a filter has it";
-
-    drivers.codecs.clear();
-    const std::string longName(300, 'x');
-    add(longName.c_str(), kVideoForWindows, false, FourCC("dvsd"));
-    EXPECT_EQ(127u, Names(ListDVCodecs(drivers).encoders).at(0).size());
+    EXPECT_FALSE(FindVfW(drivers, found, kJPEG, true));
+    EXPECT_FALSE(FindVfW(drivers, found, kDV, true)) << "only a filter has it";
 }
 
 // Rows are exchanged for Video for Windows only: both interfaces give the same frames and pictures.

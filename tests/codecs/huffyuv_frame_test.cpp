@@ -49,19 +49,18 @@ const Vector kVectors[] = {
 uint32_t Crc32(const Bytes& bytes)
 {
     uint32_t crc = ~0u;
-    for (const uint8_t byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; bit++)
-            crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    for (size_t bit = 0; bit < 8 * bytes.size(); bit++) {
+        const uint32_t low = (crc ^ bytes[bit / 8] >> bit % 8) & 1;
+        crc = crc >> 1 ^ (low ? 0xEDB88320 : 0);
     }
     return ~crc;
 }
 
 // A slope with a little noise and now and then any value at all.
-Bytes DrawPicture(size_t width, size_t height, size_t pixelBytes)
+Bytes DrawPicture(const HuffYUVFormat& format)
 {
-    Bytes picture(width * height * pixelBytes);
-    const size_t row = width * pixelBytes;
+    const size_t row = format.width * format.PixelBytes();
+    Bytes picture(row * format.height);
     uint32_t s = 12345;
     for (size_t i = 0; i < picture.size(); i++) {
         s = s * 1664525 + 1013904223;
@@ -71,17 +70,12 @@ Bytes DrawPicture(size_t width, size_t height, size_t pixelBytes)
     return picture;
 }
 
-BitmapHeader Header(int32_t width, int32_t height, uint16_t bitCount)
+HuffYUVFormat FormatOf(int32_t width, int32_t height, uint16_t bitCount, const Bytes& extension)
 {
     BitmapHeader header;
     header.width = width;
     header.height = height;
     header.bit_count = bitCount;
-    return header;
-}
-
-HuffYUVFormat FormatOf(const BitmapHeader& header, const Bytes& extension)
-{
     HuffYUVFormat format;
     EXPECT_EQ(kOK, ReadHuffYUVFormat(header, extension, format));
     return format;
@@ -95,9 +89,9 @@ TEST(HuffYUVFrame, WritesAndReadsThePublishedFrames)
         const Bytes extension = v.method == kClassic
                                     ? Bytes()
                                     : MakeHuffYUVExtension(v.kind, static_cast<uint8_t>(v.method));
-        const HuffYUVFormat format = FormatOf(Header(64, v.height, v.bit_count), extension);
+        const HuffYUVFormat format = FormatOf(64, v.height, v.bit_count, extension);
         ASSERT_EQ(v.kind, format.kind);
-        const Bytes picture = DrawPicture(format.width, format.height, format.PixelBytes());
+        const Bytes picture = DrawPicture(format);
         Bytes frame(12 * 64 * 290), back(picture.size());
         size_t size = 0;
         HuffYUVFrameEncoder encoder;
@@ -124,7 +118,7 @@ TEST(HuffYUVFormat, TakesTheRowStepFromTheHeaderOrTheHeight)
     for (const auto& row : rows) {
         Bytes extension = MakeHuffYUVExtension(24, kGradientDecorrelated);
         extension[2] = row.flags;
-        EXPECT_EQ(row.step, FormatOf(Header(8, row.height, 24), extension).row_step)
+        EXPECT_EQ(row.step, FormatOf(8, row.height, 24, extension).row_step)
             << row.height << ' ' << int{row.flags};
     }
 }

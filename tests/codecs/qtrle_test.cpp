@@ -10,12 +10,15 @@ namespace {
 
 constexpr uint8_t kO = 0x77;  // what the picture held
 
-// Decodes over a picture of 4 by 3 pixels, each byte kO.
+// Decodes over a picture of 4 by 3 pixels, each byte kO. A frame that is decoded counts as a whole
+// picture, whatever it draws.
 Converted Decoded(const Bytes& frame, uint32_t depth = kBGR24, uint32_t to = kBGR24)
 {
     QTRLEDecoder decoder;
     EXPECT_EQ(kOK, decoder.SetFormats(Encoded(kEncodingQTRLE, depth, 4, 3), Raw(to, 4, 3)));
-    return Convert(decoder, frame, Bytes(4 * 3 * (to == kBGR24 ? 3 : 4), kO));
+    const Converted c = Convert(decoder, frame, Bytes(4 * 3 * (to == kBGR24 ? 3 : 4), kO));
+    EXPECT_EQ(c.status == kOK ? c.output.size() : 0, c.produced);
+    return c;
 }
 
 Bytes Row(const Converted& c, size_t row)
@@ -25,18 +28,17 @@ Bytes Row(const Converted& c, size_t row)
 }
 
 // Without the line fields: all lines from line 0.
-Bytes Frame(std::initializer_list<uint8_t> lines)
+Bytes Frame(Bytes lines)
 {
-    Bytes frame = {0, 0, 0, 0, 0, 0};
-    frame.insert(frame.end(), lines);
-    return frame;
+    lines.insert(lines.begin(), 6, 0);
+    return lines;
 }
 
-Bytes FrameOfLines(uint8_t start, uint8_t count, std::initializer_list<uint8_t> lines)
+Bytes FrameOfLines(uint8_t start, uint8_t count, Bytes lines)
 {
-    Bytes frame = {0, 0, 0, 0, 0, 8, 0, start, 0, 0, 0, count, 0, 0};
-    frame.insert(frame.end(), lines);
-    return frame;
+    const Bytes header = {0, 0, 0, 0, 0, 8, 0, start, 0, 0, 0, count, 0, 0};
+    lines.insert(lines.begin(), header.begin(), header.end());
+    return lines;
 }
 
 TEST(QTRLEDecoder, DrawsOnlyWhatAFrameNames)
@@ -45,7 +47,6 @@ TEST(QTRLEDecoder, DrawsOnlyWhatAFrameNames)
     const Converted all = Decoded(Frame({1, 1, 10, 11, 12, 0,   2, 254, 20, 21, 22, 255,  //
                                          4, 1, 30, 31, 32, 255, 1, 255}));
     EXPECT_EQ(kOK, all.status);
-    EXPECT_EQ(36u, all.produced);
     EXPECT_EQ((Bytes{12, 11, 10, kO, kO, kO, 22, 21, 20, 22, 21, 20}), Row(all, 0));
     EXPECT_EQ((Bytes{kO, kO, kO, kO, kO, kO, kO, kO, kO, 32, 31, 30}), Row(all, 1));
     EXPECT_EQ(Bytes(12, kO), Row(all, 2));
@@ -101,7 +102,6 @@ TEST(QTRLEDecoder, TakesAFrameCutAnywhere)
         const Converted cut =
             Decoded(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)));
         EXPECT_EQ(size < 8 ? kError : kOK, cut.status);
-        EXPECT_EQ(size < 8 ? 0u : 36u, cut.produced);
         EXPECT_EQ(Bytes(12, kO), Row(cut, 2));
     }
 }

@@ -24,8 +24,7 @@ Bytes Noise(size_t bytes)
 {
     std::mt19937 random(1);
     Bytes noise(bytes);
-    for (uint8_t& byte : noise)
-        byte = static_cast<uint8_t>(random());
+    std::ranges::generate(noise, [&] { return static_cast<uint8_t>(random()); });
     return noise;
 }
 
@@ -142,8 +141,7 @@ TEST(DIFAudio, OneChannelIsHeardOnBoth)
     EXPECT_EQ(mono.size(), View(frame).EmbedAudio(mono, 48000, 1));
     EXPECT_EQ(mono, Extract(frame, 1));
     EXPECT_EQ(mono, Extract(frame, 2));
-    // Other counts at this rate are not stepped by channels.
-    EXPECT_EQ(480u * 2, View(frame).EmbedAudio(mono, 48000, 4));
+    EXPECT_EQ(480u * 2, View(frame).EmbedAudio(mono, 48000, 4)) << "not stepped by channels";
 }
 
 TEST(DIFAudio, CutsWhatAFrameCannotHold)
