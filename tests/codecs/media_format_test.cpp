@@ -1,7 +1,6 @@
 #include "codecs/media_format.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 
@@ -13,14 +12,9 @@ namespace {
 
 std::string Printed(const MediaFormat& format, int indent = 0)
 {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* out = open_memstream(&text, &size);
-    PrintFormat(format, out, indent);
-    fclose(out);
-    const std::string result(text, size);
-    free(text);
-    return result;
+    testing::internal::CaptureStdout();
+    PrintFormat(format, nullptr, indent);
+    return testing::internal::GetCapturedStdout();
 }
 
 const MediaFormat kPCM(RawAudioFormat{kSamplePCM, 2, 16, 48000});

@@ -149,10 +149,6 @@ TEST(MotionBlurDeinterlace, ChangesPairsAboveTheThreshold)
     // Upwards line 1 is a: (0 + 17) >> 2 and (255 * 3) >> 2.
     EXPECT_THAT(Blurred({17, 0, 0, 0, 0, 0, 0, 255}, 16, true),
                 ElementsAre(4, 0, 0, 191, 4, 0, 0, 191));
-}
-
-TEST(MotionBlurDeinterlace, LooksAtTheLineAfterThePairBeforeItChanges)
-{
     const Bytes lines = {100, 0, 0, 0, 0, 0, 0, 0, 80, 0, 0, 0, 0, 0, 0, 0, 9, 9, 9, 9};
     // a = 300 >> 2, b = (300 + 0 + 240) >> 3 with the old 80; then 240 >> 2 twice; line 4 is left
     // over.

@@ -117,22 +117,21 @@ struct SlowWalk {
 
     Vector Run(int x, int y)
     {
-        Place now = Cost(x, y, 0x7FFFFFFF);
+        Place now = At(x, y, 0x7FFFFFFF);
         for (;;) {
             bool found = false;
             Place best = now;
             for (const auto& [dx, dy] :
                  {std::pair{-1, -1}, {0, -1}, {1, -1}, {-1, 0}, {1, 0}, {-1, 1}, {0, 1}, {1, 1}}) {
-                Place next = Clip(now.x + dx, now.y + dy);
+                const Place next = At(now.x + dx, now.y + dy, best.raw);
                 if (next.w < 1 || next.h < 1) continue;
-                next = Cost(now.x + dx, now.y + dy, best.raw);
                 if (!found || next.cost < best.cost) best = next;
                 found = true;
             }
             if (!found || now.cost <= best.cost) break;
             now = best;
         }
-        if (now.cost > 3000000) now = Clip(fX, fY), now.w = now.h = fSize;
+        if (now.cost > 3000000) now = {fX, fY, fX, fY, fX, fY, fSize, fSize, 0, 0};
         return {now.bx,
                 now.by,
                 std::min(now.w, fWidth - now.bx),
@@ -140,19 +139,15 @@ struct SlowWalk {
                 now.cx - now.bx,
                 now.cy - now.by};
     }
-    Place Clip(int x, int y) const
+    Place At(int x, int y, int64_t bound)
     {
+        if (const auto seen = fSeen.find({x, y}); seen != fSeen.end()) return seen->second;
         Place p{x, y, x, y, fX, fY, fSize, fSize, 0, 0};
         if (p.cx < 0) p.w += p.cx, p.bx -= p.cx, p.cx = 0;
         if (p.cy < 0) p.h += p.cy, p.by -= p.cy, p.cy = 0;
         if (p.cx > fWidth - fSize) p.w -= p.cx - (fWidth - fSize);
         if (p.cy > fHeight - fSize) p.h -= p.cy - (fHeight - fSize);
-        return p;
-    }
-    Place Cost(int x, int y, int64_t bound)
-    {
-        if (const auto seen = fSeen.find({x, y}); seen != fSeen.end()) return seen->second;
-        Place p = Clip(x, y);
+        if (p.w < 1 || p.h < 1) return p;
         const auto byte = [](const Bytes& picture, int at) {
             return static_cast<size_t>(at) < picture.size() ? picture[static_cast<size_t>(at)] : 0;
         };

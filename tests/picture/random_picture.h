@@ -8,7 +8,6 @@ namespace kelvane {
 
 struct Size {
     int32_t width, height;
-    size_t Pixels() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
 };
 
 // Bytes on the heap that end where the block ends and begin `offset` bytes into it, so that a

@@ -12,15 +12,14 @@ namespace {
 struct Storage {
     Storage(const Bytes& picture, size_t pixelBytes, const PictureLayout& layout)
         : chromaPitch(layout.chroma == ChromaSampling::k420 ? layout.width / 2 : layout.width / 4),
-          chromaLines(layout.chroma == ChromaSampling::k420 ? layout.height / 2 : layout.height),
           y(size_t(layout.width * layout.height)),
-          u(size_t(chromaPitch * chromaLines)),
-          v(u.size()),
+          u(y.size() / 4),  // both have a quarter of the places
+          v(y.size() / 4),
           planes{{y.data(), layout.width}, {u.data(), chromaPitch}, {v.data(), chromaPitch}}
     {
         PictureToPlanes(picture.data(), pixelBytes, layout, planes);
     }
-    int32_t chromaPitch, chromaLines;
+    int32_t chromaPitch;
     Bytes y, u, v;
     Planes planes;
 };

@@ -38,7 +38,7 @@ Bytes Copy(std::span<const uint8_t> bytes)
     return {bytes.begin(), bytes.end()};
 }
 
-TEST(LibavModule, KeepsAMovingPictureAndSaysWhatItIs)
+TEST(LibavModule, KeepsAMovingPictureAndGivesTheSameBytesEachTime)
 {
     const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
     for (const bool pal : {true, false})
@@ -50,6 +50,9 @@ TEST(LibavModule, KeepsAMovingPictureAndSaysWhatItIs)
             SampleClip clip(drivers, options);
             ASSERT_EQ(0, clip.InitCheck());
             Bytes frame = Copy(clip.Frame(7));
+            SampleClip again(drivers, options);
+            for (const int64_t number : {6, 8, 7})
+                EXPECT_EQ(number == 7, frame == Copy(again.Frame(number))) << number;
             ASSERT_EQ(size_t(SystemFor(pal).dv_frame_size), frame.size());
             DIFFrame view(frame.data(), static_cast<uint32_t>(frame.size()));
             EXPECT_EQ(pal, view.IsPAL());
@@ -60,14 +63,6 @@ TEST(LibavModule, KeepsAMovingPictureAndSaysWhatItIs)
             // 4:1:1 loses more of the sharp vertical edges of colour.
             EXPECT_GT(PSNR(Copy(clip.Picture()), picture), pal && !dvcpro ? 29 : 27);
         }
-}
-
-TEST(LibavModule, GivesTheSameBytesEachTime)
-{
-    const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
-    SampleClip first(drivers, {}), second(drivers, {});
-    for (const int64_t number : {3, 4, 3})
-        EXPECT_EQ(Copy(first.Frame(number)), Copy(second.Frame(number)));
 }
 
 TEST(LibavModule, RefusesRubbishAndOtherSystemsAndSizes)
