@@ -81,8 +81,8 @@ protected:
 
 TEST_F(DVCodecSlotTest, TriesColourSpacesInTheOrderThatTheNameAsksFor)
 {
-    // Slots in which a codec of this name gets 24 bits first, one letter for each role: both (b),
-    // the one interface or the other (v, d), or none.
+    // Slots in which a codec of this name gets 24 bits first, one letter for each role: with both
+    // interfaces (b), DirectShow only (d) or none.
     const std::pair<const char*, const char*> names[] = {
         {"Test DV", "----"},           {"DV Master", "bbb-"},
         {"DV Master (VfW)", "bbb-"},   {"DV master", "----"},
@@ -96,8 +96,7 @@ TEST_F(DVCodecSlotTest, TriesColourSpacesInTheOrderThatTheNameAsksFor)
         for (const DVCodecRole role : kRoles)
             for (const bool directShow : {false, true}) {
                 SCOPED_TRACE(testing::Message() << name << " " << role << " " << directShow);
-                const char letter = letters[role];
-                const bool opposite = letter == 'b' || letter == (directShow ? 'd' : 'v');
+                const bool opposite = letters[role] == 'b' || (letters[role] == 'd' && directShow);
                 DVCodecSlot slot(role);
                 const DVCodecEntry entry = Entry(name, directShow);
                 ASSERT_EQ(kOK, slot.Bind(&entry, true));
@@ -130,8 +129,7 @@ TEST_F(DVCodecSlotTest, OpensForTheSystemAndKindOfDVWithTheCodecsOwnQuality)
 TEST_F(DVCodecSlotTest, StaysOpenForTheSameNameAndHeight)
 {
     DVCodecSlot slot(kDVEncoder);
-    const DVCodecEntry a = Entry("A", false, 1), b = Entry("B", true, 2);
-    const DVCodecEntry copy = a;
+    const DVCodecEntry a = Entry("A", false, 1), copy = a, b = Entry("B", true, 2);
     const struct {
         const DVCodecEntry* chosen;
         bool pal;
@@ -171,12 +169,12 @@ TEST_F(DVCodecSlotTest, SlotsAreClosedInTheOrderOfTheirRoles)
 
 TEST_F(DVCodecSlotTest, AsksAnEncoderAgainAndHasTheWordsOfEachSlotAndInterface)
 {
-    const std::pair<const char*, const char*> words[] = {
+    const std::pair<std::string, std::string> words[] = {
         {"DV Encoder initialization error #", "DV Encode Error #"},
         {"DV Decoder initialization error #", "DV Decode Error #"},
         {"DVCPRO25 Encoder initialization error #", "DVCPRO25 Encode Error #"},
         {"DVCPRO25 Decoder initialization error #", "DVCPRO25 Decode Error #"}};
-    std::vector<uint8_t> picture(720 * 576 * 4), frame(144000);
+    Bytes picture(720 * 576 * 4), frame(144000);
     for (const DVCodecRole role : kRoles)
         for (const bool directShow : {true, false}) {
             SCOPED_TRACE(testing::Message() << role << " " << directShow);
@@ -186,7 +184,7 @@ TEST_F(DVCodecSlotTest, AsksAnEncoderAgainAndHasTheWordsOfEachSlotAndInterface)
             gNotes = {.refusals = 4};
             ASSERT_NE(kOK, slot.Bind(&entry, true));
             EXPECT_FALSE(slot.IsOpen());
-            EXPECT_EQ(std::string(words[role].first) + number + ".", slot.OpenError());
+            EXPECT_EQ(words[role].first + number + ".", slot.OpenError());
             // Video for Windows encoders are tried with two bit counts of the coded side.
             if (directShow || IsDecoder(role))
                 EXPECT_THAT(TakeCalls(), ElementsAre("open 0 576 32/24", "open 0 576 24/24"));
@@ -201,7 +199,7 @@ TEST_F(DVCodecSlotTest, AsksAnEncoderAgainAndHasTheWordsOfEachSlotAndInterface)
             EXPECT_EQ(IsDecoder(role), status() == kOK);
             gNotes.status = kError;
             EXPECT_NE(kOK, status());
-            EXPECT_EQ(std::string(words[role].second) + number + "!", slot.CodingError());
+            EXPECT_EQ(words[role].second + number + "!", slot.CodingError());
         }
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <random>
-#include <set>
 
 #include "dv/audio_positions.h"
 #include "dv/dif_frame.h"
@@ -72,18 +71,11 @@ Bytes PackOf(const Bytes& frame, size_t sequence, size_t block)
     return {at, at + 5};
 }
 
-TEST(AudioPositions, FillEveryPlaceOfTheAudioBlocksOnce)
+// That every place is used once is seen below, where full frames come back.
+TEST(AudioPositions, FollowTheShuffleOfTheAudioBlocks)
 {
-    for (const auto& [first, second, size] :
-         {std::tuple(A16, B16, 144000u), std::tuple(NA16, NB16, 120000u)}) {
-        std::set<uint32_t> places(first.begin(), first.end());
-        places.insert(second.begin(), second.end());
-        EXPECT_EQ(first.size() + second.size(), places.size());
-        for (const uint32_t at : places)
-            EXPECT_TRUE(IsAudioByte(at) && IsAudioByte(at + 1) && at < size) << at;
-        EXPECT_LT(*std::ranges::max_element(first), size / 2);
-        EXPECT_GE(*std::ranges::min_element(second), size / 2);
-    }
+    EXPECT_EQ(1944u, A16.size());
+    EXPECT_EQ(1620u, NB16.size());
     EXPECT_EQ(488u, A16[0]);
     EXPECT_EQ(2 * 12000u + 488 + 3 * 1280, A16[1]);
     EXPECT_EQ(491u, A12[54]);
