@@ -44,9 +44,9 @@ TEST(MediaFormat, PrintsOneLineForEachView)
 
 TEST(MediaFormat, CountsBytesByColourSpaceWithItsTwoOddRows)
 {
-    const std::pair<uint32_t, uint32_t> rows[] = {{kBGR24, 3}, {kBGRX32, 4}, {kYUY2, 4},
-                                                  {kUYVY, 2},  {kVYU24, 3},  {kYUVSigned, 4},
-                                                  {0x4003, 3}, {0x4021, 2},  {99, 4}};
+    const std::pair<uint32_t, uint32_t> rows[] = {
+        {kBGR24, 3}, {kRGB24, 3},     {kBGRX32, 4}, {kBGRA32, 4}, {kYUY2, 4}, {kUYVY, 2},
+        {kVYU24, 3}, {kYUVSigned, 4}, {0x4003, 3},  {0x4021, 2},  {99, 4}};
     for (const auto& [space, bytes] : rows)
         EXPECT_EQ(10 * 4 * bytes, BytesOfPicture(Raw(space, 10, 4))) << space;
     EXPECT_EQ(0u, BytesOfPicture(kPCM));
