@@ -128,7 +128,8 @@ TEST(DIFFrame, StaysInsideAShortBuffer)
     for (const size_t size : {0u, 1u, 4u, 243u, 455u, 480u, 11999u, 120000u}) {
         SCOPED_TRACE(size);
         Frame bytes(size, 0);
-        if (size > 3) bytes[3] = 0x80;  // says PAL whatever the size is
+        if (size > 3) bytes[3] = 0x80;      // says PAL whatever the size is
+        if (size > 453) bytes[453] = 0x61;  // whose wide bits may lie behind the end
         DIFFrame frame = View(bytes);
         Timecode timecode;
         AudioInfo info;

@@ -116,7 +116,10 @@ TEST(AdaptiveDeinterlace, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
             WorkerPool pool(threads);
             const size_t pitch = 4 * static_cast<size_t>(width) + 3;
             const size_t bytes = pitch * static_cast<size_t>(height) - 3;
-            DeinterlaceState fast_state, slow_state;
+            DeinterlaceState slow_state;
+            AdaptiveDeinterlaceInit(slow_state, width, height);
+            slow_state.scene_threshold = 12 * threads;
+            DeinterlaceState fast_state = slow_state;
             ExactBytes picture = RandomBytes(bytes, random, static_cast<size_t>(threads) % 4);
             for (int frame = 0; frame < 4; frame++) {
                 for (int change = 0; change < 20; change++)
