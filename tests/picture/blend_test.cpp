@@ -47,6 +47,7 @@ TEST(BlendPictures, CoversTheSmallerSizeRowByRow)
 TEST(BlendPictures, FastFormGivesThePlainBytes)
 {
     std::mt19937 random(35);
+    WorkerPool pool(4);
     for (const BlendMode mode : {BlendMode::kWeight, BlendMode::kSourceAlpha})
         for (const int32_t weight : {-5, 0, 1, 23, 127, 128, 200, 254, 255, 300})
             for (const int32_t width : {1, 3, 15, 16, 33, 70}) {
@@ -55,7 +56,6 @@ TEST(BlendPictures, FastFormGivesThePlainBytes)
                 const ExactBytes source = RandomBytes(bytes, random, 1);
                 ExactBytes fast = RandomBytes(bytes, random, 3), slow = fast;
                 const PictureView view{source.data(), pitch, width, 9};
-                WorkerPool pool(width % 9);
                 BlendPictures(mode, weight, view, {fast.data(), pitch, width, 9}, &pool);
                 plain::BlendPictures(mode, weight, view, {slow.data(), pitch, width, 9});
                 ASSERT_EQ(slow, fast) << "weight " << weight << ", width " << width;
@@ -71,10 +71,10 @@ TEST(PictureDifference, LeavesTheFourthByteOut)
 TEST(PictureDifference, FastFormGivesThePlainSum)
 {
     std::mt19937 random(36);
+    WorkerPool pool(4);
     for (size_t words = 0; words < 200; words++) {
         const ExactBytes a = RandomBytes(4 * words, random, words % 4);
         const ExactBytes b = RandomBytes(4 * words, random, words % 3);
-        WorkerPool pool(static_cast<int>(words) % 9);
         ASSERT_EQ(plain::PictureDifference(a.data(), b.data(), words),
                   PictureDifference(a.data(), b.data(), words, &pool))
             << words;

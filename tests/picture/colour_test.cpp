@@ -46,6 +46,7 @@ TEST(RgbToYuv, FollowsTheFormulaWithoutRounding)
 TEST(RgbToYuv, FastFormGivesThePlainBytes)
 {
     std::mt19937 random(31);
+    WorkerPool pool(3);
     for (const auto& [run, to] : kFromRgb)
         for (const ColourSpace from : {kBGRX32, kBGR24})
             for (const auto& [width, height] : kSizes)
@@ -54,7 +55,6 @@ TEST(RgbToYuv, FastFormGivesThePlainBytes)
                     const ExactBytes source =
                         RandomBytes(pixels * (from == kBGR24 ? 3 : 4), random, offset);
                     ExactBytes fast(pixels * (to == kVYU24 ? 3 : 2), offset), slow(fast.size());
-                    WorkerPool pool(1 + static_cast<int>(offset));
                     run(source.data(), from, fast.data(), width, height, &pool);
                     plain::RgbToYuv(source.data(), from, slow.data(), to, width, height);
                     ASSERT_EQ(slow, fast)
@@ -134,6 +134,7 @@ TEST(YuvSignedToRgb, WalksRowByRow)
 TEST(YuvToRgb, FastFormGivesThePlainBytes)
 {
     std::mt19937 random(32);
+    WorkerPool pool(8);
     for (const ColourSpace from : {kYUY2, kUYVY, kYUVSigned})
         for (const ColourSpace to : {kBGRX32, kBGR24})
             for (const auto& [width, height] : kSizes)
@@ -143,7 +144,6 @@ TEST(YuvToRgb, FastFormGivesThePlainBytes)
                     const bool is_signed = from == kYUVSigned;
                     ExactBytes fast(pixels * (is_signed && to == kBGR24 ? 3 : 4), offset);
                     ExactBytes slow(fast.size());
-                    WorkerPool pool(1 + static_cast<int>(offset));
                     if (is_signed) {
                         YuvSignedToRgb(source.data(), fast.data(), to, width, height, &pool);
                         plain::YuvSignedToRgb(source.data(), slow.data(), to, width, height);

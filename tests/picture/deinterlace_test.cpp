@@ -163,19 +163,20 @@ TEST(MotionBlurDeinterlace, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
 {
     std::mt19937 random(61);
     for (const int32_t width : {1, 3, 64, 65, 200, 700})
-        for (const int32_t height : {1, 2, 3, 8, 15})
+        for (const int32_t height : {1, 2, 3, 8, 15}) {
+            WorkerPool pool(1 + height % 8);
             for (const int32_t threshold : {-1, 0, 16, 300, 764, 765, 100000})
                 for (const bool upwards : {false, true}) {
                     const size_t pitch = 4 * static_cast<size_t>(width) + 1;
                     ExactBytes slow = RandomBytes(pitch * static_cast<size_t>(height) - 1, random);
                     ExactBytes fast = slow;
-                    WorkerPool pool(1 + static_cast<int>(random() % 8));
                     plain::MotionBlurDeinterlace(slow.data(), pitch, width, height, threshold,
                                                  upwards);
                     MotionBlurDeinterlace(fast.data(), pitch, width, height, threshold, upwards,
                                           &pool);
                     ASSERT_EQ(slow, fast) << width << " by " << height << ", " << threshold;
                 }
+        }
 }
 
 }  // namespace
