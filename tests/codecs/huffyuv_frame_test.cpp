@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <optional>
-#include <vector>
-
 #include "base/status.h"
 #include "codecs/huffyuv_format.h"
 #include "codecs/huffyuv_frame_decoder.h"
@@ -52,19 +49,18 @@ const Vector kVectors[] = {
 uint32_t Crc32(const Bytes& bytes)
 {
     uint32_t crc = ~0u;
-    for (const uint8_t byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; bit++)
-            crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+    for (size_t bit = 0; bit < 8 * bytes.size(); bit++) {
+        const uint32_t low = (crc ^ bytes[bit / 8] >> bit % 8) & 1;
+        crc = crc >> 1 ^ (low ? 0xEDB88320 : 0);
     }
     return ~crc;
 }
 
 // A slope with a little noise and now and then any value at all.
-Bytes DrawPicture(size_t width, size_t height, size_t pixelBytes)
+Bytes DrawPicture(const HuffYUVFormat& format)
 {
-    Bytes picture(width * height * pixelBytes);
-    const size_t row = width * pixelBytes;
+    const size_t row = format.width * format.PixelBytes();
+    Bytes picture(row * format.height);
     uint32_t s = 12345;
     for (size_t i = 0; i < picture.size(); i++) {
         s = s * 1664525 + 1013904223;
@@ -74,34 +70,15 @@ Bytes DrawPicture(size_t width, size_t height, size_t pixelBytes)
     return picture;
 }
 
-BitmapHeader Header(int32_t width, int32_t height, uint16_t bitCount)
+HuffYUVFormat FormatOf(int32_t width, int32_t height, uint16_t bitCount, const Bytes& extension)
 {
     BitmapHeader header;
     header.width = width;
     header.height = height;
     header.bit_count = bitCount;
-    return header;
-}
-
-std::optional<Bytes> Encode(const HuffYUVFormat& format, const Bytes& picture, size_t room)
-{
-    HuffYUVFrameEncoder encoder;
-    encoder.Prepare(format);
-    Bytes frame(room);
-    size_t size = 0;
-    if (encoder.Encode(picture.data(), frame, size) != kOK) return std::nullopt;
-    frame.resize(size);
-    return frame;
-}
-
-std::optional<Bytes> Decode(const HuffYUVFormat& format, std::span<const uint8_t> frame,
-                            size_t pixelBytes)
-{
-    HuffYUVFrameDecoder decoder;
-    decoder.Prepare(format);
-    Bytes picture(format.width * format.height * pixelBytes);
-    if (decoder.Decode(frame, picture.data(), pixelBytes) != kOK) return std::nullopt;
-    return picture;
+    HuffYUVFormat format;
+    EXPECT_EQ(kOK, ReadHuffYUVFormat(header, extension, format));
+    return format;
 }
 
 TEST(HuffYUVFrame, WritesAndReadsThePublishedFrames)
@@ -112,15 +89,37 @@ TEST(HuffYUVFrame, WritesAndReadsThePublishedFrames)
         const Bytes extension = v.method == kClassic
                                     ? Bytes()
                                     : MakeHuffYUVExtension(v.kind, static_cast<uint8_t>(v.method));
-        HuffYUVFormat format;
-        ASSERT_EQ(kOK, ReadHuffYUVFormat(Header(64, v.height, v.bit_count), extension, format));
+        const HuffYUVFormat format = FormatOf(64, v.height, v.bit_count, extension);
         ASSERT_EQ(v.kind, format.kind);
-        const Bytes picture = DrawPicture(format.width, format.height, format.PixelBytes());
-        const auto frame = Encode(format, picture, 12 * 64 * 290);
-        ASSERT_TRUE(frame);
-        EXPECT_EQ(v.frame_size, frame->size());
-        EXPECT_EQ(v.frame_crc, Crc32(*frame));
-        EXPECT_EQ(picture, Decode(format, *frame, format.PixelBytes()));
+        const Bytes picture = DrawPicture(format);
+        Bytes frame(12 * 64 * 290), back(picture.size());
+        size_t size = 0;
+        HuffYUVFrameEncoder encoder;
+        encoder.Prepare(format);
+        ASSERT_EQ(kOK, encoder.Encode(picture.data(), frame, size));
+        ASSERT_EQ(v.frame_size, size);
+        frame.resize(size);
+        EXPECT_EQ(v.frame_crc, Crc32(frame));
+        HuffYUVFrameDecoder decoder;
+        decoder.Prepare(format);
+        EXPECT_EQ(kOK, decoder.Decode(frame, back.data(), format.PixelBytes()));
+        EXPECT_EQ(picture, back);
+    }
+}
+
+TEST(HuffYUVFormat, TakesTheRowStepFromTheHeaderOrTheHeight)
+{
+    const struct {
+        int32_t height;
+        uint8_t flags;
+        size_t step;
+    } rows[] = {{288, 0, 1},    {289, 0, 2},    {576, 0x20, 1}, {100, 0x10, 2},
+                {576, 0x2F, 1}, {288, 0x30, 1}, {480, 0x30, 2}};
+    for (const auto& row : rows) {
+        Bytes extension = MakeHuffYUVExtension(24, kGradientDecorrelated);
+        extension[2] = row.flags;
+        EXPECT_EQ(row.step, FormatOf(8, row.height, 24, extension).row_step)
+            << row.height << ' ' << int{row.flags};
     }
 }
 

@@ -8,7 +8,6 @@ namespace kelvane {
 namespace {
 
 using testing::ElementsAre;
-using Bytes = std::vector<uint8_t>;
 using Words = std::vector<uint32_t>;
 
 // Pictures one pixel wide: a word is a line.
@@ -36,21 +35,19 @@ TEST(AdaptiveDeinterlace, RebuildsWhatMovedAndKeepsTheRest)
     Adaptive(state, lines, true);
     EXPECT_EQ(first, lines) << "the same picture again passes through, fourth bytes too";
 
-    lines = first;
     lines[4] += 0x00100000;  // one colour, 16 more: lines 3 and 5 are rebuilt
-    Words moved = lines;
+    expected = lines;
+    expected[3] = 0x00030303 + 0x000D0505;
+    expected[5] = 0x000D0505;
     Adaptive(state, lines, true);
-    moved[3] = 0x00030303 + 0x000D0505;
-    moved[5] = 0x000D0505;
-    EXPECT_EQ(moved, lines);
+    EXPECT_EQ(expected, lines);
 }
 
 TEST(AdaptiveDeinterlace, KeepsTheOtherFieldWithTheFlagClear)
 {
     DeinterlaceState state;
     Words lines(8, 0x00404040);
-    for (size_t y = 0; y < 8; y += 2)
-        lines[y] = 0x00808080;
+    lines[0] = lines[2] = lines[4] = lines[6] = 0x00808080;
     Adaptive(state, lines, false);
     // Lines 2 and 4 are rebuilt from the odd ones; line 6 is the core's last and is copied.
     EXPECT_THAT(lines, ElementsAre(0x00808080, 0x00404040, 0x00404040, 0x00404040, 0x00404040,
@@ -60,88 +57,78 @@ TEST(AdaptiveDeinterlace, KeepsTheOtherFieldWithTheFlagClear)
 TEST(AdaptiveDeinterlace, StartsAnewForAnotherSizeAndAtTheEnd)
 {
     DeinterlaceState state;
-    const Words bright(6, 0x01808080);
-    const auto is_rebuilt = [&](int32_t width) {
-        Words lines = bright;
+    const auto is_rebuilt = [&](const Words& picture, int32_t width) {
+        Words lines = picture;
         Adaptive(state, lines, true, width);
-        return lines != bright;
+        return lines != picture;
     };
-    EXPECT_TRUE(is_rebuilt(1));
-    EXPECT_FALSE(is_rebuilt(1));
-    EXPECT_TRUE(is_rebuilt(2));
-    EXPECT_TRUE(is_rebuilt(1));
+    const Words bright(6, 0x01808080);
+    EXPECT_TRUE(is_rebuilt(bright, 1));
+    EXPECT_FALSE(is_rebuilt(bright, 1));
+    EXPECT_TRUE(is_rebuilt(bright, 2));
+    EXPECT_TRUE(is_rebuilt(bright, 1));
     AdaptiveDeinterlaceEnd(state);
-    EXPECT_TRUE(is_rebuilt(1));
-    Words single = {0xFFFFFFFF};
-    Adaptive(state, single, true);
-    EXPECT_THAT(single, ElementsAre(0xFFFFFFFF));
+    EXPECT_TRUE(is_rebuilt(bright, 1));
+    EXPECT_FALSE(is_rebuilt({0xFFFFFFFF}, 1));
 }
 
 TEST(AdaptiveDeinterlace, SceneThresholdAndOtherModesRebuildMore)
 {
-    const Words still = {0, 0, 0, 0x11111111, 0, 0};
-    DeinterlaceState state;
-    AdaptiveDeinterlaceInit(state, 1, 6);
-    state.motion_mode = kRebuildAll;
-    Words lines = still;
-    Adaptive(state, lines, true);
-    EXPECT_EQ(0u, lines[3]);
-
-    // Two of six lines move: 33 percent.
-    for (const int32_t percent : {33, 34}) {
-        AdaptiveDeinterlaceInit(state, 1, 6);
-        state.scene_threshold = percent;
-        lines = {0, 0x01000000, 0, 0xFF, 0xFF, 0};
+    constexpr auto kMode = &DeinterlaceState::motion_mode;
+    constexpr auto kScene = &DeinterlaceState::scene_threshold;
+    constexpr auto kColours = &DeinterlaceState::compare_colours;
+    const Words black(6);
+    const struct {
+        int32_t DeinterlaceState::*setting;
+        int32_t value;
+        Words previous, lines;
+        uint32_t expected;  // of line 3
+    } rows[] = {
+        {kMode, kRebuildAll, black, {0, 0, 0, 0x11111111, 0, 0}, 0},
+        // Two of eight lines move.
+        {kScene, 25, Words(8), {0, 255, 0, 1 << 24, 0, 0, 255, 0}, 0},
+        {kScene, 26, Words(8), {0, 255, 0, 1 << 24, 0, 0, 255, 0}, 1 << 24},
+        // Luma (30 * 255) >> 8 = 29 of a blue line, 15 and 16 more than before.
+        {kColours, 0, {0, 0, 0, 14, 0, 0}, {0, 0, 0, 255, 0, 0}, 255},
+        {kColours, 0, {0, 0, 0, 13, 0, 0}, {0, 0, 0, 255, 0, 0}, 0},
+        // Line 2 moved and differs from the stored line 3.
+        {kMode, kMovedAndCombed, black, {0, 0, 0x40, 0x40, 0x20, 0}, 0x20 + 0x10},
+        // Line 3 moved, but is equal to the line above: no comb.
+        {kMode, kMovedAndCombed, {0, 0, 0x80, 0, 0x20, 0}, {0, 0, 0x80, 0x80, 0x20, 0}, 0x80},
+    };
+    for (const auto& row : rows) {
+        DeinterlaceState state;
+        AdaptiveDeinterlaceInit(state, 1, static_cast<int32_t>(row.lines.size()));
+        state.*row.setting = row.value;
+        state.previous = row.previous;
+        Words lines = row.lines;
         Adaptive(state, lines, true);
-        EXPECT_EQ(percent == 33 ? 0u : 0x01000000u, lines[1]) << percent;
+        EXPECT_EQ(row.expected, lines[3]) << testing::PrintToString(row.lines);
     }
-
-    // Luma (30 * 255) >> 8 = 29 of a blue line, and 14 of half of it.
-    AdaptiveDeinterlaceInit(state, 1, 6);
-    state.compare_colours = 0;
-    lines = {0, 0, 0, 0x80, 0, 0};
-    Adaptive(state, lines, true);
-    EXPECT_EQ(0x80u, lines[3]);
-    lines = {0, 0, 0, 0xFF, 0, 0};
-    Adaptive(state, lines, true);
-    EXPECT_EQ(0xFFu, lines[3]) << "29 - 15 is not above the threshold";
-
-    // Both tests: line 3 changed but equals the line above, so it is no comb.
-    AdaptiveDeinterlaceInit(state, 1, 6);
-    state.motion_mode = kMovedAndCombed;
-    lines = {0, 0, 0x40, 0x01000040, 0x20, 0};
-    Adaptive(state, lines, true);
-    EXPECT_EQ(0x20u + 0x10u, lines[3]) << "line 2 moved and differs from the stored line 3";
-    lines = {0, 0, 0x40, 0x01000080, 0x20, 0};
-    lines[2] = 0x80;
-    state.previous = {0, 0, 0x80, 0, 0x20, 0};
-    Adaptive(state, lines, true);
-    EXPECT_EQ(0x01000080u, lines[3]) << "moved, but equal to the line above";
 }
 
 TEST(AdaptiveDeinterlace, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
 {
     std::mt19937 random(60);
-    struct Size {
-        int32_t width, height;
-    };
-    for (const Size& size : {Size{1, 2}, {3, 3}, {5, 4}, {64, 5}, {70, 6}, {131, 9}, {33, 50}})
+    for (const auto& [width, height] :
+         {Size{1, 2}, {3, 3}, {5, 4}, {64, 5}, {70, 6}, {131, 9}, {33, 50}})
         for (int threads = 1; threads <= 8; threads++) {
             WorkerPool pool(threads);
-            const size_t pitch = 4 * static_cast<size_t>(size.width) + 3;
-            const size_t bytes = pitch * static_cast<size_t>(size.height) - 3;
-            DeinterlaceState fast_state, slow_state;
+            const size_t pitch = 4 * static_cast<size_t>(width) + 3;
+            const size_t bytes = pitch * static_cast<size_t>(height) - 3;
+            DeinterlaceState slow_state;
+            AdaptiveDeinterlaceInit(slow_state, width, height);
+            slow_state.scene_threshold = 12 * threads;
+            DeinterlaceState fast_state = slow_state;
             ExactBytes picture = RandomBytes(bytes, random, static_cast<size_t>(threads) % 4);
             for (int frame = 0; frame < 4; frame++) {
                 for (int change = 0; change < 20; change++)
                     picture.data()[random() % bytes] ^= static_cast<uint8_t>(1u << random() % 8);
                 ExactBytes fast = picture, slow = picture;
-                const bool keep_even = frame % 3 != 0;
-                AdaptiveDeinterlace(fast_state, fast.data(), pitch, size.width, size.height,
-                                    keep_even, &pool);
-                plain::AdaptiveDeinterlace(slow_state, slow.data(), pitch, size.width, size.height,
-                                           keep_even);
-                ASSERT_EQ(slow, fast) << size.width << " by " << size.height << ", frame " << frame;
+                const bool even = frame % 3 != 0;
+                AdaptiveDeinterlace(fast_state, fast.data(), pitch, width, height, even, &pool);
+                plain::AdaptiveDeinterlace(slow_state, slow.data(), pitch, width, height, even);
+                ASSERT_EQ(slow, fast) << width << " by " << height << ", frame " << frame;
                 ASSERT_EQ(slow_state.previous, fast_state.previous);
                 ASSERT_EQ(slow_state.moving, fast_state.moving);
             }
@@ -165,10 +152,6 @@ TEST(MotionBlurDeinterlace, ChangesPairsAboveTheThreshold)
     // Upwards line 1 is a: (0 + 17) >> 2 and (255 * 3) >> 2.
     EXPECT_THAT(Blurred({17, 0, 0, 0, 0, 0, 0, 255}, 16, true),
                 ElementsAre(4, 0, 0, 191, 4, 0, 0, 191));
-}
-
-TEST(MotionBlurDeinterlace, LooksAtTheLineAfterThePairBeforeItChanges)
-{
     const Bytes lines = {100, 0, 0, 0, 0, 0, 0, 0, 80, 0, 0, 0, 0, 0, 0, 0, 9, 9, 9, 9};
     // a = 300 >> 2, b = (300 + 0 + 240) >> 3 with the old 80; then 240 >> 2 twice; line 4 is left
     // over.
@@ -180,19 +163,20 @@ TEST(MotionBlurDeinterlace, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
 {
     std::mt19937 random(61);
     for (const int32_t width : {1, 3, 64, 65, 200, 700})
-        for (const int32_t height : {1, 2, 3, 8, 15})
+        for (const int32_t height : {1, 2, 3, 8, 15}) {
+            WorkerPool pool(1 + height % 8);
             for (const int32_t threshold : {-1, 0, 16, 300, 764, 765, 100000})
                 for (const bool upwards : {false, true}) {
                     const size_t pitch = 4 * static_cast<size_t>(width) + 1;
                     ExactBytes slow = RandomBytes(pitch * static_cast<size_t>(height) - 1, random);
                     ExactBytes fast = slow;
-                    WorkerPool pool(1 + static_cast<int>(random() % 8));
                     plain::MotionBlurDeinterlace(slow.data(), pitch, width, height, threshold,
                                                  upwards);
                     MotionBlurDeinterlace(fast.data(), pitch, width, height, threshold, upwards,
                                           &pool);
                     ASSERT_EQ(slow, fast) << width << " by " << height << ", " << threshold;
                 }
+        }
 }
 
 }  // namespace

@@ -7,9 +7,6 @@
 namespace kelvane {
 namespace {
 
-using testing::ElementsAre;
-using Bytes = std::vector<uint8_t>;
-
 // Pixels of one value each.
 Bytes Row(std::initializer_list<uint8_t> values)
 {
@@ -36,26 +33,22 @@ TEST(ScaleRow, RoundsDownAndRepeatsTheLastPixel)
 
 TEST(ScaleRow, MixesTheRowBelowUnlessTheFractionIsZero)
 {
-    const Bytes rows = Row({10, 20, 13, 23});  // two rows of two
+    const Bytes rows = Row({10, 20, 13, 23}), alone = Row({10, 20});
     Bytes out(8);
     ScaleRow(rows.data(), 2, 8, 0x8000, out.data(), 2, 0x10000);
     EXPECT_EQ(Row({11, 21}), out);
-    const ExactBytes alone(8);
     ScaleRow(alone.data(), 2, 8, 0, out.data(), 2, 0x10000);
-    EXPECT_EQ(Row({0, 0}), out) << "nothing is read below";
+    EXPECT_EQ(alone, out) << "nothing is read below";
 }
 
 TEST(ScalePicture, NeverMixesWhatLiesBelowThePicture)
 {
+    ExactBytes source(3 * 4 * 480);
+    std::fill_n(source.data(), source.size(), uint8_t{200});
     for (const int32_t height : {479, 576, 700, 1, 2000}) {
-        const ExactBytes source = [] {
-            ExactBytes flat(3 * 4 * 480);
-            std::fill_n(flat.data(), flat.size(), uint8_t{200});
-            return flat;
-        }();
-        ExactBytes out(5 * 4 * static_cast<size_t>(height));
+        Bytes out(5 * 4 * static_cast<size_t>(height));
         ScalePicture({source.data(), 12, 3, 480}, {out.data(), 20, 5, height}, 255);
-        EXPECT_EQ(Bytes(out.size(), 200), out.Copy()) << height;
+        EXPECT_EQ(Bytes(out.size(), 200), out) << height;
     }
 }
 
@@ -67,51 +60,32 @@ TEST(ScalePicture, LooksPastItsWidthWhereTheRowGoesOn)
     EXPECT_EQ(Row({0, 0, 0, 50}), out);
     ScalePicture({source.data(), 12, 2, 1}, {out.data(), 16, 4, 1}, 255);
     EXPECT_EQ(Row({0, 0, 0, 0}), out);
+    ScalePicture({source.data(), 12, 3, 1}, {out.data(), 12, 3, 1}, 128);
+    EXPECT_EQ(Row({0, 0, 50, 0}), out) << "equal sizes are blended";
 }
-
-TEST(ScalePicture, EqualSizesAreBlended)
-{
-    const Bytes source = Row({100, 50});
-    Bytes out = Row({0, 0});
-    ScalePicture({source.data(), 8, 2, 1}, {out.data(), 8, 2, 1}, 128);
-    EXPECT_EQ(Row({50, 25}), out);
-}
-
-struct Sizes {
-    int32_t width, height, to_width, to_height;
-};
 
 TEST(ScalePicture, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
 {
-    constexpr Sizes kSizes[] = {{1, 1, 1, 2},    {7, 5, 7, 6},    {7, 5, 11, 6},
-                                {64, 9, 300, 4}, {300, 4, 13, 9}, {257, 3, 256, 31},
-                                {2, 17, 600, 3}, {35, 24, 35, 29}};
+    constexpr std::pair<Size, Size> kSizes[] = {
+        {{1, 1}, {1, 2}},    {{7, 5}, {7, 6}},      {{7, 5}, {11, 6}},   {{64, 9}, {300, 4}},
+        {{300, 4}, {13, 9}}, {{257, 3}, {256, 31}}, {{2, 17}, {600, 3}}, {{35, 24}, {35, 29}}};
     std::mt19937 random(50);
-    for (const Sizes& size : kSizes)
-        for (size_t gap = 0; gap < 9; gap += 4) {
-            const size_t pitch = 4 * static_cast<size_t>(size.width) + gap;
-            const size_t to_pitch = 4 * static_cast<size_t>(size.to_width) + gap / 2;
-            const ExactBytes source = RandomBytes(
-                pitch * static_cast<size_t>(size.height - 1) + 4 * static_cast<size_t>(size.width),
-                random, gap / 4);
-            ExactBytes slow(to_pitch * static_cast<size_t>(size.to_height), 1), fast = slow;
-            const PictureView view{source.data(), static_cast<ptrdiff_t>(pitch), size.width,
-                                   size.height};
-            const auto target = [&](ExactBytes& out) {
-                return PictureTarget{out.data(), static_cast<ptrdiff_t>(to_pitch), size.to_width,
-                                     size.to_height};
-            };
-            plain::ScalePicture(view, target(slow), 255);
+    for (const auto& [from, to] : kSizes)
+        for (int gap = 0; gap < 9; gap += 4) {
+            const ptrdiff_t pitch = 4 * from.width + gap, to_pitch = 4 * to.width + gap / 2;
+            const auto bytes = static_cast<size_t>(pitch * from.height - gap);
+            const ExactBytes source = RandomBytes(bytes, random, static_cast<size_t>(gap) / 4);
+            const PictureView view{source.data(), pitch, from.width, from.height};
+            const auto filled =
+                RandomBytes(static_cast<size_t>(to_pitch * to.height - gap / 2), random, 1);
+            ExactBytes slow = filled;
+            plain::ScalePicture(view, {slow.data(), to_pitch, to.width, to.height}, 255);
             for (int threads = 1; threads <= 8; threads++) {
                 WorkerPool pool(threads);
-                FillRandom(fast, random);
-                ScalePicture(view, target(fast), 255, 0, &pool);
-                for (size_t y = 0; y < static_cast<size_t>(size.to_height); y++)
-                    ASSERT_TRUE(std::equal(slow.data() + y * to_pitch,
-                                           slow.data() + y * to_pitch + 4 * size.to_width,
-                                           fast.data() + y * to_pitch))
-                        << size.width << " by " << size.height << " to " << size.to_width << " by "
-                        << size.to_height << ", " << threads << " threads";
+                ExactBytes fast = filled;
+                ScalePicture(view, {fast.data(), to_pitch, to.width, to.height}, 255, 0, &pool);
+                ASSERT_EQ(slow, fast) << from.width << " by " << from.height << " to " << to.width
+                                      << " by " << to.height << ", " << threads << " threads";
             }
         }
 }

@@ -2,39 +2,38 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
-#include <vector>
+
+#include "support/psnr.h"
 
 namespace kelvane {
 namespace {
 
 struct Storage {
-    explicit Storage(const PictureLayout& layout)
+    Storage(const Bytes& picture, size_t pixelBytes, const PictureLayout& layout)
         : chromaPitch(layout.chroma == ChromaSampling::k420 ? layout.width / 2 : layout.width / 4),
-          chromaLines(layout.chroma == ChromaSampling::k420 ? layout.height / 2 : layout.height),
           y(size_t(layout.width * layout.height)),
-          u(size_t(chromaPitch * chromaLines)),
-          v(u.size()),
+          u(y.size() / 4),  // both have a quarter of the places
+          v(y.size() / 4),
           planes{{y.data(), layout.width}, {u.data(), chromaPitch}, {v.data(), chromaPitch}}
     {
+        PictureToPlanes(picture.data(), pixelBytes, layout, planes);
     }
-    int32_t chromaPitch, chromaLines;
-    std::vector<uint8_t> y, u, v;
+    int32_t chromaPitch;
+    Bytes y, u, v;
     Planes planes;
 };
 
-constexpr PictureLayout k420 = {16, 8, ChromaSampling::k420};
-constexpr PictureLayout k411 = {16, 8, ChromaSampling::k411};
-
-std::vector<uint8_t> Uniform(uint32_t colour, size_t pixels)
+// To the planes and back, with 32 bits a pixel.
+Bytes ThereAndBack(const Bytes& picture, const PictureLayout& layout)
 {
-    std::vector<uint8_t> picture;
-    for (size_t i = 0; i < pixels; i++)
-        for (int byte = 0; byte < 4; byte++)
-            picture.push_back(static_cast<uint8_t>(colour >> (8 * byte)));
-    return picture;
+    const Storage storage(picture, 4, layout);
+    Bytes back(picture.size());
+    PlanesToPicture(storage.planes, layout, back.data(), 4);
+    return back;
 }
+
+constexpr PictureLayout kLayouts[] = {{16, 8, ChromaSampling::k420}, {16, 8, ChromaSampling::k411}};
 
 TEST(DVPlanes, GivesTheLevelsOfBT601)
 {
@@ -43,33 +42,32 @@ TEST(DVPlanes, GivesTheLevelsOfBT601)
         int y, u, v;
     } rows[] = {{0x000000, 16, 128, 128}, {0xFFFFFF, 235, 128, 128}, {0xFF0000, 81, 90, 240},
                 {0x00FF00, 145, 54, 34},  {0x0000FF, 41, 240, 110},  {0x808080, 126, 128, 128}};
-    for (const PictureLayout& layout : {k420, k411})
+    for (const PictureLayout& layout : kLayouts)
         for (const auto& row : rows) {
-            Storage storage(layout);
-            PictureToPlanes(Uniform(row.colour, 128).data(), 4, layout, storage.planes);
-            for (const uint8_t y : storage.y)
-                ASSERT_EQ(row.y, y) << std::hex << row.colour;
-            for (const uint8_t u : storage.u)
-                ASSERT_NEAR(row.u, u, 1) << std::hex << row.colour;
-            for (const uint8_t v : storage.v)
-                ASSERT_NEAR(row.v, v, 1) << std::hex << row.colour;
+            SCOPED_TRACE(testing::Message() << std::hex << row.colour);
+            Bytes picture(16 * 8 * 4);
+            for (size_t i = 0; i < picture.size(); i++)
+                picture[i] = static_cast<uint8_t>(row.colour >> (8 * (i % 4)));
+            const Storage storage(picture, 4, layout);
+            EXPECT_EQ(Bytes(storage.y.size(), static_cast<uint8_t>(row.y)), storage.y);
+            for (size_t i = 0; i < storage.u.size(); i++) {
+                ASSERT_NEAR(row.u, storage.u[i], 1);
+                ASSERT_NEAR(row.v, storage.v[i], 1);
+            }
         }
 }
 
 // One field red, the other blue: 4:2:0 chroma must not mix them.
 TEST(DVPlanes, FieldsKeepTheirOwnColour)
 {
-    std::vector<uint8_t> picture(16 * 8 * 4);
+    Bytes picture(16 * 8 * 4);
     for (size_t i = 0; i < picture.size(); i += 4) {
         const bool upper = i / 64 % 2 == 0;
         picture[i] = upper ? 0 : 255;
         picture[i + 2] = upper ? 255 : 0;
     }
-    for (const PictureLayout& layout : {k420, k411}) {
-        Storage storage(layout);
-        PictureToPlanes(picture.data(), 4, layout, storage.planes);
-        std::vector<uint8_t> back(picture.size());
-        PlanesToPicture(storage.planes, layout, back.data(), 4);
+    for (const PictureLayout& layout : kLayouts) {
+        const Bytes back = ThereAndBack(picture, layout);
         for (size_t i = 0; i < picture.size(); i++)
             ASSERT_NEAR(picture[i], back[i], 3) << "byte " << i;
     }
@@ -78,24 +76,19 @@ TEST(DVPlanes, FieldsKeepTheirOwnColour)
 TEST(DVPlanes, TheForm24BitsWideHasTheSameColours)
 {
     std::mt19937 random(1);
-    std::vector<uint8_t> wide(16 * 8 * 4), narrow;
+    Bytes wide(16 * 8 * 4), narrow;
     for (size_t i = 0; i < wide.size(); i++) {
         wide[i] = i % 4 == 3 ? 0 : static_cast<uint8_t>(random());
         if (i % 4 != 3) narrow.push_back(wide[i]);
     }
-    for (const PictureLayout& layout : {k420, k411}) {
-        Storage a(layout), b(layout);
-        PictureToPlanes(wide.data(), 4, layout, a.planes);
-        PictureToPlanes(narrow.data(), 3, layout, b.planes);
+    for (const PictureLayout& layout : kLayouts) {
+        const Storage a(wide, 4, layout), b(narrow, 3, layout);
         EXPECT_TRUE(a.y == b.y && a.u == b.u && a.v == b.v);
-        std::vector<uint8_t> wideBack(wide.size()), narrowBack(narrow.size());
-        PlanesToPicture(a.planes, layout, wideBack.data(), 4);
+        const Bytes wideBack = ThereAndBack(wide, layout);
+        Bytes narrowBack(narrow.size());
         PlanesToPicture(a.planes, layout, narrowBack.data(), 3);
-        for (size_t pixel = 0; pixel < 128; pixel++) {
-            for (size_t c = 0; c < 3; c++)
-                ASSERT_EQ(wideBack[4 * pixel + c], narrowBack[3 * pixel + c]);
-            ASSERT_EQ(0, wideBack[4 * pixel + 3]);
-        }
+        for (size_t i = 0; i < wideBack.size(); i++)
+            ASSERT_EQ(i % 4 == 3 ? 0 : narrowBack[i / 4 * 3 + i % 4], wideBack[i]) << i;
     }
 }
 
@@ -104,25 +97,15 @@ TEST(DVPlanes, TheForm24BitsWideHasTheSameColours)
 TEST(DVPlanes, SmoothColourIsNotShifted)
 {
     constexpr int32_t kWidth = 720;
-    for (const ChromaSampling chroma : {ChromaSampling::k420, ChromaSampling::k411}) {
-        const PictureLayout layout = {kWidth, 8, chroma};
-        std::vector<uint8_t> picture(size_t(kWidth) * 8 * 4);
-        for (size_t i = 0; i < picture.size() / 4; i++) {
-            const auto x = static_cast<int>(i % kWidth);
-            picture[4 * i] = static_cast<uint8_t>(60 + x / 8);
-            picture[4 * i + 1] = static_cast<uint8_t>(150 - x / 9);
-            picture[4 * i + 2] = static_cast<uint8_t>(40 + x / 6);
-        }
-        Storage storage(layout);
-        PictureToPlanes(picture.data(), 4, layout, storage.planes);
-        std::vector<uint8_t> back(picture.size());
-        PlanesToPicture(storage.planes, layout, back.data(), 4);
-        double squares = 0;
-        for (size_t i = 0; i < picture.size(); i++)
-            squares += std::pow(picture[i] - back[i], 2);
-        const double psnr = 10 * std::log10(255.0 * 255 / (squares / double(picture.size())));
-        EXPECT_GT(psnr, 47);
+    Bytes picture(size_t(kWidth) * 8 * 4);
+    for (size_t i = 0; i < picture.size(); i += 4) {
+        const auto x = static_cast<int>(i / 4 % kWidth);
+        picture[i] = static_cast<uint8_t>(60 + x / 8);
+        picture[i + 1] = static_cast<uint8_t>(150 - x / 9);
+        picture[i + 2] = static_cast<uint8_t>(40 + x / 6);
     }
+    for (const ChromaSampling chroma : {ChromaSampling::k420, ChromaSampling::k411})
+        EXPECT_GT(PSNR(picture, ThereAndBack(picture, {kWidth, 8, chroma})), 47);
 }
 
 }  // namespace

@@ -67,18 +67,10 @@ struct Instance {
 
 bool Accepts(Whim whim, const CodecSetup& setup)
 {
-    switch (whim) {
-        case Whim::kOnly24Bits:
-            return setup.raw.bit_count == 24;
-        case Whim::kSecondTry:
-            return setup.coded.bit_count == 32;
-        case Whim::kRefuses:
-            return false;
-        case Whim::kWrongQuality:
-            return setup.quality == kDefaultQuality;
-        default:
-            return true;
-    }
+    if (whim == Whim::kOnly24Bits) return setup.raw.bit_count == 24;
+    if (whim == Whim::kSecondTry) return setup.coded.bit_count == 32;
+    if (whim == Whim::kWrongQuality) return setup.quality == kDefaultQuality;
+    return whim != Whim::kRefuses;
 }
 
 uint32_t Count()
@@ -88,7 +80,6 @@ uint32_t Count()
 
 int32_t Describe(uint32_t index, ModuleCodec* codec)
 {
-    if (index >= Count()) return kError;
     const Row& row = kRows[index];
     *codec = {row.name,
               row.name,
