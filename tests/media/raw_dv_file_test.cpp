@@ -2,19 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
+#include "media/media_files.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
-
-std::vector<uint8_t> Counting(size_t bytes)
-{
-    std::vector<uint8_t> data(bytes);
-    std::iota(data.begin(), data.end(), uint8_t{0});
-    return data;
-}
 
 TEST(RawDVFile, ReadsWholeRecordsAndLeavesTheBytesOfAPartialOne)
 {
@@ -83,28 +75,22 @@ TEST(RawDVFile, FailsQuietlyOnWhatCannotBeOpened)
 
 TEST(IsRawDV, TakesAnyOfThreePatternsOfBlockIds)
 {
-    const std::vector<uint8_t> nothing(1000, 0);
-    EXPECT_FALSE(IsRawDV(nothing.data(), nothing.size()));
-    struct Id {
-        size_t at;
-        uint8_t section, number;
+    EXPECT_FALSE(IsRawDV(Bytes(1000).data(), 1000));
+    using Id = std::array<uint8_t, 3>;
+    const std::vector<std::pair<size_t, std::vector<Id>>> patterns = {
+        {80, {{0x3F, 7, 0}, {0x31, 7, 1}}},
+        {240, {{0x5A, 7, 0}, {0x50, 7, 1}}},
+        {560, {{0x90, 7, 0}, {0x9C, 7, 1}, {0x90, 7, 2}}},
     };
-    const std::vector<std::vector<Id>> patterns = {
-        {{80, 0x3F, 0}, {160, 0x31, 1}},
-        {{240, 0x5A, 0}, {320, 0x50, 1}},
-        {{560, 0x90, 0}, {640, 0x9C, 1}, {720, 0x90, 2}},
-    };
-    for (const auto& pattern : patterns) {
-        std::vector<uint8_t> head = nothing;
-        for (const Id& id : pattern) {
+    for (const auto& [first, ids] : patterns) {
+        Bytes head(1000);
+        for (size_t i = 0; i < ids.size(); i++) {
             EXPECT_FALSE(IsRawDV(head.data(), head.size())) << "a pattern needs all its rows";
-            head[id.at] = id.section;
-            head[id.at + 1] = 7;
-            head[id.at + 2] = id.number;
+            std::ranges::copy(ids[i], &head[first + 80 * i]);
         }
         EXPECT_TRUE(IsRawDV(head.data(), head.size()));
         EXPECT_FALSE(IsRawDV(head.data(), 999));
-        head[pattern[0].at + 1] = 0x17;
+        head[first + 1] = 0x17;
         EXPECT_FALSE(IsRawDV(head.data(), head.size())) << "not the first sequence";
     }
 }

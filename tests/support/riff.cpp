@@ -1,5 +1,7 @@
 #include "support/riff.h"
 
+#include <algorithm>
+
 #include "support/temp_folder.h"
 
 namespace kelvane {
@@ -10,6 +12,16 @@ std::string Little(uint64_t value, int bytes)
     for (; bytes > 0; bytes--, value >>= 8)
         text += static_cast<char>(value & 0xFF);
     return text;
+}
+
+std::string AsText(std::span<const uint8_t> bytes)
+{
+    return {bytes.begin(), bytes.end()};
+}
+
+std::span<const uint8_t> AsBytes(std::string_view text)
+{
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 uint64_t LittleAt(std::string_view file, uint64_t at, int bytes)
@@ -74,8 +86,7 @@ RiffNode FindRiff(const std::vector<RiffNode>& nodes, std::string_view id_or_nam
 
 RiffFilm::RiffFilm(const std::string& path)
 {
-    const std::vector<uint8_t> whole = ReadWhole(path);
-    bytes.assign(whole.begin(), whole.end());
+    bytes = AsText(ReadWhole(path));
     nodes = ParseRiff(bytes);
 }
 
@@ -84,9 +95,25 @@ uint64_t RiffFilm::At(std::string_view id, uint64_t offset, int size, int n) con
     return LittleAt(bytes, Find(id, n).head + 8 + offset, size);
 }
 
-std::string RiffFilm::Text(std::string_view id, uint64_t offset, int n) const
+std::string RiffFilm::Text(std::string_view id, uint64_t offset, size_t size, int n) const
 {
-    return bytes.substr(Find(id, n).head + 8 + offset, 4);
+    return bytes.substr(Find(id, n).head + 8 + offset, size);
+}
+
+std::vector<uint32_t> RiffFilm::Words(std::string_view id, uint64_t offset, size_t count,
+                                      int n) const
+{
+    std::vector<uint32_t> words(count);
+    for (uint32_t& word : words) {
+        word = static_cast<uint32_t>(At(id, offset, 4, n));
+        offset += 4;
+    }
+    return words;
+}
+
+bool RiffFilm::IsWhole() const
+{
+    return std::ranges::find(nodes, "!", &RiffNode::id) == nodes.end();
 }
 
 std::string RiffFilm::Shape() const

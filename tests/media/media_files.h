@@ -1,0 +1,53 @@
+#pragma once
+
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <numeric>
+#include <string>
+
+#include "base/byte_cursor.h"
+
+namespace kelvane {
+
+// The bytes 0, 1, 2 and so on.
+inline Bytes Counting(size_t bytes)
+{
+    Bytes data(bytes);
+    std::iota(data.begin(), data.end(), uint8_t{0});
+    return data;
+}
+
+// The next frame or chunk of a stream as text; "(status)" on failure.
+template <class File>
+std::string NextFrame(File& file, int32_t stream = 0, size_t room = 144000)
+{
+    Bytes buffer(room);
+    uint32_t size = 0;
+    const int status = file.ReadFrame(stream, buffer, size);
+    if (status == 0) return {buffer.begin(), buffer.begin() + size};
+    return size == 0 ? "(" + std::to_string(status) + ")" : "a size in spite of a failure";
+}
+
+// A limit on the size of any file stands in for a full disk: a write is cut short, then refused.
+class FullDisk {
+public:
+    explicit FullDisk(uint64_t bytes)
+    {
+        fOldHandler = signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &fOld);
+        const rlimit limit{bytes, fOld.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &fOld);
+        signal(SIGXFSZ, fOldHandler);
+    }
+
+private:
+    rlimit fOld;
+    sighandler_t fOldHandler;
+};
+
+}  // namespace kelvane
