@@ -29,6 +29,16 @@ std::string NextFrame(File& file, int32_t stream = 0, size_t room = 144000)
     return size == 0 ? "(" + std::to_string(status) + ")" : "a size in spite of a failure";
 }
 
+// All that NextFrame gives, up to the status that ends it: "AAAA BBBB (-1)".
+template <class File>
+std::string NextFrames(File& file, int32_t stream = 0)
+{
+    std::string all = NextFrame(file, stream, 64);
+    while (!all.ends_with(')'))
+        all += " " + NextFrame(file, stream, 64);
+    return all;
+}
+
 // A limit on the size of any file stands in for a full disk: a write is cut short, then refused.
 class FullDisk {
 public:

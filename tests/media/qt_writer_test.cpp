@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 
-#include <numeric>
-
+#include "media/media_files.h"
 #include "media/qt_file.h"
 #include "support/atom_tree.h"
 #include "support/qt_builder.h"
@@ -32,26 +29,10 @@ MediaFormat PCM(uint16_t channels = 2, uint16_t bits = 16, int32_t rate = 48000)
     return MediaFormat(RawAudioFormat{kSamplePCM, channels, bits, rate});
 }
 
-// Pretends that the disk is full beyond this many bytes of any file.
-class FullDisk {
-public:
-    explicit FullDisk(uint64_t bytes)
-    {
-        fOldHandler = signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &fOld);
-        const rlimit limit{bytes, fOld.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &fOld);
-        signal(SIGXFSZ, fOldHandler);
-    }
-
-private:
-    rlimit fOld;
-    sighandler_t fOldHandler;
-};
+MediaFormat EncodedSound(const MediaFormat& output, uint32_t encoding)
+{
+    return MediaFormat(EncodedAudioFormat{output.raw_audio, encoding, 0});
+}
 
 // Media at places that no test wants to fill.
 class SparseQTFile : public QTFile {
@@ -63,18 +44,18 @@ public:
 class QTWriter : public ::testing::Test {
 protected:
     std::string Path() const { return fFolder.Path("movie.mov"); }
-    // What one video track of this format comes to in the file: its "stsd" body.
-    Bytes Description(const MediaFormat& format, uint32_t options)
+    // Writes a movie with what `fill` puts into it.
+    template <class Fill>
+    Bytes Write(Fill fill, uint32_t options = 0)
     {
         {
             QTFile file(Path().c_str(), kCreate);
-            file.SetOptions(options, nullptr);
-            const int status = format.kind == kRawVideo ? file.AddVideoTrack(format)
-                                                        : file.AddEncodedVideoTrack(format);
-            if (status != 0) return {};
+            file.SetOptions(options, "Converted by Kelvane");
+            fill(file);
         }
-        return AtomBody(ReadWhole(Path()), "moov/trak/mdia/minf/stbl/stsd");
+        return ReadWhole(Path());
     }
+    // A table of a track, as its body.
     Bytes Table(const std::string& name, int track = 0) const
     {
         return AtomBody(ReadWhole(Path()),
@@ -87,20 +68,17 @@ protected:
 TEST_F(QTWriter, WritesEveryAtomByteForByte)
 {
     const int64_t before = time(nullptr) + 2082844800;
-    {
-        QTFile file(Path().c_str(), kCreate);
+    Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.InitCheck());
-        file.SetOptions(0, "Converted by Kelvane");
         ASSERT_EQ(0, file.AddDVTrack(true));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         for (int i = 0; i < 2; i++) {
             ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 144000));
-            ASSERT_EQ(0, file.WriteFrame(1, Text("abcd").data(), 4));
+            ASSERT_EQ(0, file.WriteFrame(1, "abcd", 4));
         }
         ASSERT_EQ(0, file.Close());
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000)) << "closed";
-    }
-    Bytes whole = ReadWhole(Path());
+    });
     EXPECT_EQ("mdat moov", AtomNames(whole));
     EXPECT_EQ(1u, ValueAt(whole, 0)) << "always the 64-bit form";
     EXPECT_EQ(16u + 2 * 144004, ValueAt(whole, 8, 8));
@@ -167,7 +145,7 @@ TEST_F(QTWriter, WritesEveryAtomByteForByte)
 TEST_F(QTWriter, NamesFormatsCompressorsAndVendors)
 {
     struct Row {
-        MediaFormat format;
+        std::vector<MediaFormat> formats;
         const char *code, *vendor, *name;
         uint32_t options, depth;
     };
@@ -175,49 +153,47 @@ TEST_F(QTWriter, NamesFormatsCompressorsAndVendors)
     MediaFormat odd = DVFormat(false);
     odd.encoded_video.h = 486;
     const Row rows[] = {
-        {pal, "dvc ", "appl", "DV - PAL", 0, 24},
-        {pal, "dvcp", "appl", "DV - PAL", kQTDVCP, 24},
-        {ntsc, "dvc ", "appl", "DV - NTSC", kQTDVCP, 24},
-        {odd, "dvc ", "appl", "DV", 0, 24},
-        {pal, "dvcp", "Rads", "Radius SoftDV - PAL", kQTSoftDV | kQTDVCP, 24},
-        {ntsc, "dvc ", "Rads", "Radius SoftDV - NTSC", kQTSoftDV, 24},
-        {odd, "dvc ", "Rads", "Radius SoftDV", kQTSoftDV, 24},
-        {pal, "AVdv", "AVID", "Avid DV Codec", kQTAvidDV | kQTDVCPRO | kQTDVCP, 24},
-        {pal, "dvpp", "appl", "DVCPRO - PAL", kQTDVCPRO | kQTDVCP, 24},
-        {ntsc, "dvpp", "appl", "DVCPRO - NTSC", kQTDVCPRO, 24},
-        {odd, "dvpp", "appl", "DVCPRO", kQTDVCPRO, 24},
-        {Encoded(kEncodingDVCPRO25), "dvc ", "appl", "DV - PAL", 0, 24},
-        {Encoded(kEncodingPJPEG), "jpeg", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingMJPEG), "mjpa", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingPNG), "png ", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingCinepak), "cvid", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingQTRLE), "rle ", "appl", "Animation", 0, 24},
-        {RawVideo(3), "raw ", "appl", "None", 0, 24},
-        {RawVideo(5), "raw ", "appl", "None", kQTAvidDV, 24},
-        {RawVideo(6), "raw ", "appl", "None", 0, 32},
-        {RawVideo(8), "raw ", "appl", "None", 0, 32},
-        {RawVideo(8200), "raw ", "appl", "None", 0, 32},
-        {RawVideo(16384), "yuv2", "appl", "Component Video", 0, 24},
-        {RawVideo(16421), "yuv2", "appl", "Component Video", 0, 24},
-        {RawVideo(16389), "yuvs", "appl", "QuickTime", 0, 24},
-        {RawVideo(16416), "2vuy", "appl", "QuickTime", 0, 24},
-        {RawVideo(16385), "y411", "appl", "QuickTime", 0, 16},
-        {RawVideo(16417), "y411", "appl", "QuickTime", 0, 16},
-        {RawVideo(16387), "v308", "appl", "QuickTime", 0, 16},
-        {RawVideo(16419), "v308", "appl", "QuickTime", 0, 16},
-        {RawVideo(16388), "yuv4", "appl", "QuickTime", 0, 16},
-        {RawVideo(16420), "yuv4", "appl", "QuickTime", 0, 16},
+        {{pal, Encoded(kEncodingDVCPRO25)}, "dvc ", "appl", "DV - PAL", 0, 24},
+        {{pal}, "dvcp", "appl", "DV - PAL", kQTDVCP, 24},
+        {{ntsc}, "dvc ", "appl", "DV - NTSC", kQTDVCP, 24},
+        {{odd}, "dvc ", "appl", "DV", 0, 24},
+        {{pal}, "dvcp", "Rads", "Radius SoftDV - PAL", kQTSoftDV | kQTDVCP, 24},
+        {{ntsc}, "dvc ", "Rads", "Radius SoftDV - NTSC", kQTSoftDV, 24},
+        {{odd}, "dvc ", "Rads", "Radius SoftDV", kQTSoftDV, 24},
+        {{pal}, "AVdv", "AVID", "Avid DV Codec", kQTAvidDV | kQTDVCPRO | kQTDVCP, 24},
+        {{pal}, "dvpp", "appl", "DVCPRO - PAL", kQTDVCPRO | kQTDVCP, 24},
+        {{ntsc}, "dvpp", "appl", "DVCPRO - NTSC", kQTDVCPRO, 24},
+        {{odd}, "dvpp", "appl", "DVCPRO", kQTDVCPRO, 24},
+        {{Encoded(kEncodingPJPEG)}, "jpeg", "appl", "QuickTime", 0, 24},
+        {{Encoded(kEncodingMJPEG)}, "mjpa", "appl", "QuickTime", 0, 24},
+        {{Encoded(kEncodingPNG)}, "png ", "appl", "QuickTime", 0, 24},
+        {{Encoded(kEncodingCinepak)}, "cvid", "appl", "QuickTime", 0, 24},
+        {{Encoded(kEncodingQTRLE)}, "rle ", "appl", "Animation", 0, 24},
+        {{RawVideo(3)}, "raw ", "appl", "None", 0, 24},
+        {{RawVideo(5)}, "raw ", "appl", "None", kQTAvidDV, 24},
+        {{RawVideo(6), RawVideo(8), RawVideo(8200)}, "raw ", "appl", "None", 0, 32},
+        {{RawVideo(16384), RawVideo(16421)}, "yuv2", "appl", "Component Video", 0, 24},
+        {{RawVideo(16389)}, "yuvs", "appl", "QuickTime", 0, 24},
+        {{RawVideo(16416)}, "2vuy", "appl", "QuickTime", 0, 24},
+        {{RawVideo(16385), RawVideo(16417)}, "y411", "appl", "QuickTime", 0, 16},
+        {{RawVideo(16387), RawVideo(16419)}, "v308", "appl", "QuickTime", 0, 16},
+        {{RawVideo(16388), RawVideo(16420)}, "yuv4", "appl", "QuickTime", 0, 16},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.code + std::to_string(row.options));
-        const Bytes stsd = Description(row.format, row.options);
-        ASSERT_EQ(8u + 86, stsd.size());
-        EXPECT_EQ(Text(row.code), Bytes(stsd.begin() + 12, stsd.begin() + 16));
-        EXPECT_EQ(Text(row.vendor), Bytes(stsd.begin() + 28, stsd.begin() + 32));
-        const std::string name = row.name;
-        EXPECT_EQ(name.size(), stsd[58]);
-        EXPECT_EQ(name, std::string(stsd.begin() + 59, stsd.begin() + 59 + stsd[58]));
-        EXPECT_EQ(row.depth, ValueAt(stsd, 90, 2));
+        for (const MediaFormat& format : row.formats) {
+            const auto add = [&](QTFile& file) {
+                ASSERT_EQ(0, format.kind == kRawVideo ? file.AddVideoTrack(format)
+                                                      : file.AddEncodedVideoTrack(format));
+            };
+            Write(add, row.options);
+            const Bytes stsd = Table("stsd");
+            ASSERT_EQ(8u + 86, stsd.size());
+            EXPECT_EQ(Text(row.code), Bytes(&stsd[12], &stsd[16]));
+            EXPECT_EQ(Text(row.vendor), Bytes(&stsd[28], &stsd[32]));
+            EXPECT_EQ(Text(row.name), Bytes(&stsd[59], &stsd[59 + stsd[58]]));
+            EXPECT_EQ(row.depth, ValueAt(stsd, 90, 2));
+        }
     }
 }
 
@@ -234,9 +210,7 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
     for (uint32_t format : {kSampleUnknown, kSamplePCMUnsigned, kSampleFloat, kSampleADPCM}) {
         sound.raw_audio.format = format;
         EXPECT_EQ(-10, file.AddPCMAudioTrack(sound)) << format;
-        EXPECT_EQ(-10,
-                  file.AddAudioTrack(MediaFormat(EncodedAudioFormat{PCM().raw_audio, format, 0})))
-            << format;
+        EXPECT_EQ(-10, file.AddAudioTrack(EncodedSound(PCM(), format))) << format;
     }
     EXPECT_EQ(-10, file.AddPCMAudioTrack(PCM(2, 16, 96000)));
     EXPECT_EQ(0, file.AddPCMAudioTrack(PCM(0))) << "not added, which is no error";
@@ -250,27 +224,19 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
 
 TEST_F(QTWriter, CountsTimeSoThatFramesAreWhole)
 {
-    struct Row {
+    const struct {
         float rate;
         uint32_t scale, duration;
-    };
-    for (const Row& row : {Row{25, 600, 24},
-                           {29.97f, 30000, 1001},
-                           {30, 600, 20},
-                           {50, 600, 12},
-                           {23.976f, 24000, 1001},
-                           {59.94f, 60000, 1001},
-                           {7, 700, 100},
-                           {12.5f, 12513, 1001},
-                           {601, 60100, 100}}) {
+    } rows[] = {{25, 600, 24}, {29.97f, 30000, 1001},  {30, 600, 20},
+                {50, 600, 12}, {23.976f, 24000, 1001}, {59.94f, 60000, 1001},
+                {7, 700, 100}, {12.5f, 12513, 1001},   {601, 60100, 100}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.rate);
-        {
-            QTFile file(Path().c_str(), kCreate);
+        const Bytes whole = Write([&](QTFile& file) {
             ASSERT_EQ(0, file.AddVideoTrack(RawVideo(5, row.rate)));
             for (int i = 0; i < 3; i++)
-                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 4));
-        }
-        const Bytes whole = ReadWhole(Path());
+                ASSERT_EQ(0, file.WriteFrame(0, "v", 1));
+        });
         EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/mvhd"), 12));
         EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/trak/mdia/mdhd"), 12));
         EXPECT_EQ(3 * row.duration, ValueAt(AtomBody(whole, "moov/mvhd"), 16));
@@ -280,25 +246,23 @@ TEST_F(QTWriter, CountsTimeSoThatFramesAreWhole)
 
 TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddDVTrack(false));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         // Told of the true format when the first sound is about to come.
         EXPECT_EQ(-1, file.SetAudioFormat(0, 32000, 2, -1)) << "video";
         EXPECT_EQ(-1, file.SetAudioFormat(2, 32000, 2, -1));
         EXPECT_EQ(0, file.SetAudioFormat(1, 32000, 1, -1));
-        const Bytes sound(2136, 's');
         for (uint32_t bytes : {2136, 2134, 2134, 2134, 2136, 2136})
-            ASSERT_EQ(0, file.WriteFrame(1, sound.data(), bytes));
+            ASSERT_EQ(0, file.WriteFrame(1, kFrame.data(), bytes));
         EXPECT_EQ(-1, file.SetAudioFormat(1, 48000, 2, -1)) << "too late";
         EXPECT_EQ(6405, file.SampleCount(1));
         EXPECT_EQ(6, file.ChunkCount(1));
-    }
+    });
     EXPECT_EQ(QTTable({1, 1068, 1, 2, 1067, 1, 5, 1068, 1}, 3), Table("stsc", 1));
     EXPECT_EQ(Join({Big(0), Big(1), Big(6405)}), Table("stsz", 1));
     EXPECT_EQ(QTTable({6405, 1}, 2), Table("stts", 1));
-    EXPECT_EQ(32000u, ValueAt(AtomBody(ReadWhole(Path()), "moov/trak:1/mdia/mdhd"), 12));
+    EXPECT_EQ(32000u, ValueAt(AtomBody(whole, "moov/trak:1/mdia/mdhd"), 12));
     const Bytes stsd = Table("stsd", 1);
     EXPECT_EQ(Join({Big(1, 2), Big(16, 2), Big(0), Big(32000u << 16)}),
               Bytes(stsd.end() - 12, stsd.end()));
@@ -306,73 +270,62 @@ TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
 
 TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(2, 8)));
-        ASSERT_EQ(0, file.AddAudioTrack(
-                         MediaFormat(EncodedAudioFormat{PCM(2, 8).raw_audio, kSampleULaw, 0})));
-        ASSERT_EQ(0, file.WriteFrame(0, Text("abcdef").data(), 6));
-        ASSERT_EQ(0, file.WriteFrame(1, Text("uvwxyz").data(), 6));
-    }
-    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(ReadWhole(Path()), "mdat"));
+        ASSERT_EQ(0, file.AddAudioTrack(EncodedSound(PCM(2, 8), kSampleULaw)));
+        ASSERT_EQ(0, file.WriteFrame(0, "abcdef", 6));
+        ASSERT_EQ(0, file.WriteFrame(1, "uvwxyz", 6));
+    });
+    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(whole, "mdat"));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 0));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 1));
     EXPECT_EQ(8u, ValueAt(Table("stsd", 0), 34, 2));
     EXPECT_EQ(16u, ValueAt(Table("stsd", 1), 34, 2)) << "as these are always described";
     QTFile file(Path().c_str(), kRead);
-    Bytes sound(6);
-    uint32_t size;
-    EXPECT_EQ(0, file.ReadFrame(0, sound, size));
-    EXPECT_EQ(Text("abcdef"), sound);
-    EXPECT_EQ(0, file.ReadFrame(1, sound, size));
-    EXPECT_EQ(Text("uvwxyz"), sound);
+    EXPECT_EQ("abcdef", NextFrame(file, 0));
+    EXPECT_EQ("uvwxyz", NextFrame(file, 1));
 }
 
 TEST_F(QTWriter, GoesBeyondFourGigabytes)
 {
-    for (uint32_t options : {0u, static_cast<uint32_t>(kQTWideOffsets)}) {
+    const uint64_t hole = 5ull << 30, second = hole + 16 + 144000;
+    for (const bool wide : {false, true}) {
         {
             SparseQTFile file(Path().c_str(), kCreate);
-            file.SetOptions(options, nullptr);
+            if (wide) file.SetOptions(kQTWideOffsets, nullptr);
             ASSERT_EQ(0, file.AddDVTrack(true));
             ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 144000));
-            file.LeaveHole(5ull << 30);
+            file.LeaveHole(hole);
             ASSERT_EQ(0, file.WriteFrame(0, Bytes(144000, 'w').data(), 144000));
         }
         QTFile file(Path().c_str(), kRead);
         ASSERT_EQ(0, file.InitCheck());
-        const uint64_t second = (5ull << 30) + 16 + 144000;
-        EXPECT_EQ(options ? second : second & 0xFFFFFFFF,
-                  file.Movie().tracks[0].samples.offsets[1]);
+        EXPECT_EQ(wide ? second : second & 0xFFFFFFFF, file.Movie().tracks[0].samples.offsets[1]);
         ASSERT_EQ(0, file.SeekFrame(0, 1));
-        Bytes frame(144000);
-        uint32_t size;
-        ASSERT_EQ(0, file.ReadFrame(0, frame, size));
-        EXPECT_EQ(options ? 'w' : 0, frame[1]) << "32 bits are silently cut";
+        EXPECT_EQ(wide ? 'w' : 0, NextFrame(file)[1]) << "32 bits are silently cut";
     }
 }
 
 TEST_F(QTWriter, GivesUpMediaForTheHeaderOnAFullDisk)
 {
-    struct Row {
+    const struct {
         uint32_t frame, count;
         uint64_t given_up;
         int64_t left;
-    };
+    } rows[] = {{144000, 20, 0x100000, 12}, {20, 200000, 0x200000, 95142}};
     // A megabyte; more only for a header that is larger than that.
-    for (const Row& row : {Row{144000, 20, 0x100000, 12}, Row{20, 200000, 0x200000, 95142}}) {
-        {
-            QTFile file(Path().c_str(), kCreate);
+    for (const auto& row : rows) {
+        const uint64_t media = uint64_t{row.frame} * row.count;
+        const Bytes whole = Write([&](QTFile& file) {
             ASSERT_EQ(0, file.AddDVTrack(true));
             for (uint32_t i = 0; i < row.count; i++)
                 ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), row.frame));
-            const FullDisk full(16 + uint64_t{row.frame} * row.count + 100);
+            const FullDisk full(16 + media + 100);
             EXPECT_EQ(0, file.Close());
-        }
-        const Bytes whole = ReadWhole(Path());
+        });
         EXPECT_EQ("mdat moov", AtomNames(whole)) << "nothing is left behind the header";
-        EXPECT_EQ(uint64_t{row.frame} * row.count - row.given_up, AtomBody(whole, "mdat").size());
-        QTFile file(Path().c_str(), kRead);
+        EXPECT_EQ(media - row.given_up, AtomBody(whole, "mdat").size());
+        const QTFile file(Path().c_str(), kRead);
         EXPECT_EQ(row.left, file.SampleCount(0)) << "no frame lies in the header";
         EXPECT_EQ(row.left, file.ChunkCount(0));
     }
@@ -380,8 +333,7 @@ TEST_F(QTWriter, GivesUpMediaForTheHeaderOnAFullDisk)
 
 TEST_F(QTWriter, KeepsWhatWasWrittenWhenTheDiskFillsUp)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddDVTrack(true));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         const FullDisk full(16 + 4 * 144000);
@@ -391,9 +343,9 @@ TEST_F(QTWriter, KeepsWhatWasWrittenWhenTheDiskFillsUp)
         }
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000));
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000));
-    }
-    EXPECT_EQ("mdat moov", AtomNames(ReadWhole(Path())));
-    QTFile file(Path().c_str(), kRead);
+    });
+    EXPECT_EQ("mdat moov", AtomNames(whole));
+    const QTFile file(Path().c_str(), kRead);
     EXPECT_EQ(3, file.SampleCount(0));
     EXPECT_EQ(3 * 1920, file.SampleCount(1));
 }
