@@ -176,9 +176,9 @@ TEST_F(QTReader, ReadsHeadersWith64BitTimes)
 
 TEST_F(QTReader, KeepsWhatADescriptionHasBehindItsFixedPart)
 {
-    const QTFile picture =
-        Open({.extension = Join({QTAtom("gama", {Big(0x23333)}), QTAtom("pasp", {Big(1), Big(1)}),
-                                 QTAtom("fiel", {Big(2, 1), Big(6, 1)}), Bytes(3)})});
+    const QTFile picture = OpenTrack(
+        {.extension = Join({QTAtom("gama", {Big(0x23333)}), QTAtom("pasp", {Big(1), Big(1)}),
+                            QTAtom("fiel", {Big(2, 1), Big(6, 1)}), Bytes(3)})});
     const QTSampleDescription* description = picture.Movie().tracks[0].Description();
     ASSERT_TRUE(description);
     EXPECT_EQ(0x23333u, description->gamma);
