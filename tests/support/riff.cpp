@@ -127,6 +127,31 @@ std::string RiffFilm::Shape() const
     return shape;
 }
 
+std::string StandardIndex(uint64_t base, const std::vector<uint32_t>& sizes)
+{
+    std::string body = Little(2, 2) + Little(0x100, 2) + Little(sizes.size(), 4) + "00dc" +
+                       Little(base, 8) + Little(0, 4);
+    for (size_t i = 0; i < sizes.size(); i++)
+        body += Little(8 + 16 * i, 4) + Little(sizes[i], 4);
+    return RiffChunk("ix00", body);
+}
+
+std::string SuperIndex(const std::vector<uint64_t>& places, size_t duration)
+{
+    std::string body = Little(4, 4) + Little(places.size(), 4) + "00dc" + Little(0, 12);
+    for (const uint64_t at : places)
+        body += Little(at, 8) + Little(0, 4) + Little(duration, 4);
+    return RiffChunk("indx", body);
+}
+
+TinyAVI TinyAVI::OpenDML(const std::vector<uint32_t>& sizes)
+{
+    TinyAVI film{.super_index = SuperIndex({0}, 0), .has_index = false};
+    film.super_index = SuperIndex({film.FrameHead(film.frames.size())}, sizes.size());
+    film.media_end = StandardIndex(film.FrameHead(0), sizes);
+    return film;
+}
+
 std::string TinyAVI::IndexEntry(std::string_view id, uint32_t offset, uint32_t size)
 {
     return std::string(id) + Little(0x10, 4) + Little(offset, 4) + Little(size, 4);

@@ -56,6 +56,11 @@ struct RiffFilm {
     std::vector<RiffNode> nodes;
 };
 
+// An "ix00" chunk for frames 16 bytes apart; `base` is the head of the first.
+std::string StandardIndex(uint64_t base, const std::vector<uint32_t>& sizes);
+// An "indx" chunk for standard indexes at these places.
+std::string SuperIndex(const std::vector<uint64_t>& places, size_t duration);
+
 // A small AVI of one "vids" stream with an "idx1", made to be changed in parts.
 struct TinyAVI {
     std::string handler = "dvsd";
@@ -75,6 +80,8 @@ struct TinyAVI {
     // Where the head of a frame is in a file with this header.
     uint64_t FrameHead(size_t frame) const;
     static std::string IndexEntry(std::string_view id, uint32_t offset, uint32_t size);
+    // A film whose only index is a standard index with these sizes.
+    static TinyAVI OpenDML(const std::vector<uint32_t>& sizes);
 
 private:
     std::string Headers() const;
