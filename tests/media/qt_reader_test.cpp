@@ -5,6 +5,7 @@
 
 #include "base/four_cc.h"
 #include "media/media_files.h"
+#include "media/qt_description.h"
 #include "media/qt_file.h"
 #include "media/qt_movie.h"
 #include "support/qt_builder.h"
@@ -24,6 +25,13 @@ protected:
         return NextFrames(file);
     }
 
+    std::string Describe(const Bytes& movie)
+    {
+        std::string text;
+        EXPECT_TRUE(DescribeQuickTime(Put(movie).c_str(), text));
+        return text;
+    }
+
     TempFolder fFolder;
 };
 
@@ -38,7 +46,7 @@ TEST_F(QTReader, ReadsEveryLayoutAlike)
         EXPECT_EQ("twos"_4cc, file.TrackCodec(1));
         EXPECT_EQ(3, file.SampleCount(0));
         EXPECT_EQ(120000, file.Duration(0));
-        EXPECT_EQ("AAAA", NextFrame(file, 0));
+        EXPECT_EQ("AAAA", NextFrame(file));
         EXPECT_EQ("1032 54769810 (-1)", NextFrames(file, 1)) << "little-endian for the caller";
         EXPECT_EQ("BBBB CCCC (-1)", NextFrames(file, 0));
     }
@@ -110,8 +118,8 @@ TEST_F(QTReader, TellsWhatIsNoMovie)
 TEST_F(QTReader, BelievesNoTableBeyondItsEnd)
 {
     QTFile file = OpenTrack({.samples = 0xFFFFFFFF,
-                             .stsz = Join({Big(0), Big(0), Big(0xFFFFFFFF), Big(4), Big(2)}),
-                             .stco = Join({Big(0), Big(0x7FFFFFFF), Big(8), Big(16)})});
+                             .stsz = Longs({0, 0, 0xFFFFFFFF, 4, 2}),
+                             .stco = Longs({0, 0x7FFFFFFF, 8, 16})});
     EXPECT_EQ(2, file.ChunkCount(0));
     EXPECT_EQ(2u, file.FrameSize(0, 100)) << "beyond the table the size of the last frame";
     EXPECT_EQ("AAAA BB CC (-1)", NextFrames(file)) << "there is no third chunk";
@@ -121,8 +129,7 @@ TEST_F(QTReader, BelievesNoTableBeyondItsEnd)
               Frames({.stsc = QTTable({1, 1, 1, 7, 5, 1, 2, 1, 1, 0, 9, 1}, 3),
                       .stco = QTTable({8, 12, 16})}));
     EXPECT_EQ("(-1)", Frames({.stsc = QTTable({1, 0, 1}, 3)})) << "chunks without samples";
-    EXPECT_EQ("(-1)", Frames({.stsz = Join({Big(0), Big(0), Big(1), Big(65)})}))
-        << "larger than the buffer";
+    EXPECT_EQ("(-1)", Frames({.stsz = Longs({0, 0, 1, 65})})) << "larger than the buffer";
     EXPECT_EQ("(-1)", Frames({.stco = QTTable({0xFFFFFFF0, 0})})) << "beyond the end of the file";
 
     QTFile endless = OpenTrack({.video = false, .format = "sowt", .duration = 0xFFFFFFFF});
@@ -197,10 +204,7 @@ TEST_F(QTReader, KeepsWhatADescriptionHasBehindItsFixedPart)
 
 TEST_F(QTReader, TellsTheFormatOfAStream)
 {
-    const struct {
-        const char* code;
-        uint32_t depth, kind, space, encoding;
-    } rows[] = {
+    const std::tuple<const char*, uint32_t, uint32_t, uint32_t, uint32_t> rows[] = {
         {"AVdv", 24, kEncodedVideo, 8, 1},  {"dvcp", 24, kEncodedVideo, 8, 1},
         {"raw ", 32, kRawVideo, 6, 0},      {"raw ", 24, kRawVideo, 5, 0},
         {"raw ", 16, kRawVideo, 0, 0},      {"jpeg", 32, kEncodedVideo, 8, 5},
@@ -211,29 +215,23 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"yuvs", 24, kRawVideo, 16389, 0},  {"yuv4", 24, kRawVideo, 16420, 0},
         {"v308", 24, kRawVideo, 16419, 0},  {"y411", 24, kUnknownFormat, 0, 0},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.code) + " " + std::to_string(row.depth));
-        const MediaFormat format =
-            OpenTrack({.format = row.code, .depth = row.depth}).StreamFormat(0);
-        EXPECT_EQ(row.kind, format.kind);
-        if (!row.kind) continue;
-        EXPECT_EQ(row.space, format.Space());
+    for (const auto& [code, depth, kind, space, encoding] : rows) {
+        SCOPED_TRACE(code + std::to_string(depth));
+        const MediaFormat format = OpenTrack({.format = code, .depth = depth}).StreamFormat(0);
+        EXPECT_EQ(kind, format.kind);
+        if (!kind) continue;
+        EXPECT_EQ(space, format.Space());
         EXPECT_EQ(720, format.Width());
         EXPECT_EQ(576, format.Height());
         EXPECT_EQ(25.0f, format.FrameRate());
-        if (row.encoding) {
-            EXPECT_EQ(row.encoding, format.encoded_video.encoding);
-        }
+        EXPECT_EQ(encoding, kind == kEncodedVideo ? format.encoded_video.encoding : 0);
     }
     const MediaFormat ntsc = OpenTrack({.height = 480}).StreamFormat(0);
     EXPECT_EQ(120000, ntsc.encoded_video.framesize);
     EXPECT_EQ(29.97f, ntsc.FrameRate()) << "by height, whatever the tables say";
     EXPECT_EQ(kUnknownFormat, OpenTrack({}).StreamFormat(1).kind);
 
-    const struct {
-        const char* code;
-        uint32_t kind, format, encoding;
-    } sounds[] = {
+    const std::tuple<const char*, uint32_t, uint32_t, uint32_t> sounds[] = {
         {"twos", kRawAudio, kSamplePCM, 0},
         {"sowt", kRawAudio, kSamplePCM, 0},
         {"raw ", kRawAudio, kSamplePCMUnsigned, 0},
@@ -241,17 +239,68 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"ima4", kEncodedAudio, kSamplePCM, kSampleIMA4},
         {"in24", kEncodedAudio, kSampleUnknown, 0},
     };
-    for (const auto& row : sounds) {
-        SCOPED_TRACE(row.code);
-        const MediaFormat format = OpenTrack({.video = false, .format = row.code}).StreamFormat(0);
-        EXPECT_EQ(row.kind, format.kind);
-        EXPECT_EQ(row.format, format.raw_audio.format) << "the output comes first in both views";
+    for (const auto& [code, kind, output, encoding] : sounds) {
+        SCOPED_TRACE(code);
+        const MediaFormat format = OpenTrack({.video = false, .format = code}).StreamFormat(0);
+        EXPECT_EQ(kind, format.kind);
+        EXPECT_EQ(output, format.raw_audio.format) << "the output comes first in both views";
         EXPECT_EQ(48000, format.raw_audio.srate);
         EXPECT_EQ(2, format.raw_audio.ch);
-        if (row.kind == kEncodedAudio) {
-            EXPECT_EQ(row.encoding, format.encoded_audio.encoding);
-        }
+        EXPECT_EQ(encoding, kind == kEncodedAudio ? format.encoded_audio.encoding : 0);
     }
+}
+
+using QTDescription = QTReader;
+
+TEST_F(QTDescription, TellsSystemSamplingAndAspectOfDV)
+{
+    const auto describe = [this](const char* format, uint32_t size, const Bytes& media) {
+        return Describe(QTOneTrack({.format = format,
+                                    .samples = 1,
+                                    .stsc = QTTable({1, 1, 1}, 3),
+                                    .stsz = Longs({0, size, 1})},
+                                   media));
+    };
+    Bytes frame(120000);
+    frame[4] = 1;  // APT of DVCPRO
+    EXPECT_EQ("QuickTime DVCPRO NTSC 4:1:1 (16:9 format)", describe("dvc ", 120000, frame))
+        << "a frame without aspect counts as wide";
+    frame.resize(144000);
+    frame[3] = 0x80;  // DSF: 625/50
+    frame[4] = 0;
+    EXPECT_EQ("QuickTime AVID DV PAL 4:2:0 (16:9 format)", describe("AVdv", 144000, frame));
+    EXPECT_EQ("QuickTime AVID <video read error>", describe("AVdv", 144000, Bytes(1000)));
+    EXPECT_EQ("QuickTime <video read error>", describe("dvcp", 0xFFFFFFFF, frame));
+}
+
+TEST_F(QTDescription, NamesTheOtherFormats)
+{
+    const std::pair<QTTestTrack, const char*> rows[] = {
+        {{.format = "raw "}, "Uncompressed RGB PAL"},
+        {{.format = "raw ", .height = 480}, "Uncompressed RGB 720x480 @ 25.00 fps"},
+        {{.format = "raw ", .height = 480, .scale = 30000, .duration = 1001},
+         "Uncompressed RGB NTSC"},
+        {{.format = "SVQ1"}, "Sorenson video"},
+        {{.format = "yv12"}, "Planar YUV 4:2:0"},
+        {{.format = "????"}, "unknown codec"},
+        {{.video = false, .format = "sowt"}, "stereo 48kHz audio"},
+        {{.video = false, .format = "twos", .channels = 4, .rate = 32000}, "4-ch 32kHz audio"},
+        {{.video = false, .format = "twos", .channels = 1, .rate = 22050}, "mono 22050 Hz audio"},
+        {{.video = false, .format = "ulaw"}, "ulaw audio"},
+        {{.video = false, .format = "ima4"}, "IMA4 audio"},
+    };
+    for (const auto& [track, text] : rows)
+        EXPECT_EQ(std::string("QuickTime ") + text, Describe(QTOneTrack(track)));
+}
+
+TEST_F(QTDescription, SaysWhatIsWrongWithAFile)
+{
+    EXPECT_EQ("QuickTime unknown (no streams)", Describe(QTMoov({})));
+    std::string text;
+    EXPECT_FALSE(DescribeQuickTime(nullptr, text));
+    EXPECT_EQ("QuickTime [prg error]", text);
+    EXPECT_FALSE(DescribeQuickTime("/nowhere/at all", text));
+    EXPECT_EQ("QuickTime [open error]", text);
 }
 
 }  // namespace

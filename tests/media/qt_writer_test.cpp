@@ -88,55 +88,52 @@ TEST_F(QTWriter, WritesEveryAtomByteForByte)
     EXPECT_LE(before, static_cast<int64_t>(now));
     EXPECT_GE(before + 60, static_cast<int64_t>(now));
     const Bytes times = Join({Big(now), Big(now)});
-    const Bytes matrix = Join({Big(65536), Bytes(12), Big(65536), Bytes(12), Big(0x40000000)});
-    const auto handler = [](const char* type, const char* subtype, const std::string& name) {
-        return QTAtom("hdlr", {Big(0), Text(type), Text(subtype), Text("appl"), Bytes(8),
-                               Big(name.size(), 1), Text(name)});
+    const Bytes matrix = Longs({65536, 0, 0, 0, 65536, 0, 0, 0, 0x40000000});
+    const auto handler = [](const char* type, const std::string& name) {
+        return QTAtom(
+            "hdlr", {Big(0), Text(type), Text("appl"), Bytes(8), Big(name.size(), 1), Text(name)});
     };
     const Bytes data =
-        Join({handler("dhlr", "alis", "Apple Alias Data Handler"),
-              QTAtom("dinf", {QTAtom("dref", {Big(0), Big(1), Big(12), Text("alis"), Big(1)})})});
-    const auto track = [&](uint32_t id, uint32_t volume, const Bytes& size, const Bytes& mdia) {
-        return QTAtom(
-            "trak",
-            {QTAtom("tkhd", {Big(15), times, Big(id), Big(0), Big(id == 1 ? 48 : 0), Bytes(12),
-                             Big(volume, 2), Bytes(2), matrix, size}),
-             QTAtom("load", {Bytes(12), Big(320)}),
-             QTAtom("edts",
-                    {QTAtom("elst", {Big(0), Big(1), Big(id == 1 ? 48 : 0), Big(0), Big(65536)})}),
-             QTAtom("mdia", {mdia})});
-    };
-    const auto mdhd = [&](uint32_t scale, uint32_t duration) {
-        return QTAtom("mdhd", {Big(0), times, Big(scale), Big(duration), Big(0, 2), Big(100, 2)});
+        Join({handler("dhlralis", "Apple Alias Data Handler"),
+              QTAtom("dinf", {QTAtom("dref", {Longs({0, 1}), QTAtom("alis", {Big(1)})})})});
+    const auto track = [&](uint32_t id, uint32_t time, uint32_t volume, const Bytes& size,
+                           const Bytes& mdia) {
+        return QTAtom("trak",
+                      {QTAtom("tkhd", {Big(15), times, Longs({id, 0, time, 0, 0, 0, volume << 16}),
+                                       matrix, size}),
+                       QTAtom("load", {Longs({0, 0, 0, 320})}),
+                       QTAtom("edts", {QTAtom("elst", {Longs({0, 1, time, 0, 65536})})}),
+                       QTAtom("mdia", {mdia})});
     };
     const Bytes video = QTAtom(
         "stbl",
-        {QTAtom("stsd", {Big(0),       Big(1),      Big(86),          Text("dvc "),  Bytes(6),
-                         Big(1, 2),    Big(0),      Text("appl"),     Big(100),      Big(258),
-                         Big(720, 2),  Big(576, 2), Big(0x480000),    Big(0x480000), Big(0),
-                         Big(1, 2),    Big(8, 1),   Text("DV - PAL"), Bytes(23),     Big(24, 2),
-                         Big(65535, 2)}),
+        {QTAtom("stsd", {Longs({0, 1, 86}), Text("dvc "), Bytes(6), Big(1, 2), Big(0), Text("appl"),
+                         Longs({100, 258, 720 << 16 | 576, 0x480000, 0x480000, 0}), Big(1, 2),
+                         Text("\x08"
+                              "DV - PAL"),
+                         Bytes(23), Longs({24 << 16 | 65535})}),
          QTAtom("stts", {QTTable({2, 24}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
-         QTAtom("stsz", {Big(0), Big(0), Big(2), Big(144000), Big(144000)}),
+         QTAtom("stsz", {Longs({0, 0, 2, 144000, 144000})}),
          QTAtom("stco", {QTTable({16, 144020})})});
     const Bytes sound = QTAtom(
-        "stbl",
-        {QTAtom("stsd", {Big(0), Big(1), Big(36), Text("twos"), Bytes(6), Big(1, 2), Big(0),
-                         Text("appl"), Big(2, 2), Big(16, 2), Bytes(4), Big(48000u << 16)}),
-         QTAtom("stts", {QTTable({2, 1}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
-         QTAtom("stsz", {Big(0), Big(1), Big(2)}), QTAtom("stco", {QTTable({144016, 288020})})});
+        "stbl", {QTAtom("stsd", {Longs({0, 1, 36}), Text("twos"), Bytes(6), Big(1, 2), Big(0),
+                                 Text("appl"), Longs({2 << 16 | 16, 0, 48000u << 16})}),
+                 QTAtom("stts", {QTTable({2, 1}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
+                 QTAtom("stsz", {Longs({0, 1, 2})}), QTAtom("stco", {QTTable({144016, 288020})})});
     const Bytes expected = QTAtom(
         "moov",
-        {QTAtom("mvhd", {Big(0), times, Big(600), Big(48), Big(65536), Big(0x00FF, 2), Bytes(10),
-                         matrix, Bytes(16), Big(48), Big(0), Big(3)}),
-         QTAtom("udta", {QTAtom("\xA9inf", {Big(20, 2), Big(0, 2), Text("Converted by Kelvane")})}),
-         track(1, 0, Join({Big(720 << 16), Big(576 << 16)}),
-               Join({mdhd(600, 48), handler("mhlr", "vide", "Apple Video Media Handler"),
-                     QTAtom("minf", {QTAtom("vmhd", {Big(1), Big(64, 2), Big(32768, 2),
-                                                     Big(32768, 2), Big(32768, 2)}),
-                                     data, video})})),
-         track(2, 0x00FF, Bytes(8),
-               Join({mdhd(48000, 2), handler("mhlr", "soun", "Apple Sound Media Handler"),
+        {QTAtom("mvhd", {Big(0), times, Longs({600, 48, 65536, 0xFF << 16, 0, 0}), matrix,
+                         Bytes(16), Longs({48, 0, 3})}),
+         QTAtom("udta", {QTAtom("\xA9inf", {Longs({20 << 16}), Text("Converted by Kelvane")})}),
+         track(1, 48, 0, Longs({720 << 16, 576 << 16}),
+               Join({QTAtom("mdhd", {Big(0), times, Longs({600, 48, 100})}),
+                     handler("mhlrvide", "Apple Video Media Handler"),
+                     QTAtom("minf",
+                            {QTAtom("vmhd", {Longs({1, 64 << 16 | 32768, 32768u << 16 | 32768})}),
+                             data, video})})),
+         track(2, 0, 0x00FF, Bytes(8),
+               Join({QTAtom("mdhd", {Big(0), times, Longs({48000, 2, 100})}),
+                     handler("mhlrsoun", "Apple Sound Media Handler"),
                      QTAtom("minf", {QTAtom("smhd", {Bytes(8)}), data, sound})}))});
     whole.erase(whole.begin(), whole.begin() + 16 + 2 * 144004);
     EXPECT_EQ(expected, whole);
@@ -260,7 +257,7 @@ TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
         EXPECT_EQ(6, file.ChunkCount(1));
     });
     EXPECT_EQ(QTTable({1, 1068, 1, 2, 1067, 1, 5, 1068, 1}, 3), Table("stsc", 1));
-    EXPECT_EQ(Join({Big(0), Big(1), Big(6405)}), Table("stsz", 1));
+    EXPECT_EQ(Longs({0, 1, 6405}), Table("stsz", 1));
     EXPECT_EQ(QTTable({6405, 1}, 2), Table("stts", 1));
     EXPECT_EQ(32000u, ValueAt(AtomBody(whole, "moov/trak:1/mdia/mdhd"), 12));
     const Bytes stsd = Table("stsd", 1);

@@ -12,6 +12,14 @@ Bytes Big(uint64_t value, size_t bytes)
     return out;
 }
 
+Bytes Longs(std::initializer_list<uint64_t> values)
+{
+    Bytes out;
+    for (uint64_t value : values)
+        out = Join({out, Big(value)});
+    return out;
+}
+
 Bytes Text(std::string_view text)
 {
     return Bytes(text.begin(), text.end());

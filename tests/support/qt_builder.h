@@ -13,6 +13,7 @@ namespace kelvane {
 // Puts movies together byte by byte, knowing nothing of the code under test.
 
 Bytes Big(uint64_t value, size_t bytes = 4);
+Bytes Longs(std::initializer_list<uint64_t> values);  // with 4 bytes each
 Bytes Text(std::string_view text);
 Bytes Join(std::initializer_list<Bytes> parts);
 Bytes QTAtom(std::string_view type, std::initializer_list<Bytes> parts);
