@@ -101,13 +101,8 @@ TEST_F(AVIReader, SurvivesEveryTruncation)
     for (const std::string& whole : {TinyAVI().Build(), film.Build()}) {
         for (size_t length = 0; length < whole.size(); length++) {
             const std::string path = Put(whole.substr(0, length));
-            SCOPED_TRACE(length);
             Described(length >= 12, path.c_str());
-            if (length < 12) {
-                EXPECT_EQ(kNotThisClass, AVIFile(path.c_str(), kRead).InitCheck());
-            } else {
-                EXPECT_EQ(0u, kAll.find(FramesOf(path)));
-            }
+            EXPECT_TRUE(length < 12 || kAll.starts_with(FramesOf(path))) << length;
         }
     }
 }
@@ -131,6 +126,7 @@ TEST_F(AVIReader, TellsWhatIsNoAVIFromWhatIsCorrupt)
     const std::string wave = RiffList("WAVE", {RiffChunk("fmt ", "0123456789abcdef")}, "RIFF");
     const std::pair<std::string, int> cases[] = {
         {"", kNotThisClass},
+        {whole.substr(0, 11), kNotThisClass},
         {wave, kNotThisClass},
         {RiffList("AVI ", {}), kNotThisClass},
         {"RIFF" + Little(0, 4) + whole.substr(8), kCorrupted},

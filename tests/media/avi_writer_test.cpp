@@ -32,7 +32,7 @@ protected:
                   size_t size = 144000, bool pal = true) const
     {
         EXPECT_EQ(frames, WriteFilm(Path(), OutputNamed(type), pal, frames, limits, size));
-        EXPECT_TRUE(NumberedFrames(frames, size) == ReadFilm(Path())) << type;
+        EXPECT_TRUE(NumberedFrames(frames, size) == ReadFilm(Path())) << type << pal;
         RiffFilm film(Path());
         EXPECT_TRUE(film.IsWhole()) << type;
         return film;
@@ -44,13 +44,11 @@ TEST_F(AVIWriterTest, ReadsBackEveryTypeBitForBit)
 {
     for (const AVIOutput& output : kAVIOutputs) {
         for (const bool pal : {true, false}) {
-            SCOPED_TRACE(std::string(output.name) + (pal ? " PAL" : " NTSC"));
-            ASSERT_EQ(5u, WriteFilm(Path(), output, pal, 5));
-            EXPECT_TRUE(NumberedFrames(5, pal ? 144000 : 120000) == ReadFilm(Path()));
+            Film(output.name, 5, {}, pal ? 144000 : 120000, pal);
             std::vector<Bytes> sound;
             for (uint32_t i = 0; output.HasSound() && i < 5; i++)
                 sound.push_back(NumberedSound(i));
-            EXPECT_TRUE(sound == ReadFilm(Path(), 1));
+            EXPECT_TRUE(sound == ReadFilm(Path(), 1)) << output.name;
         }
     }
 }
@@ -58,43 +56,42 @@ TEST_F(AVIWriterTest, ReadsBackEveryTypeBitForBit)
 struct Numbers {
     const char* type;
     bool pal;
-    uint32_t media, first_frame;                          // positions of their heads
-    uint32_t bytes_per_second, granularity, flags;        // "avih"
-    uint32_t scale, rate, largest, quality, sample_size;  // "strh"
-    uint32_t compressed_size;                             // biSizeImage; 0: no bitmap
+    uint32_t media, first_frame;                    // positions of their heads
+    uint32_t bytes_per_second, granularity, flags;  // "avih"
+    uint32_t scale, rate, sample_size;              // "strh"
+    uint32_t compressed_size;                       // biSizeImage; 0: no bitmap
 };
 
 TEST_F(AVIWriterTest, PutsTheHeadersOfEachTypeWhereTheyBelong)
 {
     constexpr uint32_t kP = 144000, kN = 120000;
     const Numbers cases[] = {
-        {"Type1", true, 32768, 32780, 3600200, 1, 0x810, 400000, 10000000, kP + 8, 0, kP, 0},
-        {"Type1OpenDML", false, 32768, 32780, 3596650, 1, 0x800, 333666, 10000000, kN + 8, 0, kN,
-         0},
-        {"Type2", false, 32768, 32780, 3596639, 1, 0x910, 10000, 299700, kN + 8, 0, kN, kN},
-        {"Type2OpenDML", true, 65120, 65132, 3600200, 1, 0x900, 10000, 250000, kP + 8, 0, kP, kP},
-        {"Type1Reference", true, 32768, 32780, 3600200, 1, 0x800, 400000, 10000000, kP + 8, 0, kP,
-         0},
-        {"Canopus1", true, 32768, 32780, 3600200, 0, 0x10, 400000, 10000000, kP + 8, 0, kP, kP},
-        {"Canopus2", false, 32768, 32780, 3596639, 0, 0x10, 10000, 299700, kN + 8, 0, 1036800, kN},
-        {"Matrox", true, 65524, 131072, 3609600, 512, 0x10030, 1, 25, 144384, ~0u, kP, kP},
-        {"Matrox", false, 65524, 131072, 3609600, 512, 0x10030, 1001, 30000, 120832, ~0u, kN, kN},
+        {"Type1", true, 32768, 32780, 3600200, 1, 0x810, 400000, 10000000, kP, 0},
+        {"Type1OpenDML", false, 32768, 32780, 3596650, 1, 0x800, 333666, 10000000, kN, 0},
+        {"Type2", false, 32768, 32780, 3596639, 1, 0x910, 10000, 299700, kN, kN},
+        {"Type2OpenDML", true, 65120, 65132, 3600200, 1, 0x900, 10000, 250000, kP, kP},
+        {"Type1Reference", true, 32768, 32780, 3600200, 1, 0x800, 400000, 10000000, kP, 0},
+        {"Canopus1", true, 32768, 32780, 3600200, 0, 0x10, 400000, 10000000, kP, kP},
+        {"Canopus2", false, 32768, 32780, 3596639, 0, 0x10, 10000, 299700, 1036800, kN},
+        {"Matrox", true, 65524, 131072, 3609600, 512, 0x10030, 1, 25, kP, kP},
+        {"Matrox", false, 65524, 131072, 3609600, 512, 0x10030, 1001, 30000, kN, kN},
     };
     for (const Numbers& c : cases) {
         SCOPED_TRACE(std::string(c.type) + (c.pal ? " PAL" : " NTSC"));
         const AVIOutput& output = OutputNamed(c.type);
         const bool canopus = output.flags & kAVICanopus, matrox = output.flags & kAVIMatrox;
         const uint32_t height = c.pal ? 576 : 480, interval = c.pal ? 40000 : 33366;
-        const RiffFilm film = Film(c.type, 3, {}, c.pal ? kP : kN, c.pal);
+        const uint32_t size = c.pal ? kP : kN, streams = output.HasSound() ? 2 : 1;
+        const uint32_t largest = matrox ? (c.pal ? 144384 : 120832) : size + 8;
+        const RiffFilm film = Film(c.type, 3, {}, size, c.pal);
         EXPECT_EQ(c.media, film.Find("movi").head);
         EXPECT_EQ(c.first_frame, film.Find(matrox ? "00dc" : "00db").head);
-        const uint32_t streams = output.HasSound() ? 2 : 1;
         EXPECT_EQ((Words{interval, c.bytes_per_second, c.granularity, c.flags, 3, 0, streams,
-                         c.largest, 720, height}),
+                         largest, 720, height}),
                   film.Words("avih", 0, 10));
         EXPECT_EQ(canopus ? Words({c.scale, c.rate, 0, 3}) : Words(4), film.Words("avih", 40, 4));
-        EXPECT_EQ((Words{0, 0, 0, c.scale, c.rate, 0, 3, c.largest, c.quality, c.sample_size, 0,
-                         720 | height << 16}),
+        EXPECT_EQ((Words{0, 0, 0, c.scale, c.rate, 0, 3, largest, matrox ? ~0u : 0, c.sample_size,
+                         0, 720 | height << 16}),
                   film.Words("strh", 8, 12));
         EXPECT_EQ((c.compressed_size ? "vids" : "iavs") + std::string(output.handler),
                   film.Text("strh", 0, 8));
@@ -160,13 +157,11 @@ TEST_F(AVIWriterTest, IndexesByTheDialectsRules)
     EXPECT_EQ(65540u, matrox.At("idx1", 8, 4));
     EXPECT_EQ(65536u, matrox.Find("ix00").head);
     EXPECT_EQ(65528u, matrox.Find("ix00").size);
-    EXPECT_EQ(Little(2, 2) + Little(0x100, 2) + Little(2, 4) + "00dc" + Little(131072, 8) +
-                  Little(0, 4) + Little(8, 4) + Little(144000, 4) + Little(8 + 144384, 4) +
-                  Little(144000, 4) + Little(0, 8),
-              matrox.Text("ix00", 0, 48));
-    EXPECT_EQ(Little(4, 4) + Little(1, 4) + "00dc" + Little(0, 12) + Little(65536, 8) +
-                  Little(65536, 4) + Little(2, 4) + Little(0, 16),
-              matrox.Text("indx", 0, 56));
+    EXPECT_EQ((Words{2 | 0x100 << 16, 2, FourCC("00dc"), 131072, 0, 0, 8, 144000, 8 + 144384,
+                     144000, 0, 0}),
+              matrox.Words("ix00", 0, 12));
+    EXPECT_EQ((Words{4, 1, FourCC("00dc"), 0, 0, 0, 65536, 0, 65536, 2, 0, 0, 0, 0}),
+              matrox.Words("indx", 0, 14));
     EXPECT_EQ(368u, matrox.Find("JUNK", 1).size);
 
     const RiffFilm film = Film("Type1OpenDML", 403, {}, 100);
@@ -269,11 +264,8 @@ TEST_F(AVIWriterTest, LeavesAValidFileWithoutFrames)
 TEST_F(AVIWriterTest, WritesPicturesThatAreNotDV)
 {
     const uint8_t tables[] = {2, 24, 0, 0, 9};
-    MediaFormat huffyuv = Encoded(kEncodingHuffYUV, kBGR24, 64, 48);
-    huffyuv.encoded_video.frate = 29.97f;
-    huffyuv.encoded_video.framesize = -1;
-    huffyuv.encoded_video.private_data = tables;
-    huffyuv.encoded_video.private_size = sizeof tables;
+    const MediaFormat huffyuv(EncodedVideoFormat{kBGR24, 64, 48, 29.97f, 0, 0, kEncodingHuffYUV, 0,
+                                                 0, -1, sizeof tables, tables});
     const MediaFormat mono(RawAudioFormat{kSamplePCM, 1, 8, 32000});
     {
         AVIFile file(Path().c_str(), kCreate);
@@ -289,7 +281,6 @@ TEST_F(AVIWriterTest, WritesPicturesThatAreNotDV)
     EXPECT_TRUE(film.IsWhole()) << "odd frames are padded";
     EXPECT_EQ("HFYU", film.Text("strh", 4));
     EXPECT_EQ(299700u, film.At("strh", 24, 4));
-    EXPECT_EQ(46u, film.Find("strf").size);
     EXPECT_EQ(45u, film.At("strf", 0, 4));
     EXPECT_EQ(700u, film.At("strf", 20, 4));
     EXPECT_EQ(77u, film.At("strh", 32, 4, 1));
@@ -363,11 +354,10 @@ TEST_F(AVIWriterTest, LeavesAGoodFileWhenTheDiskIsFull)
 {
     for (const char* name : {"Type1", "Type2OpenDML", "Matrox"}) {
         SCOPED_TRACE(name);
-        uint32_t taken = 0;
-        {
+        const uint32_t taken = [&] {
             const FullDisk full(400000);
-            taken = WriteFilm(Path(), OutputNamed(name), true, 9);
-        }
+            return WriteFilm(Path(), OutputNamed(name), true, 9);
+        }();
         EXPECT_LT(0u, taken);
         EXPECT_GT(9u, taken);
         EXPECT_TRUE(RiffFilm(Path()).IsWhole());

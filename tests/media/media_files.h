@@ -1,21 +1,22 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <numeric>
 #include <string>
 
 #include "base/byte_cursor.h"
 
 namespace kelvane {
 
-// The bytes 0, 1, 2 and so on.
-inline Bytes Counting(size_t bytes)
+// Reads up to `count` records or sample frames: how many came, or the status when it failed.
+template <class File>
+int32_t ReadRecords(File& file, int32_t count, void* into)
 {
-    Bytes data(bytes);
-    std::iota(data.begin(), data.end(), uint8_t{0});
-    return data;
+    const int status = file.Read(into, count);
+    EXPECT_TRUE(status == 0 || count <= 0);
+    return status == 0 ? count : status;
 }
 
 // The next frame or chunk of a stream as text; "(status)" on failure.
@@ -44,20 +45,15 @@ class FullDisk {
 public:
     explicit FullDisk(uint64_t bytes)
     {
-        fOldHandler = signal(SIGXFSZ, SIG_IGN);
+        signal(SIGXFSZ, SIG_IGN);
         getrlimit(RLIMIT_FSIZE, &fOld);
         const rlimit limit{bytes, fOld.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &fOld);
-        signal(SIGXFSZ, fOldHandler);
-    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &fOld); }
 
 private:
     rlimit fOld;
-    sighandler_t fOldHandler;
 };
 
 }  // namespace kelvane

@@ -67,10 +67,8 @@ TEST_F(QTReader, SeeksVideoByFrameAndSoundByChunk)
     EXPECT_EQ("54769810", NextFrame(file, 1));
     EXPECT_EQ(2, file.FramePosition(1));
     EXPECT_EQ(0, file.SeekFrame(0, 3)) << "behind the last";
-    EXPECT_EQ(-1, file.SeekFrame(0, 4));
-    EXPECT_EQ(-1, file.SeekFrame(1, 3));
-    EXPECT_EQ(-1, file.SeekFrame(0, -1));
-    EXPECT_EQ(-1, file.SeekFrame(2, 0));
+    for (const auto& [stream, frame] : {std::pair(0, 4), {1, 3}, {0, -1}, {2, 0}})
+        EXPECT_EQ(-1, file.SeekFrame(stream, frame)) << stream;
 }
 
 TEST_F(QTReader, SurvivesEveryTruncation)

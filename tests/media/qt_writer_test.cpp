@@ -16,11 +16,10 @@ MediaFormat RawVideo(uint32_t cspace, float rate = 25)
     return MediaFormat(RawVideoFormat{cspace, 720, 576, rate, 1, 0});
 }
 
-MediaFormat Encoded(uint32_t encoding, float rate = 25)
+MediaFormat Encoded(uint32_t encoding)
 {
     MediaFormat format = DVFormat(true);
     format.encoded_video.encoding = encoding;
-    format.encoded_video.frate = rate;
     return format;
 }
 
@@ -109,9 +108,7 @@ TEST_F(QTWriter, WritesEveryAtomByteForByte)
         "stbl",
         {QTAtom("stsd", {Longs({0, 1, 86}), Text("dvc "), Bytes(6), Big(1, 2), Big(0), Text("appl"),
                          Longs({100, 258, 720 << 16 | 576, 0x480000, 0x480000, 0}), Big(1, 2),
-                         Text("\x08"
-                              "DV - PAL"),
-                         Bytes(23), Longs({24 << 16 | 65535})}),
+                         Big(8, 1), Text("DV - PAL"), Bytes(23), Longs({24 << 16 | 65535})}),
          QTAtom("stts", {QTTable({2, 24}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
          QTAtom("stsz", {Longs({0, 0, 2, 144000, 144000})}),
          QTAtom("stco", {QTTable({16, 144020})})});

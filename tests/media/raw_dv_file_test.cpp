@@ -2,11 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "media/media_files.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
+
+Bytes Counting(size_t bytes)
+{
+    Bytes data(bytes);
+    std::iota(data.begin(), data.end(), uint8_t{0});
+    return data;
+}
 
 TEST(RawDVFile, ReadsWholeRecordsAndLeavesTheBytesOfAPartialOne)
 {
@@ -15,23 +24,17 @@ TEST(RawDVFile, ReadsWholeRecordsAndLeavesTheBytesOfAPartialOne)
     file.SetRecordSize(10);
     EXPECT_EQ(2, file.CountRecords());
     uint8_t buffer[40] = {};
-    int32_t count = 3;
-    EXPECT_EQ(0, file.Read(buffer, count));
-    EXPECT_EQ(2, count);
+    EXPECT_EQ(2, ReadRecords(file, 3, buffer));
     EXPECT_EQ(19, buffer[19]);
-    count = 1;
-    EXPECT_EQ(-1, file.Read(buffer, count)) << "five bytes are no record";
-    EXPECT_EQ(0, count);
+    EXPECT_EQ(-1, ReadRecords(file, 1, buffer)) << "five bytes are no record";
     EXPECT_EQ(24, buffer[4]);
     EXPECT_EQ(0, file.Seek(2));
     EXPECT_EQ(-1, file.Seek(3));
     EXPECT_EQ(-1, file.Seek(-1));
     EXPECT_EQ(0, file.Seek(1));
-    count = 1;
-    EXPECT_EQ(0, file.Read(buffer, count));
+    EXPECT_EQ(1, ReadRecords(file, 1, buffer));
     EXPECT_EQ(10, buffer[0]);
-    count = -1;
-    EXPECT_EQ(-1, file.Read(buffer, count));
+    EXPECT_EQ(-1, ReadRecords(file, -1, buffer));
 }
 
 TEST(RawDVFile, WritesWithoutMovingAndCountsByTheFilePointer)
@@ -46,8 +49,7 @@ TEST(RawDVFile, WritesWithoutMovingAndCountsByTheFilePointer)
         EXPECT_EQ(2, file.CountRecords());
         EXPECT_EQ(-1, file.Write(Counting(20).data(), 0));
         uint8_t buffer[10];
-        int32_t count = 1;
-        EXPECT_EQ(-1, file.Read(buffer, count)) << "a file being created is not read";
+        EXPECT_EQ(-1, ReadRecords(file, 1, buffer)) << "a file being created is not read";
     }
     EXPECT_EQ(Counting(20), ReadWhole(path));
     RawDVFile update(path.c_str(), kUpdate);
@@ -62,9 +64,8 @@ TEST(RawDVFile, FailsQuietlyOnWhatCannotBeOpened)
 {
     RawDVFile missing("/nowhere/at all", kRead);
     uint8_t byte;
-    int32_t count = 1;
     EXPECT_EQ(0, missing.InitCheck());
-    EXPECT_EQ(-1, missing.Read(&byte, count));
+    EXPECT_EQ(-1, ReadRecords(missing, 1, &byte));
     EXPECT_EQ(-1, RawDVFile("/nowhere/at all", kCreate).InitCheck());
     EXPECT_EQ(0, RawDVFile(nullptr, kRead).InitCheck());
 

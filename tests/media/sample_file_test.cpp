@@ -9,6 +9,7 @@
 
 #include "media/audio_file.h"
 #include "media/extended_float.h"
+#include "media/media_files.h"
 #include "support/riff.h"
 #include "support/temp_folder.h"
 
@@ -53,32 +54,32 @@ std::string AIFF(char frames, char bits, const std::string& rate, const std::str
                                 IFFChunk("SSND", sound));
 }
 
-// Reads `frames` frames, or as many as there are in room for them; empty on failure.
+// The bytes of the next `count` frames, or of as many as there are; empty on failure.
 template <class File>
-std::string ReadFrames(File& file, int32_t frames, size_t frame_size)
+std::string ReadFrames(File& file, int32_t count, size_t frame_size)
 {
-    std::string samples(static_cast<size_t>(frames) * frame_size, '\xEE');
-    if (file.Read(samples.data(), frames) != 0) return {};
-    samples.resize(static_cast<size_t>(frames) * frame_size);
-    return samples;
+    std::string samples(static_cast<size_t>(count) * frame_size, '\xEE');
+    count = std::max(ReadRecords(file, count, samples.data()), 0);
+    return samples.substr(0, static_cast<size_t>(count) * frame_size);
 }
 
 class SampleFiles : public testing::Test {
 protected:
     std::string Put(std::string_view bytes) { return fFolder.Write("file", AsBytes(bytes)); }
-    int WAVStatus(std::string_view bytes) { return WAVFile(Put(bytes).c_str(), kRead).InitCheck(); }
-    int AIFFStatus(std::string_view bytes)
+    template <class File>
+    int Status(std::string_view bytes)
     {
-        return AIFFFile(Put(bytes).c_str(), kRead).InitCheck();
+        return File(Put(bytes).c_str(), kRead).InitCheck();
     }
-    // The bytes of a file as `write` makes it through the switch.
+    // The bytes of a file of this format with what `write` adds to it.
     template <class Write>
-    std::string Written(int32_t type, Write write)
+    std::string Written(int32_t type, const RawAudioFormat& format, Write write)
     {
         const std::string path = fFolder.Path("written");
         {
             AudioFile file(path.c_str(), kCreate, type);
-            EXPECT_EQ(0, file.InitCheck());
+            EXPECT_EQ(-1, file.Write("0123", 1)) << "no format yet";
+            EXPECT_EQ(0, file.SetFormat(format));
             write(file);
         }
         return AsText(ReadWhole(path));
@@ -88,28 +89,22 @@ protected:
 
 TEST_F(SampleFiles, WritesAWAVEFileByteForByte)
 {
-    const std::string written = Written(kWAVFileType, [](AudioFile& file) {
-        EXPECT_EQ(-1, file.Write("0123", 1)) << "no format yet";
-        ASSERT_EQ(0, file.SetFormat(kStereo));
+    const std::string even = Written(kWAVFileType, kStereo, [](AudioFile& file) {
         EXPECT_EQ(-1, file.Write(nullptr, 1));
         EXPECT_EQ(-1, file.Write("0123", 0));
         EXPECT_EQ(0, file.Write("01234567", 2));
         EXPECT_EQ(0, file.Write("89ab", 1));
     });
-    EXPECT_EQ(WAVE({Fmt(1, 2, 48000, 16), RiffChunk("data", "0123456789ab")}), written);
-    const std::string odd = Written(kWAVFileType, [](AudioFile& file) {
-        ASSERT_EQ(0, file.SetFormat({kSamplePCM, 1, 8, 32000}));
-        EXPECT_EQ(0, file.Write("x", 1));
-    });
+    EXPECT_EQ(WAVE({Fmt(1, 2, 48000, 16), RiffChunk("data", "0123456789ab")}), even);
+    const std::string odd = Written(kWAVFileType, {kSamplePCM, 1, 8, 32000},
+                                    [](AudioFile& file) { EXPECT_EQ(0, file.Write("x", 1)); });
     EXPECT_EQ("RIFF" + Little(37, 4) + "WAVE" + Fmt(1, 1, 32000, 8) + "data" + Little(1, 4) + "x",
               odd)
         << "no pad byte follows, and the form's size is odd";
-    const std::string none =
-        Written(kWAVFileType, [](AudioFile& file) { ASSERT_EQ(0, file.SetFormat(kStereo)); });
-    EXPECT_EQ(WAVE({Fmt(1, 2, 48000, 16), RiffChunk("data", "")}), none);
-    const std::string again = Written(kWAVFileType, [](AudioFile& file) {
-        ASSERT_EQ(0, file.SetFormat(kStereo));
-        ASSERT_EQ(0, file.SetFormat({kSamplePCM, 1, 24, 44100}));
+    EXPECT_EQ(WAVE({Fmt(1, 2, 48000, 16), RiffChunk("data", "")}),
+              Written(kWAVFileType, kStereo, [](AudioFile&) {}));
+    const std::string again = Written(kWAVFileType, kStereo, [](AudioFile& file) {
+        EXPECT_EQ(0, file.SetFormat({kSamplePCM, 1, 24, 44100}));
     });
     EXPECT_EQ(Little(1, 4) + Little(1, 2) + Little(24, 2) + Little(44100, 8), again.substr(20, 16))
         << "a second format overwrites the header with the bare record";
@@ -117,14 +112,13 @@ TEST_F(SampleFiles, WritesAWAVEFileByteForByte)
 
 TEST_F(SampleFiles, WritesAnAIFFFileByteForByte)
 {
-    const std::string even = Written(kAIFFFileType, [](AudioFile& file) {
-        ASSERT_EQ(0, file.SetFormat({kSamplePCM, 1, 16, 44100}));
-        EXPECT_EQ(0, file.Write("badc", 2));
-    });
+    const std::string even = Written(kAIFFFileType, {kSamplePCM, 1, 16, 44100},
+                                     [](AudioFile& file) { EXPECT_EQ(0, file.Write("badc", 2)); });
     EXPECT_EQ(AIFF(2, 16, "\x40\x0E\xAC\x44", std::string(8, '\0') + "abcd"), even);
-    const std::string odd = Written(kAIFFFileType, [](AudioFile& file) {
-        ASSERT_EQ(0, file.SetFormat({kSamplePCM, 1, 8, 44100}));
+    const std::string odd = Written(kAIFFFileType, {kSamplePCM, 1, 8, 44100}, [](AudioFile& file) {
         EXPECT_EQ(0, file.Write("bac", 3));
+        EXPECT_EQ(-3, file.SetFormat({kSampleFloat, 2, 32, 48000}));
+        EXPECT_EQ(-3, file.SetFormat({kSampleADPCM, 2, 4, 48000}));
     });
     EXPECT_EQ(57u, odd.size());
     EXPECT_EQ(12, odd[45]) << "the stored length is even";
@@ -148,7 +142,8 @@ TEST_F(SampleFiles, TheAIFCFormReadsBackAndThatOfOthersIsRefused)
     AIFFFile own(path.c_str(), kRead);
     EXPECT_EQ("01234567", ReadFrames(own, 2, 4));
     for (const char* other : {"NONE", "sowt", "wtso", "23lf"})
-        EXPECT_EQ(other == "wtso"s ? 0 : -3, AIFFStatus(bytes.replace(type, 4, other))) << other;
+        EXPECT_EQ(other == "wtso"s ? 0 : -3, Status<AIFFFile>(bytes.replace(type, 4, other)))
+            << other;
 }
 
 TEST_F(SampleFiles, ReadsByPositionAndPastTheSamples)
@@ -165,17 +160,12 @@ TEST_F(SampleFiles, ReadsByPositionAndPastTheSamples)
     EXPECT_EQ("4567", ReadFrames(file, 1, 4));
     EXPECT_EQ("89LISTta", ReadFrames(file, 9, 4))
         << "no check against the chunk, and the partial frame does not count";
-    int32_t count = 1;
     uint8_t frame[4];
-    EXPECT_EQ(0, file.Read(frame, count)) << "two bytes are left";
-    EXPECT_EQ(0, count);
+    EXPECT_EQ(0, ReadRecords(file, 1, frame)) << "two bytes are left";
     file.SetPosition(100);
-    for (const int32_t bad : {1, -1}) {
-        count = bad;
-        EXPECT_EQ(-1, file.Read(frame, count));
-    }
-    count = 1;
-    EXPECT_EQ(-1, file.Read(nullptr, count));
+    EXPECT_EQ(-1, ReadRecords(file, 1, frame));
+    EXPECT_EQ(-1, ReadRecords(file, -1, frame));
+    EXPECT_EQ(-1, ReadRecords(file, 1, nullptr));
 }
 
 TEST_F(SampleFiles, AIFFExchangesBytesInPairsWhateverTheSize)
@@ -196,13 +186,13 @@ TEST_F(SampleFiles, AIFFExchangesBytesInPairsWhateverTheSize)
 TEST_F(SampleFiles, RefusesWhatItDoesNotRead)
 {
     const std::string data = RiffChunk("data", "01234567");
-    EXPECT_EQ(-2, WAVStatus({}));
-    EXPECT_EQ(-2, WAVStatus("RIFF\4\0\0\0AVI "s));
-    EXPECT_EQ(0, WAVStatus(WAVE({Fmt(3, 2, 48000, 32), data})));
+    EXPECT_EQ(-2, Status<WAVFile>({}));
+    EXPECT_EQ(-2, Status<WAVFile>("RIFF\4\0\0\0AVI "s));
+    EXPECT_EQ(0, Status<WAVFile>(WAVE({Fmt(3, 2, 48000, 32), data})));
     for (const uint16_t tag : {0, 2, 6, 7, 0x55, 0xFFFE})
-        EXPECT_EQ(-3, WAVStatus(WAVE({Fmt(tag, 2, 48000, 16), data}))) << tag;
+        EXPECT_EQ(-3, Status<WAVFile>(WAVE({Fmt(tag, 2, 48000, 16), data}))) << tag;
     EXPECT_EQ(-1, WAVFile("/nowhere/at all", kRead).InitCheck());
-    EXPECT_EQ(-2, AIFFStatus(WAVE({data})));
+    EXPECT_EQ(-2, Status<AIFFFile>(WAVE({data})));
     EXPECT_EQ(-1, AIFFFile("/nowhere/at all", kCreate).InitCheck());
 
     WAVFile bare(Put(WAVE({data})).c_str(), kRead);
@@ -217,10 +207,6 @@ TEST_F(SampleFiles, RefusesWhatItDoesNotRead)
     EXPECT_EQ(-10, other.InitCheck());
     EXPECT_EQ(-10, other.Read(&count, count));
     EXPECT_EQ(-10, other.SetFormat(kStereo));
-    Written(kAIFFFileType, [](AudioFile& file) {
-        EXPECT_EQ(-3, file.SetFormat({kSampleFloat, 2, 32, 48000}));
-        EXPECT_EQ(-3, file.SetFormat({kSampleADPCM, 2, 4, 48000}));
-    });
 }
 
 TEST_F(SampleFiles, SizesThatLieDoNoHarm)
