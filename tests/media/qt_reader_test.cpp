@@ -73,6 +73,7 @@ TEST_F(QTReader, SeeksVideoByFrameAndSoundByChunk)
 
 TEST_F(QTReader, SurvivesEveryTruncation)
 {
+    const std::set<std::string> possible = {"AAAA", "1032", "0123", "(-1)", ""};
     for (const QTLayout& layout : QTLayouts()) {
         const std::string path = Put(layout.file);
         for (size_t length = layout.file.size(); length-- > 0;) {
@@ -82,7 +83,6 @@ TEST_F(QTReader, SurvivesEveryTruncation)
             if (file.InitCheck() != 0) continue;
             for (int32_t stream = 0; stream < file.CountStreams(); stream++) {
                 const std::string first = NextFrame(file, stream);
-                const std::set<std::string> possible = {"AAAA", "1032", "0123", "(-1)", ""};
                 EXPECT_TRUE(possible.contains(first)) << first;
             }
         }
@@ -214,14 +214,12 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"v308", 24, kRawVideo, 16419, 0},  {"y411", 24, kUnknownFormat, 0, 0},
     };
     for (const auto& [code, depth, kind, space, encoding] : rows) {
-        SCOPED_TRACE(code + std::to_string(depth));
         const MediaFormat format = OpenTrack({.format = code, .depth = depth}).StreamFormat(0);
-        EXPECT_EQ(kind, format.kind);
+        EXPECT_EQ(kind, format.kind) << code << depth;
         if (!kind) continue;
-        EXPECT_EQ(space, format.Space());
-        EXPECT_EQ(720, format.Width());
-        EXPECT_EQ(576, format.Height());
-        EXPECT_EQ(25.0f, format.FrameRate());
+        EXPECT_EQ(std::tuple(space, 720, 576, 25.0f),
+                  std::tuple(format.Space(), format.Width(), format.Height(), format.FrameRate()))
+            << code << depth;
         EXPECT_EQ(encoding, kind == kEncodedVideo ? format.encoded_video.encoding : 0);
     }
     const MediaFormat ntsc = OpenTrack({.height = 480}).StreamFormat(0);
@@ -238,12 +236,12 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"in24", kEncodedAudio, kSampleUnknown, 0},
     };
     for (const auto& [code, kind, output, encoding] : sounds) {
-        SCOPED_TRACE(code);
         const MediaFormat format = OpenTrack({.video = false, .format = code}).StreamFormat(0);
-        EXPECT_EQ(kind, format.kind);
-        EXPECT_EQ(output, format.raw_audio.format) << "the output comes first in both views";
-        EXPECT_EQ(48000, format.raw_audio.srate);
-        EXPECT_EQ(2, format.raw_audio.ch);
+        // The output comes first in both views.
+        const RawAudioFormat& raw = format.raw_audio;
+        EXPECT_EQ(std::tuple(kind, output, 48000, 2),
+                  std::tuple(format.kind, raw.format, raw.srate, raw.ch))
+            << code;
         EXPECT_EQ(encoding, kind == kEncodedAudio ? format.encoded_audio.encoding : 0);
     }
 }

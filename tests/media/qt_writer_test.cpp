@@ -218,23 +218,21 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
 
 TEST_F(QTWriter, CountsTimeSoThatFramesAreWhole)
 {
-    const struct {
-        float rate;
-        uint32_t scale, duration;
-    } rows[] = {{25, 600, 24}, {29.97f, 30000, 1001},  {30, 600, 20},
-                {50, 600, 12}, {23.976f, 24000, 1001}, {59.94f, 60000, 1001},
-                {7, 700, 100}, {12.5f, 12513, 1001},   {601, 60100, 100}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.rate);
-        const Bytes whole = Write([&](QTFile& file) {
-            ASSERT_EQ(0, file.AddVideoTrack(RawVideo(5, row.rate)));
+    const std::tuple<float, uint32_t, uint32_t> rows[] = {
+        {25, 600, 24}, {29.97f, 30000, 1001},  {30, 600, 20},
+        {50, 600, 12}, {23.976f, 24000, 1001}, {59.94f, 60000, 1001},
+        {7, 700, 100}, {12.5f, 12513, 1001},   {601, 60100, 100}};
+    for (const auto& [rate, scale, duration] : rows) {
+        SCOPED_TRACE(rate);
+        const Bytes whole = Write([rate = rate](QTFile& file) {
+            ASSERT_EQ(0, file.AddVideoTrack(RawVideo(5, rate)));
             for (int i = 0; i < 3; i++)
                 ASSERT_EQ(0, file.WriteFrame(0, "v", 1));
         });
-        EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/mvhd"), 12));
-        EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/trak/mdia/mdhd"), 12));
-        EXPECT_EQ(3 * row.duration, ValueAt(AtomBody(whole, "moov/mvhd"), 16));
-        EXPECT_EQ(row.duration, ValueAt(Table("stts"), 12));
+        EXPECT_EQ(scale, ValueAt(AtomBody(whole, "moov/mvhd"), 12));
+        EXPECT_EQ(scale, ValueAt(AtomBody(whole, "moov/trak/mdia/mdhd"), 12));
+        EXPECT_EQ(3 * duration, ValueAt(AtomBody(whole, "moov/mvhd"), 16));
+        EXPECT_EQ(duration, ValueAt(Table("stts"), 12));
     }
 }
 
@@ -302,26 +300,23 @@ TEST_F(QTWriter, GoesBeyondFourGigabytes)
 
 TEST_F(QTWriter, GivesUpMediaForTheHeaderOnAFullDisk)
 {
-    const struct {
-        uint32_t frame, count;
-        uint64_t given_up;
-        int64_t left;
-    } rows[] = {{144000, 20, 0x100000, 12}, {20, 200000, 0x200000, 95142}};
     // A megabyte; more only for a header that is larger than that.
-    for (const auto& row : rows) {
-        const uint64_t media = uint64_t{row.frame} * row.count;
-        const Bytes whole = Write([&](QTFile& file) {
+    const std::tuple<uint32_t, uint32_t, uint64_t, int64_t> rows[] = {
+        {144000, 20, 0x100000, 12}, {20, 200000, 0x200000, 95142}};
+    for (const auto& [size, count, given_up, left] : rows) {
+        const uint64_t media = uint64_t{size} * count;
+        const Bytes whole = Write([&, size = size, count = count](QTFile& file) {
             ASSERT_EQ(0, file.AddDVTrack(true));
-            for (uint32_t i = 0; i < row.count; i++)
-                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), row.frame));
+            for (uint32_t i = 0; i < count; i++)
+                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), size));
             const FullDisk full(16 + media + 100);
             EXPECT_EQ(0, file.Close());
         });
         EXPECT_EQ("mdat moov", AtomNames(whole)) << "nothing is left behind the header";
-        EXPECT_EQ(media - row.given_up, AtomBody(whole, "mdat").size());
+        EXPECT_EQ(media - given_up, AtomBody(whole, "mdat").size());
         const QTFile file(Path().c_str(), kRead);
-        EXPECT_EQ(row.left, file.SampleCount(0)) << "no frame lies in the header";
-        EXPECT_EQ(row.left, file.ChunkCount(0));
+        EXPECT_EQ(left, file.SampleCount(0)) << "no frame lies in the header";
+        EXPECT_EQ(left, file.ChunkCount(0));
     }
 }
 

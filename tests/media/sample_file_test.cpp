@@ -213,11 +213,7 @@ TEST_F(SampleFiles, SizesThatLieDoNoHarm)
 {
     const std::string fmt = Fmt(1, 2, 48000, 16), none = RiffChunk("data", "");
     const std::string whole = WAVE({fmt, Claiming(0xFFFFFFFF, RiffChunk("data", "01234567"))});
-    const struct {
-        const char* what;
-        std::string file;
-        int64_t frames;
-    } rows[] = {
+    const std::tuple<const char*, std::string, int64_t> rows[] = {
         {"data longer than the file", whole, 2},
         {"fmt longer than the file", WAVE({Claiming(0x7FFFFFFF, RiffChunk("fmt ", "\1\0\2\0"s))}),
          0},
@@ -228,8 +224,8 @@ TEST_F(SampleFiles, SizesThatLieDoNoHarm)
         {"a form longer than the file",
          Claiming(0xFFFFFFFE, WAVE({fmt, RiffChunk("data", "0123")})), 1},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.frames, WAVFile(Put(row.file).c_str(), kRead).CountFrames()) << row.what;
+    for (const auto& [what, file, frames] : rows)
+        EXPECT_EQ(frames, WAVFile(Put(file).c_str(), kRead).CountFrames()) << what;
     for (size_t length = 0; length < whole.size(); length++) {
         WAVFile cut(Put(whole.substr(0, length)).c_str(), kRead);
         EXPECT_LE(cut.CountFrames(), 2);
@@ -239,16 +235,16 @@ TEST_F(SampleFiles, SizesThatLieDoNoHarm)
 
 TEST_F(SampleFiles, DescribesInOneLine)
 {
-    const auto described = [this](bool good, const std::string& wave) {
-        std::string text;
-        EXPECT_EQ(good, DescribeWAV(Put(wave).c_str(), text));
-        return text;
+    const std::pair<std::string, const char*> rows[] = {
+        {WAVE({Fmt(1, 2, 48000, 16)}), "WAV stereo 16-bit PCM @ 48000 Hz"},
+        {WAVE({Fmt(3, 5, 44100, 32)}), "WAV >4-channel 32-bit float @ 44100 Hz"},
+        {WAVE({Fmt(7, 1, 8000, 8)}), "WAV [open error]"},
     };
-    EXPECT_EQ("WAV stereo 16-bit PCM @ 48000 Hz", described(true, WAVE({Fmt(1, 2, 48000, 16)})));
-    EXPECT_EQ("WAV >4-channel 32-bit float @ 44100 Hz",
-              described(true, WAVE({Fmt(3, 5, 44100, 32)})));
-    EXPECT_EQ("WAV [open error]", described(false, WAVE({Fmt(7, 1, 8000, 8)})));
     std::string text;
+    for (const auto& [wave, expected] : rows) {
+        EXPECT_EQ(expected[4] != '[', DescribeWAV(Put(wave).c_str(), text));
+        EXPECT_EQ(expected, text);
+    }
     EXPECT_FALSE(DescribeWAV(nullptr, text));
     EXPECT_EQ("WAV [prg error]", text);
     const std::string aiff = Put(AIFF(0, 16, "\x40\x0E\xAC\x44", std::string(8, '\0')));
