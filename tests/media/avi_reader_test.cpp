@@ -39,15 +39,11 @@ protected:
         return all;
     }
     std::string Frames(const TinyAVI& film) const { return FramesOf(Put(film.Build())); }
-    std::string Described(bool good, const char* path) const
+    static std::string Described(const std::string& path, bool good = true)
     {
         std::string text;
-        EXPECT_EQ(good, DescribeAVI(path, text));
+        EXPECT_EQ(good, DescribeAVI(path.c_str(), text)) << path;
         return text;
-    }
-    std::string Described(std::string_view bytes) const
-    {
-        return Described(true, Put(bytes).c_str());
     }
 
     const TempFolder fFolder;
@@ -101,7 +97,7 @@ TEST_F(AVIReader, SurvivesEveryTruncation)
     for (const std::string& whole : {TinyAVI().Build(), film.Build()}) {
         for (size_t length = 0; length < whole.size(); length++) {
             const std::string path = Put(whole.substr(0, length));
-            Described(length >= 12, path.c_str());
+            Described(path, length >= 12);
             EXPECT_TRUE(length < 12 || kAll.starts_with(FramesOf(path))) << length;
         }
     }
@@ -290,11 +286,13 @@ TEST_F(AVIReader, DescribesFormatsInOneLine)
           .format = Little(1 | 3 << 16, 4) + Little(12345, 4)},
          "AVI A-law 3-ch 12345 Hz"},
     };
-    for (const auto& [film, text] : rows)
-        EXPECT_EQ(text, Described(film.Build()));
-    EXPECT_EQ("AVI [prg error]", Described(false, nullptr));
-    EXPECT_EQ("AVI [open error]", Described(false, fFolder.Path("none").c_str()));
-    EXPECT_EQ("AVI unknown (no streams)", Described(RiffList("AVI ", {}, "RIFF")));
+    for (const auto& [film, expected] : rows)
+        EXPECT_EQ(expected, Described(Put(film.Build())));
+    EXPECT_EQ("AVI [open error]", Described(fFolder.Path("none"), false));
+    std::string text;
+    EXPECT_FALSE(DescribeAVI(nullptr, text));
+    EXPECT_EQ("AVI [prg error]", text);
+    EXPECT_EQ("AVI unknown (no streams)", Described(Put(RiffList("AVI ", {}, "RIFF"))));
 }
 
 TEST_F(AVIReader, CapturesTheFirstFrameForADescription)
@@ -303,10 +301,10 @@ TEST_F(AVIReader, CapturesTheFirstFrameForADescription)
     frame[3] = '\x80';  // 625 lines
     const TinyAVI film{.frames = {frame}, .has_index = false};
     std::string whole = film.Build();
-    EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL 4:2:0 (16:9 format)", Described(whole))
+    EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL 4:2:0 (16:9 format)", Described(Put(whole)))
         << "no pack tells the format";
     whole.insert(film.FrameHead(0) - 12, RiffList("INFO", {}));
-    EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL", Described(whole))
+    EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL", Described(Put(whole)))
         << "only when movi is the next list";
 }
 

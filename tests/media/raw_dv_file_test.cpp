@@ -2,59 +2,54 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
-
 #include "media/media_files.h"
+#include "support/riff.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
 
-Bytes Counting(size_t bytes)
-{
-    Bytes data(bytes);
-    std::iota(data.begin(), data.end(), uint8_t{0});
-    return data;
-}
+// Ten bytes a record.
+const std::string kRecords = "record 0, record 1, recor";
 
 TEST(RawDVFile, ReadsWholeRecordsAndLeavesTheBytesOfAPartialOne)
 {
     const TempFolder folder;
-    RawDVFile file(folder.Write("25 bytes", Counting(25)).c_str(), kRead);
+    RawDVFile file(folder.Write("two and a half", AsBytes(kRecords)).c_str(), kRead);
     file.SetRecordSize(10);
     EXPECT_EQ(2, file.CountRecords());
-    uint8_t buffer[40] = {};
+    char buffer[40] = {};
     EXPECT_EQ(2, ReadRecords(file, 3, buffer));
-    EXPECT_EQ(19, buffer[19]);
+    EXPECT_EQ("record 0, record 1, ", std::string(buffer, 20));
     EXPECT_EQ(-1, ReadRecords(file, 1, buffer)) << "five bytes are no record";
-    EXPECT_EQ(24, buffer[4]);
+    EXPECT_EQ("recor", std::string(buffer, 5));
     EXPECT_EQ(0, file.Seek(2));
     EXPECT_EQ(-1, file.Seek(3));
     EXPECT_EQ(-1, file.Seek(-1));
     EXPECT_EQ(0, file.Seek(1));
     EXPECT_EQ(1, ReadRecords(file, 1, buffer));
-    EXPECT_EQ(10, buffer[0]);
+    EXPECT_EQ("record 1, ", std::string(buffer, 10));
     EXPECT_EQ(-1, ReadRecords(file, -1, buffer));
 }
 
 TEST(RawDVFile, WritesWithoutMovingAndCountsByTheFilePointer)
 {
     const TempFolder folder;
-    const std::string path = folder.Write("old", Counting(100));
+    const std::string path = folder.Write("old", Bytes(100));
     {
         RawDVFile file(path.c_str(), kCreate);
         ASSERT_EQ(0, file.InitCheck());
         file.SetRecordSize(10);
-        EXPECT_EQ(0, file.Write(Counting(20).data(), 2));
+        EXPECT_EQ(0, file.Write(kRecords.data(), 2));
         EXPECT_EQ(2, file.CountRecords());
-        EXPECT_EQ(-1, file.Write(Counting(20).data(), 0));
+        EXPECT_EQ(-1, file.Write(kRecords.data(), 0));
         uint8_t buffer[10];
         EXPECT_EQ(-1, ReadRecords(file, 1, buffer)) << "a file being created is not read";
     }
-    EXPECT_EQ(Counting(20), ReadWhole(path));
+    EXPECT_EQ(kRecords.substr(0, 20), AsText(ReadWhole(path)));
     RawDVFile update(path.c_str(), kUpdate);
     EXPECT_EQ(0, update.InitCheck());
-    EXPECT_EQ(-1, update.Write(Counting(1).data(), 1)) << "opened for update is read-only";
+    EXPECT_EQ(-1, update.Write(kRecords.data(), 1)) << "opened for update is read-only";
     EXPECT_EQ(0, update.DeleteFile());
     EXPECT_EQ(-1, update.InitCheck());
     EXPECT_TRUE(ReadWhole(path).empty());
