@@ -93,5 +93,18 @@ TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
     EXPECT_EQ(6u, leaf->length) << "a list in IFF files only";
 }
 
+TEST(ChunkTree, KeepsTheLengthOfAnOpaqueList)
+{
+    ChunkTree tree(ByteOrder::kLittle);
+    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
+    Chunk* media = AddList(tree, "movi", riff);
+    media->opaque = true;
+    media->length = 1000;
+    const Chunk* noted = tree.NoteChunk({.id = FourCC("ix00"), .length = 8, .parent = media}, 500);
+    EXPECT_EQ(20u + 1000 + 8, tree.NewChunk({.id = FourCC("idx1"), .parent = riff})->offset);
+    EXPECT_EQ(500u, noted->offset) << "not laid out";
+    EXPECT_FALSE(noted->dirty_header);
+}
+
 }  // namespace
 }  // namespace kelvane
