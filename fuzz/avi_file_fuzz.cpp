@@ -18,21 +18,6 @@ using namespace kelvane;
 
 namespace {
 
-std::string StandardIndex(uint64_t base)
-{
-    std::string index =
-        Little(2, 2) + Little(0x100, 2) + Little(3, 4) + "00db" + Little(base, 8) + Little(0, 4);
-    for (uint64_t i = 0; i < 3; i++)
-        index += Little(8 + 16 * i, 4) + Little(i == 1 ? 0x80000000 : 8, 4);
-    return index;
-}
-
-std::string SuperIndex(uint64_t at)
-{
-    return RiffChunk("indx", Little(4, 4) + Little(1, 4) + "00db" + Little(0, 12) + Little(at, 8) +
-                                 Little(56, 4) + Little(3, 4));
-}
-
 void WriteSeeds(const std::filesystem::path& folder)
 {
     std::vector<TinyAVI> films(5);
@@ -40,10 +25,7 @@ void WriteSeeds(const std::filesystem::path& folder)
     films[1].type = "iavs";
     films[2].handler = "HFYU";
     films[2].index = TinyAVI::IndexEntry("00db", 4, 8) + TinyAVI::IndexEntry("00db", 0, 0);
-    films[3].super_index = SuperIndex(0);
-    films[3].has_index = false;
-    films[3].super_index = SuperIndex(films[3].FrameHead(3));
-    films[3].media_end = RiffChunk("ix00", StandardIndex(films[3].FrameHead(0)));
+    films[3] = TinyAVI::OpenDML({8, 0x80000000, 8});
     films[4].frames = {"REF " + Little(0, 8) + Little(9, 4) + "/etc/hos" + Little(0, 2)};
     for (size_t i = 0; i < films.size(); i++) {
         std::string bytes = films[i].Build();

@@ -4,25 +4,26 @@
 
 #include "base/four_cc.h"
 #include "media/file_access.h"
+#include "support/riff.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
 
-std::unique_ptr<Bytes> Body(std::string_view text)
+// Adds a list of this name.
+Chunk* AddList(ChunkTree& tree, const char (&name)[5], Chunk* parent, Chunk* anchor = nullptr)
 {
-    return std::make_unique<Bytes>(text.begin(), text.end());
+    return tree.NewChunk(
+        {.id = FourCC("LIST"), .name = FourCC(name), .parent = parent, .anchor = anchor});
 }
 
 // The ids in list order, each led by a dash for every level.
 std::string Shape(const ChunkTree& tree)
 {
     std::string shape;
-    for (size_t i = 0; i < tree.CountChunks(); i++) {
-        const Chunk* chunk = tree.ChunkAt(i);
-        shape += std::string(static_cast<size_t>(chunk->depth), '-') +
-                 FourCCText(chunk->id, tree.Order() == ByteOrder::kLittle) + " ";
-    }
+    for (size_t i = 0; const Chunk* chunk = tree.ChunkAt(i); i++)
+        shape +=
+            std::string(static_cast<size_t>(chunk->depth), '-') + FourCCText(chunk->id, true) + " ";
     return shape;
 }
 
@@ -31,8 +32,7 @@ std::string Written(ChunkTree& tree)
     const TempFolder folder;
     const FileHolder file(FileOpen(folder.Path("file").c_str(), kOpenCreate));
     EXPECT_EQ(0, tree.Flush(file.Handle()));
-    const Bytes bytes = ReadWhole(folder.Path("file"));
-    return {bytes.begin(), bytes.end()};
+    return AsText(ReadWhole(folder.Path("file")));
 }
 
 TEST(ChunkTree, PlacesByParentAndAnchor)
@@ -40,47 +40,38 @@ TEST(ChunkTree, PlacesByParentAndAnchor)
     ChunkTree tree(ByteOrder::kLittle);
     EXPECT_EQ("FILE ", Shape(tree));
     Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
-    Chunk* header = tree.NewChunk({.id = FourCC("LIST"), .name = FourCC("hdrl"), .parent = riff});
+    Chunk* header = AddList(tree, "hdrl", riff);
     tree.NewChunk({.id = FourCC("avih"), .parent = header});
-    Chunk* extended =
-        tree.NewChunk({.id = FourCC("LIST"), .name = FourCC("odml"), .parent = header});
+    Chunk* extended = AddList(tree, "odml", header);
     tree.NewChunk({.id = FourCC("dmlh"), .parent = extended});
     tree.NewChunk({.id = FourCC("JUNK"), .parent = riff});
-    Chunk* media = tree.NewChunk({.id = FourCC("LIST"), .name = FourCC("movi"), .parent = riff});
+    Chunk* media = AddList(tree, "movi", riff);
     EXPECT_EQ("FILE -RIFF --LIST ---avih ---LIST ----dmlh --JUNK --LIST ", Shape(tree));
 
-    Chunk* stream = tree.NewChunk(
-        {.id = FourCC("LIST"), .name = FourCC("strl"), .parent = header, .anchor = extended});
+    Chunk* stream = AddList(tree, "strl", header, extended);
     tree.NewChunk({.id = FourCC("strh"), .parent = stream});
     tree.NewChunk({.id = FourCC("strf"), .parent = stream});
     tree.NewChunk({.id = FourCC("last"), .parent = header});
     Chunk* frame = tree.NewChunk({.id = FourCC("00db"), .parent = media});
     tree.NewChunk({.id = FourCC("idx1"), .parent = riff});
-    tree.NewChunk({.id = FourCC("01wb"), .anchor = frame});
+    EXPECT_EQ(media, tree.NewChunk({.id = FourCC("01wb"), .anchor = frame})->parent);
     EXPECT_EQ(
         "FILE -RIFF --LIST ---avih ---LIST ----strh ----strf ---LIST ----dmlh ---last --JUNK "
         "--LIST ---00db ---01wb --idx1 ",
         Shape(tree));
-    EXPECT_EQ(nullptr, tree.ChunkAt(tree.CountChunks()));
-    EXPECT_EQ(media, frame->parent);
-    EXPECT_EQ(tree.Root(), riff->parent);
 }
 
 TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
 {
     ChunkTree tree(ByteOrder::kLittle);
     Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
-    EXPECT_EQ(4u, riff->length) << "a list without children";
-    Chunk* format =
-        tree.NewChunk({.id = FourCC("fmt "), .length = 4, .parent = riff, .data = Body("wxyz")});
-    Chunk* empty = tree.NewChunk({.id = FourCC("LIST"), .name = FourCC("INFO"), .parent = riff});
+    tree.NewChunk({.id = FourCC("fmt "),
+                   .length = 4,
+                   .parent = riff,
+                   .data = std::make_unique<Bytes>(4, 'x')});
+    AddList(tree, "INFO", riff);
     Chunk* data = tree.NewChunk({.id = FourCC("data"), .length = 2, .parent = riff});
-    EXPECT_EQ(8u, riff->offset);
-    EXPECT_EQ(20u, format->offset);
-    EXPECT_EQ(32u, empty->offset);
-    EXPECT_EQ(44u, data->offset);
-    EXPECT_EQ(0u, tree.Root()->offset);
-    EXPECT_EQ(std::string("RIFF\x26\0\0\0WAVEfmt \4\0\0\0wxyzLIST\4\0\0\0INFOdata\2\0\0\0", 44),
+    EXPECT_EQ(std::string("RIFF\x26\0\0\0WAVEfmt \4\0\0\0xxxxLIST\4\0\0\0INFOdata\2\0\0\0", 44),
               Written(tree));
     EXPECT_EQ("", Written(tree)) << "all is clean now";
 
@@ -91,46 +82,28 @@ TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
     EXPECT_EQ(std::string("RIFF\x26\1\0\0WAVE", 12), again.substr(0, 12));
     EXPECT_EQ(std::string("\0\0\0\0", 4), again.substr(20, 4)) << "a clean body is not written";
     EXPECT_EQ(std::string("data\2\1\0\0", 8), again.substr(36));
-}
 
-TEST(ChunkTree, WritesABigEndianFileWithForms)
-{
-    ChunkTree tree(ByteOrder::kBig);
-    Chunk* form = tree.NewChunk({.id = "FORM"_4cc, .name = "AIFF"_4cc});
-    tree.NewChunk({.id = "COMM"_4cc, .length = 2, .parent = form, .data = Body("ab")});
-    EXPECT_EQ(std::string("FORM\0\0\0\x0E"
-                          "AIFFCOMM\0\0\0\2ab",
-                          22),
-              Written(tree));
-    EXPECT_EQ("FILE -FORM --COMM ", Shape(tree));
+    const FileHolder full(FileOpen("/dev/full", kOpenCreate));
+    data->dirty_header = true;
+    EXPECT_EQ(-1, tree.Flush(full.Handle()));
 
-    ChunkTree riff(ByteOrder::kLittle);
-    Chunk* leaf = riff.NewChunk({.id = FourCC("FORM"), .length = 6});
-    riff.NewChunk({.id = FourCC("next")});
-    EXPECT_EQ(6u, leaf->length) << "no list in a RIFF file";
-    EXPECT_EQ(22u, riff.ChunkAt(2)->offset);
+    ChunkTree plain(ByteOrder::kLittle);
+    Chunk* leaf = plain.NewChunk({.id = FourCC("FORM"), .length = 6});
+    EXPECT_EQ(22u, plain.NewChunk({.id = FourCC("next")})->offset);
+    EXPECT_EQ(6u, leaf->length) << "a list in IFF files only";
 }
 
 TEST(ChunkTree, KeepsTheLengthOfAnOpaqueList)
 {
     ChunkTree tree(ByteOrder::kLittle);
     Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
-    Chunk* media = tree.NewChunk({.id = FourCC("LIST"), .name = FourCC("movi"), .parent = riff});
+    Chunk* media = AddList(tree, "movi", riff);
     media->opaque = true;
     media->length = 1000;
-    tree.NoteChunk({.id = FourCC("ix00"), .length = 8, .parent = media}, 500);
-    Chunk* index = tree.NewChunk({.id = FourCC("idx1"), .parent = riff});
-    EXPECT_EQ(20u + 1000 + 8, index->offset);
-    EXPECT_EQ(500u, tree.ChunkAt(3)->offset) << "not laid out";
-    EXPECT_FALSE(tree.ChunkAt(3)->dirty_header);
-}
-
-TEST(ChunkTree, SaysWhenTheDiskIsFull)
-{
-    ChunkTree tree(ByteOrder::kLittle);
-    tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
-    const FileHolder full(FileOpen("/dev/full", kOpenCreate));
-    EXPECT_EQ(-1, tree.Flush(full.Handle()));
+    const Chunk* noted = tree.NoteChunk({.id = FourCC("ix00"), .length = 8, .parent = media}, 500);
+    EXPECT_EQ(20u + 1000 + 8, tree.NewChunk({.id = FourCC("idx1"), .parent = riff})->offset);
+    EXPECT_EQ(500u, noted->offset) << "not laid out";
+    EXPECT_FALSE(noted->dirty_header);
 }
 
 }  // namespace

@@ -9,37 +9,36 @@
 namespace kelvane {
 namespace {
 
-TEST(FileAccess, KeepsAFileThatSomebodyReads)
+class FileAccess : public testing::Test {
+protected:
+    const TempFolder fFolder;
+    const std::string fPath = fFolder.Path("file");
+};
+
+TEST_F(FileAccess, KeepsAFileThatSomebodyReads)
 {
-    const TempFolder folder;
-    const std::string path = folder.Write("clip", std::vector<uint8_t>(7, 1));
-    const FileHolder reader(FileOpen(path.c_str(), kOpenRead));
-    const FileHolder second(FileOpen(path.c_str(), kOpenRead));
+    fFolder.Write("file", std::vector<uint8_t>(7, 1));
+    const FileHolder reader(FileOpen(fPath.c_str(), kOpenRead));
+    const FileHolder second(FileOpen(fPath.c_str(), kOpenRead));
     ASSERT_TRUE(reader.IsOpen() && second.IsOpen());
-    EXPECT_EQ(kNoFile, FileOpen(path.c_str(), kOpenCreate));
-    EXPECT_EQ(7u, ReadWhole(path).size()) << "the refused create must not truncate";
+    EXPECT_EQ(kNoFile, FileOpen(fPath.c_str(), kOpenCreate));
+    EXPECT_EQ(7u, ReadWhole(fPath).size()) << "the refused create must not truncate";
 }
 
-TEST(FileAccess, ReadsOnlyRegularFiles)
+TEST_F(FileAccess, ReadsOnlyRegularFiles)
 {
-    const TempFolder folder;
-    const std::string fifo = folder.Path("fifo");
-    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
-    EXPECT_EQ(kNoFile, FileOpen(fifo.c_str(), kOpenRead));
-    EXPECT_EQ(kNoFile, FileOpen(folder.Root().c_str(), kOpenRead));
-    EXPECT_EQ(kNoFile, FileOpen("/dev/zero", kOpenRead));
-    EXPECT_EQ(kNoFile, FileOpen(folder.Path("missing").c_str(), kOpenRead));
+    ASSERT_EQ(0, mkfifo(fPath.c_str(), 0600));
+    for (const std::string& path :
+         {fPath, fFolder.Root().string(), fFolder.Path("missing"), std::string("/dev/zero")})
+        EXPECT_EQ(kNoFile, FileOpen(path.c_str(), kOpenRead)) << path;
     uint8_t byte;
-    EXPECT_EQ(-1, FileReadHead(fifo.c_str(), &byte, 1));
+    EXPECT_EQ(-1, FileReadHead(fPath.c_str(), &byte, 1));
 }
 
-TEST(FileAccess, SeeksBeyondFourGigabytes)
+TEST_F(FileAccess, SeeksBeyondFourGigabytes)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("sparse");
-    const FileHolder file(FileOpen(path.c_str(), kOpenCreate));
-    ASSERT_TRUE(file.IsOpen());
-    ASSERT_EQ(0, truncate(path.c_str(), 0x100000010));
+    const FileHolder file(FileOpen(fPath.c_str(), kOpenCreate));
+    ASSERT_EQ(0, truncate(fPath.c_str(), 0x100000010));
     EXPECT_EQ(0xFFFFFFFF, FileSeek(file.Handle(), 0xFFFFFFFF, kFromStart));
     uint8_t buffer[32];
     EXPECT_EQ(17, FileRead(file.Handle(), buffer, 32));
@@ -47,11 +46,9 @@ TEST(FileAccess, SeeksBeyondFourGigabytes)
     EXPECT_EQ(-1, FileSeek(file.Handle(), -1, kFromStart));
 }
 
-TEST(FileAccess, WritesPartsAtAnOffsetInOneGo)
+TEST_F(FileAccess, WritesPartsAtAnOffsetInOneGo)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("parts");
-    const FileHolder file(FileOpen(path.c_str(), kOpenCreate));
+    const FileHolder file(FileOpen(fPath.c_str(), kOpenCreate));
     const FilePart parts[] = {{"", 0}, {"head", 4}, {"", 0}, {"body", 4}, {"", 0}};
     EXPECT_EQ(8, FileWriteAt(file.Handle(), 2, parts));
     EXPECT_EQ(0, FileWriteAt(file.Handle(), 2, {}));
@@ -65,15 +62,6 @@ TEST(FileAccess, WritesPartsAtAnOffsetInOneGo)
     EXPECT_EQ(-1, FileWrite(kNoFile, buffer, 8));
     const FileHolder full(FileOpen("/dev/full", kOpenCreate));
     EXPECT_EQ(-1, FileWriteAt(full.Handle(), 0, parts));
-}
-
-TEST(FileAccess, SwapsWordsInPlace)
-{
-    uint8_t words[] = {1, 2, 3, 4, 5};
-    SwapWords(words, words, 2);
-    EXPECT_EQ((std::vector<uint8_t>{2, 1, 4, 3, 5}), std::vector<uint8_t>(words, words + 5));
-    EXPECT_EQ(0x04030201u, Swap32(0x01020304));
-    EXPECT_EQ(0x0201, Swap16(0x0102));
 }
 
 }  // namespace

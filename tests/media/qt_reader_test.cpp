@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
+#include <set>
 
 #include "base/four_cc.h"
+#include "media/media_files.h"
+#include "media/qt_description.h"
 #include "media/qt_file.h"
 #include "media/qt_movie.h"
 #include "support/qt_builder.h"
@@ -15,21 +17,19 @@ namespace {
 class QTReader : public ::testing::Test {
 protected:
     std::string Put(const Bytes& bytes) { return fFolder.Write("movie.mov", bytes); }
-    // The next frame or chunk as text; "(status)" on failure.
-    static std::string Next(QTFile& file, int32_t stream)
+    QTFile Open(const Bytes& bytes) { return QTFile(Put(bytes).c_str(), kRead); }
+    QTFile OpenTrack(const QTTestTrack& track) { return Open(QTOneTrack(track)); }
+    std::string Frames(const QTTestTrack& track)
     {
-        Bytes buffer(64);
-        uint32_t size;
-        const int status = file.ReadFrame(stream, buffer, size);
-        if (status != 0) return "(" + std::to_string(status) + ")";
-        return std::string(buffer.begin(), buffer.begin() + size);
+        QTFile file = OpenTrack(track);
+        return NextFrames(file);
     }
-    // A movie of one track whose media are the tiny ones at byte 8.
-    Bytes OneTrack(QTTestTrack track)
+
+    std::string Describe(const Bytes& movie)
     {
-        if (track.stco.empty()) track.stco = QTTable({8, 16});
-        return Join(
-            {QTAtom("mdat", {QTTinyMedia()}), QTAtom("moov", {QTMovieHeader(), track.Build()})});
+        std::string text;
+        EXPECT_TRUE(DescribeQuickTime(Put(movie).c_str(), text));
+        return text;
     }
 
     TempFolder fFolder;
@@ -39,48 +39,41 @@ TEST_F(QTReader, ReadsEveryLayoutAlike)
 {
     for (const QTLayout& layout : QTLayouts()) {
         SCOPED_TRACE(layout.name);
-        const std::string path = Put(layout.file);
-        EXPECT_TRUE(IsQuickTimeFile(path.c_str()) || layout.name == "atom of size 0");
-        QTFile file(path.c_str(), kRead);
-        ASSERT_EQ(0, file.InitCheck());
+        QTFile file = Open(layout.file);
+        EXPECT_TRUE(IsQuickTimeFile(file.Path().c_str()) || layout.name == "atom of size 0");
         ASSERT_EQ(2, file.CountStreams());
         EXPECT_EQ("dvc "_4cc, file.TrackCodec(0));
         EXPECT_EQ("twos"_4cc, file.TrackCodec(1));
         EXPECT_EQ(3, file.SampleCount(0));
         EXPECT_EQ(120000, file.Duration(0));
-        EXPECT_EQ("AAAA", Next(file, 0));
-        EXPECT_EQ("1032", Next(file, 1)) << "little-endian for the caller";
-        EXPECT_EQ("BBBB", Next(file, 0));
-        EXPECT_EQ("CCCC", Next(file, 0));
-        EXPECT_EQ("(-1)", Next(file, 0));
-        EXPECT_EQ("54769810", Next(file, 1));
-        EXPECT_EQ("(-1)", Next(file, 1));
+        EXPECT_EQ("AAAA", NextFrame(file));
+        EXPECT_EQ("1032 54769810 (-1)", NextFrames(file, 1)) << "little-endian for the caller";
+        EXPECT_EQ("BBBB CCCC (-1)", NextFrames(file, 0));
     }
 }
 
 TEST_F(QTReader, SeeksVideoByFrameAndSoundByChunk)
 {
-    QTFile file(Put(QTLayouts()[0].file).c_str(), kRead);
+    QTFile file = Open(QTLayouts()[0].file);
     EXPECT_EQ(0, file.SeekFrame(0, 2));
     EXPECT_EQ(2, file.FramePosition(0));
     EXPECT_EQ(2, file.CurrentChunk(0));
-    EXPECT_EQ("CCCC", Next(file, 0));
+    EXPECT_EQ("CCCC", NextFrame(file, 0));
     EXPECT_EQ(0, file.SeekFrame(0, 1));
-    EXPECT_EQ("BBBB", Next(file, 0));
+    EXPECT_EQ("BBBB", NextFrame(file, 0));
     EXPECT_EQ(0, file.SeekFrame(1, 1));
     EXPECT_EQ(1, file.CurrentSample(1));
     EXPECT_EQ(8u, file.FrameSize(1, 1));
-    EXPECT_EQ("54769810", Next(file, 1));
+    EXPECT_EQ("54769810", NextFrame(file, 1));
     EXPECT_EQ(2, file.FramePosition(1));
     EXPECT_EQ(0, file.SeekFrame(0, 3)) << "behind the last";
-    EXPECT_EQ(-1, file.SeekFrame(0, 4));
-    EXPECT_EQ(-1, file.SeekFrame(1, 3));
-    EXPECT_EQ(-1, file.SeekFrame(0, -1));
-    EXPECT_EQ(-1, file.SeekFrame(2, 0));
+    for (const auto& [stream, frame] : {std::pair(0, 4), {1, 3}, {0, -1}, {2, 0}})
+        EXPECT_EQ(-1, file.SeekFrame(stream, frame)) << stream;
 }
 
 TEST_F(QTReader, SurvivesEveryTruncation)
 {
+    const std::set<std::string> possible = {"AAAA", "1032", "0123", "(-1)", ""};
     for (const QTLayout& layout : QTLayouts()) {
         const std::string path = Put(layout.file);
         for (size_t length = layout.file.size(); length-- > 0;) {
@@ -89,10 +82,8 @@ TEST_F(QTReader, SurvivesEveryTruncation)
             QTFile file(path.c_str(), kRead);
             if (file.InitCheck() != 0) continue;
             for (int32_t stream = 0; stream < file.CountStreams(); stream++) {
-                const std::string first = Next(file, stream);
-                EXPECT_TRUE(first == "AAAA" || first == "1032" || first == "0123" ||
-                            first == "(-1)" || first.empty())
-                    << first;
+                const std::string first = NextFrame(file, stream);
+                EXPECT_TRUE(possible.contains(first)) << first;
             }
         }
     }
@@ -102,15 +93,14 @@ TEST_F(QTReader, TellsWhatIsNoMovie)
 {
     EXPECT_EQ(-1, QTFile(fFolder.Path("missing").c_str(), kRead).InitCheck());
     EXPECT_EQ(-1, QTFile(nullptr, kRead).InitCheck());
-    EXPECT_EQ(-2, QTFile(Put({}).c_str(), kRead).InitCheck());
-    EXPECT_EQ(-2, QTFile(Put(QTAtom("mdat", {QTTinyMedia()})).c_str(), kRead).InitCheck())
-        << "a recording broken off";
+    EXPECT_EQ(-2, Open(Bytes()).InitCheck());
+    EXPECT_EQ(-2, Open(QTAtom("mdat", {QTTinyMedia()})).InitCheck()) << "a recording broken off";
     // Every byte is read once at most: this one has heads of 8 bytes and nothing else.
     Bytes tiny;
     for (int i = 0; i < 300000; i++)
         tiny.insert(tiny.end(), {0, 0, 0, 8, 'f', 'r', 'e', 'e'});
-    EXPECT_EQ(-2, QTFile(Put(tiny).c_str(), kRead).InitCheck());
-    EXPECT_EQ(-2, QTFile(Put(Join({QTAtom("a1b2", {}), QTTinyMoov(8)})).c_str(), kRead).InitCheck())
+    EXPECT_EQ(-2, Open(tiny).InitCheck());
+    EXPECT_EQ(-2, Open(Join({QTAtom("a1b2", {}), QTTinyMoov(8)})).InitCheck())
         << "a type that is no letters ends the scan";
 
     const std::string sparse = Put(Join({Big(300 << 20), Text("moov")}));
@@ -125,61 +115,39 @@ TEST_F(QTReader, TellsWhatIsNoMovie)
 
 TEST_F(QTReader, BelievesNoTableBeyondItsEnd)
 {
-    QTTestTrack track;
-    const auto open = [&] { return std::make_unique<QTFile>(Put(OneTrack(track)).c_str(), kRead); };
-    track.samples = 0xFFFFFFFF;
-    track.stsz = Join({Big(0), Big(0), Big(0xFFFFFFFF), Big(4), Big(2)});
-    track.stco = Join({Big(0), Big(0x7FFFFFFF), Big(8), Big(16)});
-    auto file = open();
-    EXPECT_EQ(2, file->ChunkCount(0));
-    EXPECT_EQ(2u, file->FrameSize(0, 100)) << "beyond the table the size of the last frame";
-    EXPECT_EQ("AAAA", Next(*file, 0));
-    EXPECT_EQ("BB", Next(*file, 0));
-    EXPECT_EQ("CC", Next(*file, 0));
-    EXPECT_EQ("(-1)", Next(*file, 0)) << "there is no third chunk";
+    QTFile file = OpenTrack({.samples = 0xFFFFFFFF,
+                             .stsz = Longs({0, 0, 0xFFFFFFFF, 4, 2}),
+                             .stco = Longs({0, 0x7FFFFFFF, 8, 16})});
+    EXPECT_EQ(2, file.ChunkCount(0));
+    EXPECT_EQ(2u, file.FrameSize(0, 100)) << "beyond the table the size of the last frame";
+    EXPECT_EQ("AAAA BB CC (-1)", NextFrames(file)) << "there is no third chunk";
 
-    track = {};
-    track.stsc = QTTable({1, 1, 1, 7, 5, 1, 2, 1, 1, 0, 9, 1}, 3);  // falls back and to 0
-    track.stco = QTTable({8, 12, 16});
-    file = open();
-    EXPECT_EQ("AAAA", Next(*file, 0));
-    EXPECT_EQ("BBBB", Next(*file, 0));
-    EXPECT_EQ("CCCC", Next(*file, 0));
-    track.stsc = QTTable({1, 0, 1}, 3);
-    EXPECT_EQ("(-1)", Next(*open(), 0)) << "chunks without samples";
+    // One that falls back and to 0.
+    EXPECT_EQ("AAAA BBBB CCCC (-1)",
+              Frames({.stsc = QTTable({1, 1, 1, 7, 5, 1, 2, 1, 1, 0, 9, 1}, 3),
+                      .stco = QTTable({8, 12, 16})}));
+    EXPECT_EQ("(-1)", Frames({.stsc = QTTable({1, 0, 1}, 3)})) << "chunks without samples";
+    EXPECT_EQ("(-1)", Frames({.stsz = Longs({0, 0, 1, 65})})) << "larger than the buffer";
+    EXPECT_EQ("(-1)", Frames({.stco = QTTable({0xFFFFFFF0, 0})})) << "beyond the end of the file";
 
-    track = {};
-    track.stsz = Join({Big(0), Big(0), Big(1), Big(65)});
-    EXPECT_EQ("(-1)", Next(*open(), 0)) << "larger than the buffer";
-    track = {};
-    track.stco = QTTable({0xFFFFFFF0, 0});
-    EXPECT_EQ("(-1)", Next(*open(), 0)) << "beyond the end of the file";
-
-    track = {};
-    track.video = false;
-    track.format = "sowt";
-    track.duration = 0xFFFFFFFF;
-    file = open();
-    EXPECT_EQ(0u, file->FrameSize(0, 0)) << "no caller makes room for what cannot be there";
-    EXPECT_EQ("(-1)", Next(*file, 0));
+    QTFile endless = OpenTrack({.video = false, .format = "sowt", .duration = 0xFFFFFFFF});
+    EXPECT_EQ(0u, endless.FrameSize(0, 0)) << "no caller makes room for what cannot be there";
+    EXPECT_EQ("(-1)", NextFrame(endless));
 }
 
 TEST_F(QTReader, TakesTracksUpToItsLimit)
 {
+    const Bytes one = QTTestTrack{.stco = QTTable({8, 16})}.Build();
     Bytes tracks;
-    QTTestTrack track;
-    track.stco = QTTable({8, 16});
-    const Bytes one = track.Build();
     for (int i = 0; i < 1025; i++)
         tracks.insert(tracks.end(), one.begin(), one.end());
-    QTFile file(Put(QTAtom("moov", {QTMovieHeader(), tracks})).c_str(), kRead);
-    EXPECT_EQ(1024, file.CountStreams());
+    EXPECT_EQ(1024, Open(QTAtom("moov", {QTMovieHeader(), tracks})).CountStreams());
 }
 
 TEST_F(QTReader, RefusesBrokenCompressedHeaders)
 {
     const auto streams = [&](const Bytes& moov) {
-        QTFile file(Put(Join({QTAtom("mdat", {QTTinyMedia()}), moov})).c_str(), kRead);
+        const QTFile file = Open(Join({QTAtom("mdat", {QTTinyMedia()}), moov}));
         return file.InitCheck() == 0 ? file.CountStreams() : -1;
     };
     const Bytes good = QTCompressed(QTTinyMoov(8));
@@ -213,21 +181,19 @@ TEST_F(QTReader, ReadsHeadersWith64BitTimes)
 
 TEST_F(QTReader, KeepsWhatADescriptionHasBehindItsFixedPart)
 {
-    QTTestTrack video;
-    video.extension = Join({QTAtom("gama", {Big(0x23333)}), QTAtom("pasp", {Big(1), Big(1)}),
-                            QTAtom("fiel", {Big(2, 1), Big(6, 1)}), Bytes(3)});
-    QTFile picture(Put(OneTrack(video)).c_str(), kRead);
+    const QTFile picture = OpenTrack(
+        {.extension = Join({QTAtom("gama", {Big(0x23333)}), QTAtom("pasp", {Big(1), Big(1)}),
+                            QTAtom("fiel", {Big(2, 1), Big(6, 1)}), Bytes(3)})});
     const QTSampleDescription* description = picture.Movie().tracks[0].Description();
     ASSERT_TRUE(description);
     EXPECT_EQ(0x23333u, description->gamma);
     EXPECT_EQ(2, description->field_count);
     EXPECT_EQ(6, description->field_detail);
 
-    QTTestTrack sound;
-    sound.video = false;
-    sound.compression_id = 65534;
-    sound.extension = Join({Big(64), Big(34), Big(68), Big(2), QTAtom("wave", {Text("body")})});
-    QTFile packed(Put(OneTrack(sound)).c_str(), kRead);
+    const QTFile packed = OpenTrack(
+        {.video = false,
+         .extension = Join({Big(64), Big(34), Big(68), Big(2), QTAtom("wave", {Text("body")})}),
+         .compression_id = 65534});
     description = packed.Movie().tracks[0].Description();
     ASSERT_TRUE(description);
     EXPECT_EQ(68u, description->packets.Get(kSoundPackets["bytes per frame"]));
@@ -236,11 +202,7 @@ TEST_F(QTReader, KeepsWhatADescriptionHasBehindItsFixedPart)
 
 TEST_F(QTReader, TellsTheFormatOfAStream)
 {
-    struct Row {
-        const char* code;
-        uint32_t depth, kind, space, encoding;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, uint32_t, uint32_t, uint32_t, uint32_t> rows[] = {
         {"AVdv", 24, kEncodedVideo, 8, 1},  {"dvcp", 24, kEncodedVideo, 8, 1},
         {"raw ", 32, kRawVideo, 6, 0},      {"raw ", 24, kRawVideo, 5, 0},
         {"raw ", 16, kRawVideo, 0, 0},      {"jpeg", 32, kEncodedVideo, 8, 5},
@@ -251,54 +213,90 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"yuvs", 24, kRawVideo, 16389, 0},  {"yuv4", 24, kRawVideo, 16420, 0},
         {"v308", 24, kRawVideo, 16419, 0},  {"y411", 24, kUnknownFormat, 0, 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(std::string(row.code) + " " + std::to_string(row.depth));
-        QTTestTrack track;
-        track.format = row.code;
-        track.depth = row.depth;
-        QTFile file(Put(OneTrack(track)).c_str(), kRead);
-        const MediaFormat format = file.StreamFormat(0);
-        EXPECT_EQ(row.kind, format.kind);
-        if (!row.kind) continue;
-        EXPECT_EQ(row.space, format.Space());
-        EXPECT_EQ(720, format.Width());
-        EXPECT_EQ(576, format.Height());
-        EXPECT_EQ(25.0f, format.FrameRate());
-        if (row.encoding) {
-            EXPECT_EQ(row.encoding, format.encoded_video.encoding);
-        }
+    for (const auto& [code, depth, kind, space, encoding] : rows) {
+        const MediaFormat format = OpenTrack({.format = code, .depth = depth}).StreamFormat(0);
+        EXPECT_EQ(kind, format.kind) << code << depth;
+        if (!kind) continue;
+        EXPECT_EQ(std::tuple(space, 720, 576, 25.0f),
+                  std::tuple(format.Space(), format.Width(), format.Height(), format.FrameRate()))
+            << code << depth;
+        EXPECT_EQ(encoding, kind == kEncodedVideo ? format.encoded_video.encoding : 0);
     }
-    QTTestTrack ntsc;
-    ntsc.height = 480;
-    QTFile file(Put(OneTrack(ntsc)).c_str(), kRead);
-    EXPECT_EQ(120000, file.StreamFormat(0).encoded_video.framesize);
-    EXPECT_EQ(29.97f, file.StreamFormat(0).FrameRate()) << "by height, whatever the tables say";
-    EXPECT_EQ(kUnknownFormat, file.StreamFormat(1).kind);
+    const MediaFormat ntsc = OpenTrack({.height = 480}).StreamFormat(0);
+    EXPECT_EQ(120000, ntsc.encoded_video.framesize);
+    EXPECT_EQ(29.97f, ntsc.FrameRate()) << "by height, whatever the tables say";
+    EXPECT_EQ(kUnknownFormat, OpenTrack({}).StreamFormat(1).kind);
 
-    struct SoundRow {
-        const char* code;
-        uint32_t kind, format, encoding;
+    const std::tuple<const char*, uint32_t, uint32_t, uint32_t> sounds[] = {
+        {"twos", kRawAudio, kSamplePCM, 0},
+        {"sowt", kRawAudio, kSamplePCM, 0},
+        {"raw ", kRawAudio, kSamplePCMUnsigned, 0},
+        {"ulaw", kEncodedAudio, kSamplePCM, kSampleULaw},
+        {"ima4", kEncodedAudio, kSamplePCM, kSampleIMA4},
+        {"in24", kEncodedAudio, kSampleUnknown, 0},
     };
-    for (const SoundRow& row : {SoundRow{"twos", kRawAudio, kSamplePCM, 0},
-                                {"sowt", kRawAudio, kSamplePCM, 0},
-                                {"raw ", kRawAudio, kSamplePCMUnsigned, 0},
-                                {"ulaw", kEncodedAudio, kSamplePCM, kSampleULaw},
-                                {"ima4", kEncodedAudio, kSamplePCM, kSampleIMA4},
-                                {"in24", kEncodedAudio, kSampleUnknown, 0}}) {
-        SCOPED_TRACE(row.code);
-        QTTestTrack track;
-        track.video = false;
-        track.format = row.code;
-        QTFile sound(Put(OneTrack(track)).c_str(), kRead);
-        const MediaFormat format = sound.StreamFormat(0);
-        EXPECT_EQ(row.kind, format.kind);
-        EXPECT_EQ(row.format, format.raw_audio.format) << "the output comes first in both views";
-        EXPECT_EQ(48000, format.raw_audio.srate);
-        EXPECT_EQ(2, format.raw_audio.ch);
-        if (row.kind == kEncodedAudio) {
-            EXPECT_EQ(row.encoding, format.encoded_audio.encoding);
-        }
+    for (const auto& [code, kind, output, encoding] : sounds) {
+        const MediaFormat format = OpenTrack({.video = false, .format = code}).StreamFormat(0);
+        // The output comes first in both views.
+        const RawAudioFormat& raw = format.raw_audio;
+        EXPECT_EQ(std::tuple(kind, output, 48000, 2),
+                  std::tuple(format.kind, raw.format, raw.srate, raw.ch))
+            << code;
+        EXPECT_EQ(encoding, kind == kEncodedAudio ? format.encoded_audio.encoding : 0);
     }
+}
+
+using QTDescription = QTReader;
+
+TEST_F(QTDescription, TellsSystemSamplingAndAspectOfDV)
+{
+    const auto describe = [this](const char* format, uint32_t size, const Bytes& media) {
+        return Describe(QTOneTrack({.format = format,
+                                    .samples = 1,
+                                    .stsc = QTTable({1, 1, 1}, 3),
+                                    .stsz = Longs({0, size, 1})},
+                                   media));
+    };
+    Bytes frame(120000);
+    frame[4] = 1;  // APT of DVCPRO
+    EXPECT_EQ("QuickTime DVCPRO NTSC 4:1:1 (16:9 format)", describe("dvc ", 120000, frame))
+        << "a frame without aspect counts as wide";
+    frame.resize(144000);
+    frame[3] = 0x80;  // DSF: 625/50
+    frame[4] = 0;
+    EXPECT_EQ("QuickTime AVID DV PAL 4:2:0 (16:9 format)", describe("AVdv", 144000, frame));
+    EXPECT_EQ("QuickTime AVID <video read error>", describe("AVdv", 144000, Bytes(1000)));
+    EXPECT_EQ("QuickTime <video read error>", describe("dvcp", 0xFFFFFFFF, frame));
+}
+
+TEST_F(QTDescription, NamesTheOtherFormats)
+{
+    const std::pair<QTTestTrack, const char*> rows[] = {
+        {{.format = "raw "}, "Uncompressed RGB PAL"},
+        {{.format = "raw ", .height = 480}, "Uncompressed RGB 720x480 @ 25.00 fps"},
+        {{.format = "raw ", .height = 480, .scale = 30000, .duration = 1001},
+         "Uncompressed RGB NTSC"},
+        {{.format = "SVQ1"}, "Sorenson video"},
+        {{.format = "yv12"}, "Planar YUV 4:2:0"},
+        {{.format = "????"}, "unknown codec"},
+        {{.video = false, .format = "sowt"}, "stereo 48kHz audio"},
+        {{.video = false, .format = "twos", .channels = 4, .rate = 32000}, "4-ch 32kHz audio"},
+        {{.video = false, .format = "twos", .channels = 1, .rate = 22050}, "mono 22050 Hz audio"},
+        {{.video = false, .format = "ulaw"}, "ulaw audio"},
+        {{.video = false, .format = "ima4"}, "IMA4 audio"},
+    };
+    for (const auto& [track, text] : rows)
+        EXPECT_EQ(std::string("QuickTime ") + text, Describe(QTOneTrack(track)));
+}
+
+TEST_F(QTDescription, SaysWhatIsWrongWithAFile)
+{
+    EXPECT_EQ("QuickTime unknown (no streams)", Describe(QTMoov({})));
+    std::string text;
+    EXPECT_FALSE(DescribeQuickTime(nullptr, text));
+    EXPECT_EQ("QuickTime [prg error]", text);
+    EXPECT_FALSE(DescribeQuickTime("/nowhere/at all", text));
+    EXPECT_EQ("QuickTime [open error]", text);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "media/media_files.h"
 #include "media/qt_file.h"
 #include "support/qt_builder.h"
 #include "support/temp_folder.h"
@@ -27,21 +28,7 @@ Bytes Alias(const std::string& path)
 // A movie that holds a header only; its frames lie where the track says.
 Bytes ReferenceMovie(const Bytes& data_reference, const Bytes& code = {})
 {
-    QTTestTrack track;
-    track.stco = QTTable({0, 8});
-    track.data_reference = data_reference;
-    track.code = code;
-    return QTAtom("moov", {QTMovieHeader(), track.Build()});
-}
-
-std::string FirstFrame(const std::string& path, const VolumeTable& volumes)
-{
-    QTFile file(path.c_str(), kRead, volumes);
-    EXPECT_EQ(0, file.InitCheck()) << "what is missing shows at the first read";
-    Bytes buffer(16);
-    uint32_t size;
-    const int status = file.ReadFrame(0, buffer, size);
-    return status ? std::to_string(status) : std::string(buffer.begin(), buffer.begin() + size);
+    return QTMoov({{.stco = QTTable({0, 8}), .data_reference = data_reference, .code = code}});
 }
 
 TEST(QTReferences, FollowsAliasesAndCodeAtomsToOtherFiles)
@@ -52,21 +39,21 @@ TEST(QTReferences, FollowsAliasesAndCodeAtomsToOtherFiles)
     const VolumeTable volumes({{"MEDIA DISK", folder.Root().string()}});
     const std::string mac = "Media Disk:reel 1:tape.dv";
     const auto read = [&](const Bytes& movie) {
-        return FirstFrame(folder.Write("movie.mov", movie), volumes);
+        QTFile file(folder.Write("movie.mov", movie).c_str(), kRead, volumes);
+        EXPECT_EQ(0, file.InitCheck()) << "what is missing shows at the first read";
+        return NextFrame(file);
     };
     EXPECT_EQ("AAAA", read(ReferenceMovie(Alias(mac))));
     EXPECT_EQ("AAAA", read(ReferenceMovie(Alias(folder.Path("reel 1/tape.dv")))));
     EXPECT_EQ("AAAA", read(ReferenceMovie(Alias(""), CodeRecord(1, mac))));
     EXPECT_EQ("AAAA", read(ReferenceMovie(Alias("No Disk:nothing"), CodeRecord(1, mac))))
         << "the names in \"code\" go before those in aliases";
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias("Other Disk:reel 1:tape.dv"))));
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias(folder.Path("missing.dv")))));
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias(folder.Path("reel 1")))));
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias("/dev/zero/of/all"))));
     ASSERT_EQ(0, mkfifo(folder.Path("reel 1/fifo").c_str(), 0600));
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias(folder.Path("reel 1/fifo")))));
-    folder.Write("reel 1/short", Text("AAA"));
-    EXPECT_EQ("-5", read(ReferenceMovie(Alias(folder.Path("reel 1/short")))));
+    for (const std::string& bad :
+         {std::string("Other Disk:reel 1:tape.dv"), std::string("/dev/zero/of/all"),
+          folder.Path("missing.dv"), folder.Path("reel 1"), folder.Path("reel 1/fifo"),
+          folder.Write("reel 1/short", Text("AAA"))})
+        EXPECT_EQ("(-5)", read(ReferenceMovie(Alias(bad)))) << bad;
 
     const Bytes circular = ReferenceMovie(Alias(folder.Path("movie.mov")));
     EXPECT_EQ(std::string(circular.begin(), circular.begin() + 4), read(circular))
@@ -77,48 +64,48 @@ TEST(QTReferences, FollowsAliasesAndCodeAtomsToOtherFiles)
 
 TEST(QTReferences, FindsPathsInAliases)
 {
-    const auto find = [](const Bytes& alias) { return FindPathInAlias(alias); };
-    EXPECT_EQ("Disk:folder:file", find(Join({Bytes(9), Text("Disk:folder:file")})));
-    EXPECT_EQ("Disk:b:last file",
-              find(Join({Text("Disk:a:first"), Bytes(3), Text("Disk:b:last file"), Bytes(3),
-                         Text("no separator here"), Bytes(2), Text("C:\\short")})));
-    const std::string path(49, 'x');  // 49 is '1', a path character itself
-    EXPECT_EQ("/" + path.substr(1), find(Join({Bytes(5), Text("1/" + path.substr(1))})));
-    EXPECT_EQ("", find(Text("D:\\a:\\b:\\c/d"))) << "shorter than an alias can be";
-    EXPECT_EQ("", find(Join({Bytes(30), Text("a/b/c/d/")}))) << "no more than 8 characters";
+    EXPECT_EQ("Disk:folder:file", FindPathInAlias(Join({Bytes(9), Text("Disk:folder:file")})));
+    EXPECT_EQ(
+        "Disk:b:last file",
+        FindPathInAlias(Join({Text("Disk:a:first"), Bytes(3), Text("Disk:b:last file"), Bytes(3),
+                              Text("no separator here"), Bytes(2), Text("C:\\short")})));
+    const std::string path = "/" + std::string(48, 'x');  // 49 is '1', a path character itself
+    EXPECT_EQ(path, FindPathInAlias(Join({Bytes(5), Text("1" + path)})));
+    EXPECT_EQ("", FindPathInAlias(Text("D:\\a:\\b:\\c/d"))) << "shorter than an alias can be";
+    EXPECT_EQ("", FindPathInAlias(Join({Bytes(30), Text("a/b/c/d/")})))
+        << "no more than 8 characters";
 }
 
 TEST(QTReferences, TakesNamesFromCodeAtomsByTheirNumber)
 {
-    std::vector<std::string> names;
-    FindNamesInCode(Join({Bytes(3), CodeRecord(3, "third"), CodeRecord(1, "first")}), names);
-    EXPECT_EQ((std::vector<std::string>{"first", "", "third"}), names);
-
-    const auto none = [](const Bytes& code) {
-        std::vector<std::string> found;
-        FindNamesInCode(code, found);
-        return found.empty();
+    using Names = std::vector<std::string>;
+    const auto find = [](const Bytes& code) {
+        Names names;
+        FindNamesInCode(code, names);
+        return names;
     };
+    EXPECT_EQ((Names{"first", "", "third"}),
+              find(Join({Bytes(3), CodeRecord(3, "third"), CodeRecord(1, "first")})));
     const Bytes record = CodeRecord(1, "first");
-    for (size_t length = 0; length < 2 + 16; length++)
-        EXPECT_TRUE(none(Bytes(record.begin(), record.begin() + static_cast<ptrdiff_t>(length))));
-    EXPECT_TRUE(none(Text("RU*ARU*ARU*ARU*ARU*ARU*A")));
-    EXPECT_TRUE(none(CodeRecord(0, "none")));
-    EXPECT_TRUE(none(CodeRecord(21, "beyond the list")));
-    EXPECT_TRUE(none(Join({record, Bytes(4000)}))) << "too large to be looked at";
+    for (ptrdiff_t length = 0; length < 2 + 16; length++)
+        EXPECT_EQ(Names{}, find(Bytes(record.begin(), record.begin() + length)));
+    EXPECT_EQ(Names{}, find(Text("RU*ARU*ARU*ARU*ARU*ARU*A")));
+    EXPECT_EQ(Names{}, find(CodeRecord(0, "none")));
+    EXPECT_EQ(Names{}, find(CodeRecord(21, "beyond the list")));
+    EXPECT_EQ(Names{}, find(Join({record, Bytes(4000)}))) << "too large to be looked at";
 }
 
 TEST(QTReferences, PutsPathsInTheFormOfThisSystem)
 {
     const VolumeTable volumes({{"Disk", "/media/one"}, {"disk", "/media/two"}});
-    EXPECT_EQ("/media/one/a b/c", ResolveReference("Disk:a b:c", volumes));
-    EXPECT_EQ("/media/one/c", ResolveReference("DISK:c", volumes));
-    EXPECT_EQ("Other:a:b", ResolveReference("Other:a:b", volumes));
-    EXPECT_EQ("//SERVER/share/x", ResolveReference("\\\\SERVERLS\\share\\x", volumes));
-    EXPECT_EQ("//SERVER", ResolveReference("\\\\SERVERLS", volumes));
-    EXPECT_EQ("//S/LS/x", ResolveReference("\\\\S\\LS\\x", volumes)) << "only the server's name";
-    EXPECT_EQ("/plain/path", ResolveReference("/plain/path", volumes));
-    EXPECT_EQ("", ResolveReference("", volumes));
+    const std::pair<const char*, const char*> rows[] = {
+        {"Disk:a b:c", "/media/one/a b/c"}, {"DISK:c", "/media/one/c"},
+        {"Other:a:b", "Other:a:b"},         {"\\\\SERVERLS\\share\\x", "//SERVER/share/x"},
+        {"\\\\SERVERLS", "//SERVER"},       {"\\\\S\\LS\\x", "//S/LS/x"},  // only the server's name
+        {"/plain/path", "/plain/path"},     {"", ""},
+    };
+    for (const auto& [reference, path] : rows)
+        EXPECT_EQ(path, ResolveReference(reference, volumes));
 }
 
 TEST(VolumeTable, KnowsVolumesByLabelAndByMountPoint)

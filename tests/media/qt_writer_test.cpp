@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 
-#include <numeric>
-
+#include "media/media_files.h"
 #include "media/qt_file.h"
 #include "support/atom_tree.h"
 #include "support/qt_builder.h"
+#include "support/riff.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
@@ -19,11 +17,10 @@ MediaFormat RawVideo(uint32_t cspace, float rate = 25)
     return MediaFormat(RawVideoFormat{cspace, 720, 576, rate, 1, 0});
 }
 
-MediaFormat Encoded(uint32_t encoding, float rate = 25)
+MediaFormat Encoded(uint32_t encoding)
 {
     MediaFormat format = DVFormat(true);
     format.encoded_video.encoding = encoding;
-    format.encoded_video.frate = rate;
     return format;
 }
 
@@ -32,26 +29,10 @@ MediaFormat PCM(uint16_t channels = 2, uint16_t bits = 16, int32_t rate = 48000)
     return MediaFormat(RawAudioFormat{kSamplePCM, channels, bits, rate});
 }
 
-// Pretends that the disk is full beyond this many bytes of any file.
-class FullDisk {
-public:
-    explicit FullDisk(uint64_t bytes)
-    {
-        fOldHandler = signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &fOld);
-        const rlimit limit{bytes, fOld.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &fOld);
-        signal(SIGXFSZ, fOldHandler);
-    }
-
-private:
-    rlimit fOld;
-    sighandler_t fOldHandler;
-};
+MediaFormat EncodedSound(const MediaFormat& output, uint32_t encoding)
+{
+    return MediaFormat(EncodedAudioFormat{output.raw_audio, encoding, 0});
+}
 
 // Media at places that no test wants to fill.
 class SparseQTFile : public QTFile {
@@ -63,18 +44,18 @@ public:
 class QTWriter : public ::testing::Test {
 protected:
     std::string Path() const { return fFolder.Path("movie.mov"); }
-    // What one video track of this format comes to in the file: its "stsd" body.
-    Bytes Description(const MediaFormat& format, uint32_t options)
+    // Writes a movie with what `fill` puts into it.
+    template <class Fill>
+    Bytes Write(Fill fill, uint32_t options = 0)
     {
         {
             QTFile file(Path().c_str(), kCreate);
-            file.SetOptions(options, nullptr);
-            const int status = format.kind == kRawVideo ? file.AddVideoTrack(format)
-                                                        : file.AddEncodedVideoTrack(format);
-            if (status != 0) return {};
+            file.SetOptions(options, "Converted by Kelvane");
+            fill(file);
         }
-        return AtomBody(ReadWhole(Path()), "moov/trak/mdia/minf/stbl/stsd");
+        return ReadWhole(Path());
     }
+    // The body of a table of a track.
     Bytes Table(const std::string& name, int track = 0) const
     {
         return AtomBody(ReadWhole(Path()),
@@ -87,20 +68,17 @@ protected:
 TEST_F(QTWriter, WritesEveryAtomByteForByte)
 {
     const int64_t before = time(nullptr) + 2082844800;
-    {
-        QTFile file(Path().c_str(), kCreate);
+    Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.InitCheck());
-        file.SetOptions(0, "Converted by Kelvane");
         ASSERT_EQ(0, file.AddDVTrack(true));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         for (int i = 0; i < 2; i++) {
             ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 144000));
-            ASSERT_EQ(0, file.WriteFrame(1, Text("abcd").data(), 4));
+            ASSERT_EQ(0, file.WriteFrame(1, "abcd", 4));
         }
         ASSERT_EQ(0, file.Close());
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000)) << "closed";
-    }
-    Bytes whole = ReadWhole(Path());
+    });
     EXPECT_EQ("mdat moov", AtomNames(whole));
     EXPECT_EQ(1u, ValueAt(whole, 0)) << "always the 64-bit form";
     EXPECT_EQ(16u + 2 * 144004, ValueAt(whole, 8, 8));
@@ -110,55 +88,50 @@ TEST_F(QTWriter, WritesEveryAtomByteForByte)
     EXPECT_LE(before, static_cast<int64_t>(now));
     EXPECT_GE(before + 60, static_cast<int64_t>(now));
     const Bytes times = Join({Big(now), Big(now)});
-    const Bytes matrix = Join({Big(65536), Bytes(12), Big(65536), Bytes(12), Big(0x40000000)});
-    const auto handler = [](const char* type, const char* subtype, const std::string& name) {
-        return QTAtom("hdlr", {Big(0), Text(type), Text(subtype), Text("appl"), Bytes(8),
-                               Big(name.size(), 1), Text(name)});
+    const Bytes matrix = Longs({65536, 0, 0, 0, 65536, 0, 0, 0, 0x40000000});
+    const auto handler = [](const char* type, const std::string& name) {
+        return QTAtom(
+            "hdlr", {Big(0), Text(type), Text("appl"), Bytes(8), Big(name.size(), 1), Text(name)});
     };
     const Bytes data =
-        Join({handler("dhlr", "alis", "Apple Alias Data Handler"),
-              QTAtom("dinf", {QTAtom("dref", {Big(0), Big(1), Big(12), Text("alis"), Big(1)})})});
-    const auto track = [&](uint32_t id, uint32_t volume, const Bytes& size, const Bytes& mdia) {
-        return QTAtom(
-            "trak",
-            {QTAtom("tkhd", {Big(15), times, Big(id), Big(0), Big(id == 1 ? 48 : 0), Bytes(12),
-                             Big(volume, 2), Bytes(2), matrix, size}),
-             QTAtom("load", {Bytes(12), Big(320)}),
-             QTAtom("edts",
-                    {QTAtom("elst", {Big(0), Big(1), Big(id == 1 ? 48 : 0), Big(0), Big(65536)})}),
-             QTAtom("mdia", {mdia})});
-    };
-    const auto mdhd = [&](uint32_t scale, uint32_t duration) {
-        return QTAtom("mdhd", {Big(0), times, Big(scale), Big(duration), Big(0, 2), Big(100, 2)});
+        Join({handler("dhlralis", "Apple Alias Data Handler"),
+              QTAtom("dinf", {QTAtom("dref", {Longs({0, 1}), QTAtom("alis", {Big(1)})})})});
+    const auto track = [&](uint32_t id, uint32_t time, uint32_t volume, const Bytes& size,
+                           const Bytes& mdia) {
+        return QTAtom("trak",
+                      {QTAtom("tkhd", {Big(15), times, Longs({id, 0, time, 0, 0, 0, volume << 16}),
+                                       matrix, size}),
+                       QTAtom("load", {Longs({0, 0, 0, 320})}),
+                       QTAtom("edts", {QTAtom("elst", {Longs({0, 1, time, 0, 65536})})}),
+                       QTAtom("mdia", {mdia})});
     };
     const Bytes video = QTAtom(
         "stbl",
-        {QTAtom("stsd", {Big(0),       Big(1),      Big(86),          Text("dvc "),  Bytes(6),
-                         Big(1, 2),    Big(0),      Text("appl"),     Big(100),      Big(258),
-                         Big(720, 2),  Big(576, 2), Big(0x480000),    Big(0x480000), Big(0),
-                         Big(1, 2),    Big(8, 1),   Text("DV - PAL"), Bytes(23),     Big(24, 2),
-                         Big(65535, 2)}),
+        {QTAtom("stsd", {Longs({0, 1, 86}), Text("dvc "), Bytes(6), Big(1, 2), Big(0), Text("appl"),
+                         Longs({100, 258, 720 << 16 | 576, 0x480000, 0x480000, 0}), Big(1, 2),
+                         Big(8, 1), Text("DV - PAL"), Bytes(23), Longs({24 << 16 | 65535})}),
          QTAtom("stts", {QTTable({2, 24}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
-         QTAtom("stsz", {Big(0), Big(0), Big(2), Big(144000), Big(144000)}),
+         QTAtom("stsz", {Longs({0, 0, 2, 144000, 144000})}),
          QTAtom("stco", {QTTable({16, 144020})})});
     const Bytes sound = QTAtom(
-        "stbl",
-        {QTAtom("stsd", {Big(0), Big(1), Big(36), Text("twos"), Bytes(6), Big(1, 2), Big(0),
-                         Text("appl"), Big(2, 2), Big(16, 2), Bytes(4), Big(48000u << 16)}),
-         QTAtom("stts", {QTTable({2, 1}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
-         QTAtom("stsz", {Big(0), Big(1), Big(2)}), QTAtom("stco", {QTTable({144016, 288020})})});
+        "stbl", {QTAtom("stsd", {Longs({0, 1, 36}), Text("twos"), Bytes(6), Big(1, 2), Big(0),
+                                 Text("appl"), Longs({2 << 16 | 16, 0, 48000u << 16})}),
+                 QTAtom("stts", {QTTable({2, 1}, 2)}), QTAtom("stsc", {QTTable({1, 1, 1}, 3)}),
+                 QTAtom("stsz", {Longs({0, 1, 2})}), QTAtom("stco", {QTTable({144016, 288020})})});
     const Bytes expected = QTAtom(
         "moov",
-        {QTAtom("mvhd", {Big(0), times, Big(600), Big(48), Big(65536), Big(0x00FF, 2), Bytes(10),
-                         matrix, Bytes(16), Big(48), Big(0), Big(3)}),
-         QTAtom("udta", {QTAtom("\xA9inf", {Big(20, 2), Big(0, 2), Text("Converted by Kelvane")})}),
-         track(1, 0, Join({Big(720 << 16), Big(576 << 16)}),
-               Join({mdhd(600, 48), handler("mhlr", "vide", "Apple Video Media Handler"),
-                     QTAtom("minf", {QTAtom("vmhd", {Big(1), Big(64, 2), Big(32768, 2),
-                                                     Big(32768, 2), Big(32768, 2)}),
-                                     data, video})})),
-         track(2, 0x00FF, Bytes(8),
-               Join({mdhd(48000, 2), handler("mhlr", "soun", "Apple Sound Media Handler"),
+        {QTAtom("mvhd", {Big(0), times, Longs({600, 48, 65536, 0xFF << 16, 0, 0}), matrix,
+                         Bytes(16), Longs({48, 0, 3})}),
+         QTAtom("udta", {QTAtom("\xA9inf", {Longs({20 << 16}), Text("Converted by Kelvane")})}),
+         track(1, 48, 0, Longs({720 << 16, 576 << 16}),
+               Join({QTAtom("mdhd", {Big(0), times, Longs({600, 48, 100})}),
+                     handler("mhlrvide", "Apple Video Media Handler"),
+                     QTAtom("minf",
+                            {QTAtom("vmhd", {Longs({1, 64 << 16 | 32768, 32768u << 16 | 32768})}),
+                             data, video})})),
+         track(2, 0, 0x00FF, Bytes(8),
+               Join({QTAtom("mdhd", {Big(0), times, Longs({48000, 2, 100})}),
+                     handler("mhlrsoun", "Apple Sound Media Handler"),
                      QTAtom("minf", {QTAtom("smhd", {Bytes(8)}), data, sound})}))});
     whole.erase(whole.begin(), whole.begin() + 16 + 2 * 144004);
     EXPECT_EQ(expected, whole);
@@ -166,58 +139,49 @@ TEST_F(QTWriter, WritesEveryAtomByteForByte)
 
 TEST_F(QTWriter, NamesFormatsCompressorsAndVendors)
 {
-    struct Row {
-        MediaFormat format;
-        const char *code, *vendor, *name;
-        uint32_t options, depth;
-    };
     const MediaFormat pal = DVFormat(true), ntsc = DVFormat(false);
     MediaFormat odd = DVFormat(false);
     odd.encoded_video.h = 486;
-    const Row rows[] = {
-        {pal, "dvc ", "appl", "DV - PAL", 0, 24},
-        {pal, "dvcp", "appl", "DV - PAL", kQTDVCP, 24},
-        {ntsc, "dvc ", "appl", "DV - NTSC", kQTDVCP, 24},
-        {odd, "dvc ", "appl", "DV", 0, 24},
-        {pal, "dvcp", "Rads", "Radius SoftDV - PAL", kQTSoftDV | kQTDVCP, 24},
-        {ntsc, "dvc ", "Rads", "Radius SoftDV - NTSC", kQTSoftDV, 24},
-        {odd, "dvc ", "Rads", "Radius SoftDV", kQTSoftDV, 24},
-        {pal, "AVdv", "AVID", "Avid DV Codec", kQTAvidDV | kQTDVCPRO | kQTDVCP, 24},
-        {pal, "dvpp", "appl", "DVCPRO - PAL", kQTDVCPRO | kQTDVCP, 24},
-        {ntsc, "dvpp", "appl", "DVCPRO - NTSC", kQTDVCPRO, 24},
-        {odd, "dvpp", "appl", "DVCPRO", kQTDVCPRO, 24},
-        {Encoded(kEncodingDVCPRO25), "dvc ", "appl", "DV - PAL", 0, 24},
-        {Encoded(kEncodingPJPEG), "jpeg", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingMJPEG), "mjpa", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingPNG), "png ", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingCinepak), "cvid", "appl", "QuickTime", 0, 24},
-        {Encoded(kEncodingQTRLE), "rle ", "appl", "Animation", 0, 24},
-        {RawVideo(3), "raw ", "appl", "None", 0, 24},
-        {RawVideo(5), "raw ", "appl", "None", kQTAvidDV, 24},
-        {RawVideo(6), "raw ", "appl", "None", 0, 32},
-        {RawVideo(8), "raw ", "appl", "None", 0, 32},
-        {RawVideo(8200), "raw ", "appl", "None", 0, 32},
-        {RawVideo(16384), "yuv2", "appl", "Component Video", 0, 24},
-        {RawVideo(16421), "yuv2", "appl", "Component Video", 0, 24},
-        {RawVideo(16389), "yuvs", "appl", "QuickTime", 0, 24},
-        {RawVideo(16416), "2vuy", "appl", "QuickTime", 0, 24},
-        {RawVideo(16385), "y411", "appl", "QuickTime", 0, 16},
-        {RawVideo(16417), "y411", "appl", "QuickTime", 0, 16},
-        {RawVideo(16387), "v308", "appl", "QuickTime", 0, 16},
-        {RawVideo(16419), "v308", "appl", "QuickTime", 0, 16},
-        {RawVideo(16388), "yuv4", "appl", "QuickTime", 0, 16},
-        {RawVideo(16420), "yuv4", "appl", "QuickTime", 0, 16},
+    const std::tuple<std::vector<MediaFormat>, uint32_t, std::string> rows[] = {
+        {{pal, Encoded(kEncodingDVCPRO25)}, 0, "dvc  appl 24 DV - PAL"},
+        {{pal}, kQTDVCP, "dvcp appl 24 DV - PAL"},
+        {{ntsc}, kQTDVCP, "dvc  appl 24 DV - NTSC"},
+        {{odd}, 0, "dvc  appl 24 DV"},
+        {{pal}, kQTSoftDV | kQTDVCP, "dvcp Rads 24 Radius SoftDV - PAL"},
+        {{ntsc}, kQTSoftDV, "dvc  Rads 24 Radius SoftDV - NTSC"},
+        {{odd}, kQTSoftDV, "dvc  Rads 24 Radius SoftDV"},
+        {{pal}, kQTAvidDV | kQTDVCPRO | kQTDVCP, "AVdv AVID 24 Avid DV Codec"},
+        {{pal}, kQTDVCPRO | kQTDVCP, "dvpp appl 24 DVCPRO - PAL"},
+        {{ntsc}, kQTDVCPRO, "dvpp appl 24 DVCPRO - NTSC"},
+        {{odd}, kQTDVCPRO, "dvpp appl 24 DVCPRO"},
+        {{Encoded(kEncodingPJPEG)}, 0, "jpeg appl 24 QuickTime"},
+        {{Encoded(kEncodingMJPEG)}, 0, "mjpa appl 24 QuickTime"},
+        {{Encoded(kEncodingPNG)}, 0, "png  appl 24 QuickTime"},
+        {{Encoded(kEncodingCinepak)}, 0, "cvid appl 24 QuickTime"},
+        {{Encoded(kEncodingQTRLE)}, 0, "rle  appl 24 Animation"},
+        {{RawVideo(3)}, 0, "raw  appl 24 None"},
+        {{RawVideo(5)}, kQTAvidDV, "raw  appl 24 None"},
+        {{RawVideo(6), RawVideo(8), RawVideo(8200)}, 0, "raw  appl 32 None"},
+        {{RawVideo(16384), RawVideo(16421)}, 0, "yuv2 appl 24 Component Video"},
+        {{RawVideo(16389)}, 0, "yuvs appl 24 QuickTime"},
+        {{RawVideo(16416)}, 0, "2vuy appl 24 QuickTime"},
+        {{RawVideo(16385), RawVideo(16417)}, 0, "y411 appl 16 QuickTime"},
+        {{RawVideo(16387), RawVideo(16419)}, 0, "v308 appl 16 QuickTime"},
+        {{RawVideo(16388), RawVideo(16420)}, 0, "yuv4 appl 16 QuickTime"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.code + std::to_string(row.options));
-        const Bytes stsd = Description(row.format, row.options);
-        ASSERT_EQ(8u + 86, stsd.size());
-        EXPECT_EQ(Text(row.code), Bytes(stsd.begin() + 12, stsd.begin() + 16));
-        EXPECT_EQ(Text(row.vendor), Bytes(stsd.begin() + 28, stsd.begin() + 32));
-        const std::string name = row.name;
-        EXPECT_EQ(name.size(), stsd[58]);
-        EXPECT_EQ(name, std::string(stsd.begin() + 59, stsd.begin() + 59 + stsd[58]));
-        EXPECT_EQ(row.depth, ValueAt(stsd, 90, 2));
+    for (const auto& [formats, options, expected] : rows) {
+        for (const MediaFormat& format : formats) {
+            const auto add = [&](QTFile& file) {
+                EXPECT_EQ(0, format.kind == kRawVideo ? file.AddVideoTrack(format)
+                                                      : file.AddEncodedVideoTrack(format));
+            };
+            Write(add, options);
+            const std::string stsd = AsText(Table("stsd"));
+            ASSERT_EQ(8u + 86, stsd.size());
+            EXPECT_EQ(expected, stsd.substr(12, 4) + " " + stsd.substr(28, 4) + " " +
+                                    std::to_string(stsd[91]) + " " +
+                                    stsd.substr(59, static_cast<size_t>(stsd[58])));
+        }
     }
 }
 
@@ -234,9 +198,7 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
     for (uint32_t format : {kSampleUnknown, kSamplePCMUnsigned, kSampleFloat, kSampleADPCM}) {
         sound.raw_audio.format = format;
         EXPECT_EQ(-10, file.AddPCMAudioTrack(sound)) << format;
-        EXPECT_EQ(-10,
-                  file.AddAudioTrack(MediaFormat(EncodedAudioFormat{PCM().raw_audio, format, 0})))
-            << format;
+        EXPECT_EQ(-10, file.AddAudioTrack(EncodedSound(PCM(), format))) << format;
     }
     EXPECT_EQ(-10, file.AddPCMAudioTrack(PCM(2, 16, 96000)));
     EXPECT_EQ(0, file.AddPCMAudioTrack(PCM(0))) << "not added, which is no error";
@@ -250,55 +212,43 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
 
 TEST_F(QTWriter, CountsTimeSoThatFramesAreWhole)
 {
-    struct Row {
-        float rate;
-        uint32_t scale, duration;
-    };
-    for (const Row& row : {Row{25, 600, 24},
-                           {29.97f, 30000, 1001},
-                           {30, 600, 20},
-                           {50, 600, 12},
-                           {23.976f, 24000, 1001},
-                           {59.94f, 60000, 1001},
-                           {7, 700, 100},
-                           {12.5f, 12513, 1001},
-                           {601, 60100, 100}}) {
-        SCOPED_TRACE(row.rate);
-        {
-            QTFile file(Path().c_str(), kCreate);
-            ASSERT_EQ(0, file.AddVideoTrack(RawVideo(5, row.rate)));
+    const std::tuple<float, uint32_t, uint32_t> rows[] = {
+        {25, 600, 24}, {29.97f, 30000, 1001},  {30, 600, 20},
+        {50, 600, 12}, {23.976f, 24000, 1001}, {59.94f, 60000, 1001},
+        {7, 700, 100}, {12.5f, 12513, 1001},   {601, 60100, 100}};
+    for (const auto& [rate, scale, duration] : rows) {
+        SCOPED_TRACE(rate);
+        const Bytes whole = Write([rate = rate](QTFile& file) {
+            ASSERT_EQ(0, file.AddVideoTrack(RawVideo(5, rate)));
             for (int i = 0; i < 3; i++)
-                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 4));
-        }
-        const Bytes whole = ReadWhole(Path());
-        EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/mvhd"), 12));
-        EXPECT_EQ(row.scale, ValueAt(AtomBody(whole, "moov/trak/mdia/mdhd"), 12));
-        EXPECT_EQ(3 * row.duration, ValueAt(AtomBody(whole, "moov/mvhd"), 16));
-        EXPECT_EQ(row.duration, ValueAt(Table("stts"), 12));
+                ASSERT_EQ(0, file.WriteFrame(0, "v", 1));
+        });
+        EXPECT_EQ(scale, ValueAt(AtomBody(whole, "moov/mvhd"), 12));
+        EXPECT_EQ(scale, ValueAt(AtomBody(whole, "moov/trak/mdia/mdhd"), 12));
+        EXPECT_EQ(3 * duration, ValueAt(AtomBody(whole, "moov/mvhd"), 16));
+        EXPECT_EQ(duration, ValueAt(Table("stts"), 12));
     }
 }
 
 TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddDVTrack(false));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         // Told of the true format when the first sound is about to come.
         EXPECT_EQ(-1, file.SetAudioFormat(0, 32000, 2, -1)) << "video";
         EXPECT_EQ(-1, file.SetAudioFormat(2, 32000, 2, -1));
         EXPECT_EQ(0, file.SetAudioFormat(1, 32000, 1, -1));
-        const Bytes sound(2136, 's');
         for (uint32_t bytes : {2136, 2134, 2134, 2134, 2136, 2136})
-            ASSERT_EQ(0, file.WriteFrame(1, sound.data(), bytes));
+            ASSERT_EQ(0, file.WriteFrame(1, kFrame.data(), bytes));
         EXPECT_EQ(-1, file.SetAudioFormat(1, 48000, 2, -1)) << "too late";
         EXPECT_EQ(6405, file.SampleCount(1));
         EXPECT_EQ(6, file.ChunkCount(1));
-    }
+    });
     EXPECT_EQ(QTTable({1, 1068, 1, 2, 1067, 1, 5, 1068, 1}, 3), Table("stsc", 1));
-    EXPECT_EQ(Join({Big(0), Big(1), Big(6405)}), Table("stsz", 1));
+    EXPECT_EQ(Longs({0, 1, 6405}), Table("stsz", 1));
     EXPECT_EQ(QTTable({6405, 1}, 2), Table("stts", 1));
-    EXPECT_EQ(32000u, ValueAt(AtomBody(ReadWhole(Path()), "moov/trak:1/mdia/mdhd"), 12));
+    EXPECT_EQ(32000u, ValueAt(AtomBody(whole, "moov/trak:1/mdia/mdhd"), 12));
     const Bytes stsd = Table("stsd", 1);
     EXPECT_EQ(Join({Big(1, 2), Big(16, 2), Big(0), Big(32000u << 16)}),
               Bytes(stsd.end() - 12, stsd.end()));
@@ -306,82 +256,67 @@ TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
 
 TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(2, 8)));
-        ASSERT_EQ(0, file.AddAudioTrack(
-                         MediaFormat(EncodedAudioFormat{PCM(2, 8).raw_audio, kSampleULaw, 0})));
-        ASSERT_EQ(0, file.WriteFrame(0, Text("abcdef").data(), 6));
-        ASSERT_EQ(0, file.WriteFrame(1, Text("uvwxyz").data(), 6));
-    }
-    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(ReadWhole(Path()), "mdat"));
+        ASSERT_EQ(0, file.AddAudioTrack(EncodedSound(PCM(2, 8), kSampleULaw)));
+        ASSERT_EQ(0, file.WriteFrame(0, "abcdef", 6));
+        ASSERT_EQ(0, file.WriteFrame(1, "uvwxyz", 6));
+    });
+    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(whole, "mdat"));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 0));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 1));
     EXPECT_EQ(8u, ValueAt(Table("stsd", 0), 34, 2));
     EXPECT_EQ(16u, ValueAt(Table("stsd", 1), 34, 2)) << "as these are always described";
     QTFile file(Path().c_str(), kRead);
-    Bytes sound(6);
-    uint32_t size;
-    EXPECT_EQ(0, file.ReadFrame(0, sound, size));
-    EXPECT_EQ(Text("abcdef"), sound);
-    EXPECT_EQ(0, file.ReadFrame(1, sound, size));
-    EXPECT_EQ(Text("uvwxyz"), sound);
+    EXPECT_EQ("abcdef", NextFrame(file, 0));
+    EXPECT_EQ("uvwxyz", NextFrame(file, 1));
 }
 
 TEST_F(QTWriter, GoesBeyondFourGigabytes)
 {
-    for (uint32_t options : {0u, static_cast<uint32_t>(kQTWideOffsets)}) {
+    const uint64_t hole = 5ull << 30, second = hole + 16 + 144000;
+    for (const bool wide : {false, true}) {
         {
             SparseQTFile file(Path().c_str(), kCreate);
-            file.SetOptions(options, nullptr);
+            if (wide) file.SetOptions(kQTWideOffsets, nullptr);
             ASSERT_EQ(0, file.AddDVTrack(true));
             ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 144000));
-            file.LeaveHole(5ull << 30);
+            file.LeaveHole(hole);
             ASSERT_EQ(0, file.WriteFrame(0, Bytes(144000, 'w').data(), 144000));
         }
         QTFile file(Path().c_str(), kRead);
         ASSERT_EQ(0, file.InitCheck());
-        const uint64_t second = (5ull << 30) + 16 + 144000;
-        EXPECT_EQ(options ? second : second & 0xFFFFFFFF,
-                  file.Movie().tracks[0].samples.offsets[1]);
+        EXPECT_EQ(wide ? second : second & 0xFFFFFFFF, file.Movie().tracks[0].samples.offsets[1]);
         ASSERT_EQ(0, file.SeekFrame(0, 1));
-        Bytes frame(144000);
-        uint32_t size;
-        ASSERT_EQ(0, file.ReadFrame(0, frame, size));
-        EXPECT_EQ(options ? 'w' : 0, frame[1]) << "32 bits are silently cut";
+        EXPECT_EQ(wide ? 'w' : 0, NextFrame(file)[1]) << "32 bits are silently cut";
     }
 }
 
 TEST_F(QTWriter, GivesUpMediaForTheHeaderOnAFullDisk)
 {
-    struct Row {
-        uint32_t frame, count;
-        uint64_t given_up;
-        int64_t left;
-    };
     // A megabyte; more only for a header that is larger than that.
-    for (const Row& row : {Row{144000, 20, 0x100000, 12}, Row{20, 200000, 0x200000, 95142}}) {
-        {
-            QTFile file(Path().c_str(), kCreate);
+    const std::tuple<uint32_t, uint32_t, uint64_t, int64_t> rows[] = {
+        {144000, 20, 0x100000, 12}, {20, 200000, 0x200000, 95142}};
+    for (const auto& [size, count, given_up, left] : rows) {
+        const uint64_t media = uint64_t{size} * count;
+        const Bytes whole = Write([&, size = size, count = count](QTFile& file) {
             ASSERT_EQ(0, file.AddDVTrack(true));
-            for (uint32_t i = 0; i < row.count; i++)
-                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), row.frame));
-            const FullDisk full(16 + uint64_t{row.frame} * row.count + 100);
+            for (uint32_t i = 0; i < count; i++)
+                ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), size));
+            const FullDisk full(16 + media + 100);
             EXPECT_EQ(0, file.Close());
-        }
-        const Bytes whole = ReadWhole(Path());
+        });
         EXPECT_EQ("mdat moov", AtomNames(whole)) << "nothing is left behind the header";
-        EXPECT_EQ(uint64_t{row.frame} * row.count - row.given_up, AtomBody(whole, "mdat").size());
-        QTFile file(Path().c_str(), kRead);
-        EXPECT_EQ(row.left, file.SampleCount(0)) << "no frame lies in the header";
-        EXPECT_EQ(row.left, file.ChunkCount(0));
+        EXPECT_EQ(media - given_up, AtomBody(whole, "mdat").size());
+        const QTFile file(Path().c_str(), kRead);
+        EXPECT_EQ(left, file.SampleCount(0)) << "no frame lies in the header";
+        EXPECT_EQ(left, file.ChunkCount(0));
     }
 }
 
 TEST_F(QTWriter, KeepsWhatWasWrittenWhenTheDiskFillsUp)
 {
-    {
-        QTFile file(Path().c_str(), kCreate);
+    const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddDVTrack(true));
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM()));
         const FullDisk full(16 + 4 * 144000);
@@ -391,9 +326,9 @@ TEST_F(QTWriter, KeepsWhatWasWrittenWhenTheDiskFillsUp)
         }
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000));
         EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 144000));
-    }
-    EXPECT_EQ("mdat moov", AtomNames(ReadWhole(Path())));
-    QTFile file(Path().c_str(), kRead);
+    });
+    EXPECT_EQ("mdat moov", AtomNames(whole));
+    const QTFile file(Path().c_str(), kRead);
     EXPECT_EQ(3, file.SampleCount(0));
     EXPECT_EQ(3 * 1920, file.SampleCount(1));
 }

@@ -12,6 +12,14 @@ Bytes Big(uint64_t value, size_t bytes)
     return out;
 }
 
+Bytes Longs(std::initializer_list<uint64_t> values)
+{
+    Bytes out;
+    for (uint64_t value : values)
+        out = Join({out, Big(value)});
+    return out;
+}
+
 Bytes Text(std::string_view text)
 {
     return Bytes(text.begin(), text.end());
@@ -69,6 +77,20 @@ Bytes QTMovieHeader()
     return QTAtom("mvhd", {Bytes(12), Big(600), Bytes(84)});
 }
 
+Bytes QTMoov(std::initializer_list<QTTestTrack> tracks)
+{
+    Bytes body = QTMovieHeader();
+    for (const QTTestTrack& track : tracks)
+        body = Join({body, track.Build()});
+    return QTAtom("moov", {body});
+}
+
+Bytes QTOneTrack(QTTestTrack track, const Bytes& media)
+{
+    if (track.stco.empty()) track.stco = QTTable({8, 16});
+    return Join({QTAtom("mdat", {media}), QTMoov({track})});
+}
+
 Bytes QTTinyMedia()
 {
     return Text("AAAABBBBCCCC012345678901........");
@@ -77,20 +99,21 @@ Bytes QTTinyMedia()
 Bytes QTTinyMoov(uint64_t media, bool wide_offsets)
 {
     const size_t bytes = wide_offsets ? 8 : 4;
-    QTTestTrack video;
-    video.wide_offsets = wide_offsets;
-    video.stco = Join({Big(0), Big(2), Big(media, bytes), Big(media + 8, bytes)});
-    QTTestTrack sound;
-    sound.video = false;
-    sound.wide_offsets = wide_offsets;
-    sound.format = "twos";
-    sound.width = sound.height = 0;
-    sound.scale = 48000;
-    sound.duration = 1;
-    sound.stsc = QTTable({1, 1, 1, 2, 2, 1}, 3);
-    sound.stsz = Join({Big(0), Big(1), Big(3)});
-    sound.stco = Join({Big(0), Big(2), Big(media + 12, bytes), Big(media + 16, bytes)});
-    return QTAtom("moov", {QTMovieHeader(), video.Build(), sound.Build()});
+    const QTTestTrack video{
+        .stco = Join({Big(0), Big(2), Big(media, bytes), Big(media + 8, bytes)}),
+        .wide_offsets = wide_offsets};
+    const QTTestTrack sound{
+        .video = false,
+        .format = "twos",
+        .width = 0,
+        .height = 0,
+        .scale = 48000,
+        .duration = 1,
+        .stsc = QTTable({1, 1, 1, 2, 2, 1}, 3),
+        .stsz = Join({Big(0), Big(1), Big(3)}),
+        .stco = Join({Big(0), Big(2), Big(media + 12, bytes), Big(media + 16, bytes)}),
+        .wide_offsets = wide_offsets};
+    return QTMoov({video, sound});
 }
 
 Bytes QTCompressed(const Bytes& moov, uint64_t claimed_extra)
@@ -133,17 +156,16 @@ std::vector<Bytes> QTSeedMovies()
     std::vector<Bytes> seeds;
     for (QTLayout& layout : QTLayouts())
         seeds.push_back(std::move(layout.file));
-    QTTestTrack outside;
-    outside.stco = QTTable({0, 8});
-    outside.data_reference = QTAtom("alis", {Big(0), Bytes(20), Text("Volume:folder:media file")});
-    outside.code = Join({Bytes(10), Big(40, 2), Text("RU*A"), Bytes(2), Big(1, 2), Bytes(8),
-                         Text("Volume:other media"), Bytes(4)});
-    QTTestTrack packed;
-    packed.video = false;
-    packed.compression_id = 65534;
-    packed.extension = Join({Bytes(16, 1), QTAtom("wave", {Big(1)})});
-    packed.stco = QTTable({0, 8});
-    seeds.push_back(QTAtom("moov", {QTMovieHeader(), outside.Build(), packed.Build()}));
+    const QTTestTrack outside{
+        .stco = QTTable({0, 8}),
+        .data_reference = QTAtom("alis", {Big(0), Bytes(20), Text("Volume:folder:media file")}),
+        .code = Join({Bytes(10), Big(40, 2), Text("RU*A"), Bytes(2), Big(1, 2), Bytes(8),
+                      Text("Volume:other media"), Bytes(4)})};
+    const QTTestTrack packed{.video = false,
+                             .stco = QTTable({0, 8}),
+                             .extension = Join({Bytes(16, 1), QTAtom("wave", {Big(1)})}),
+                             .compression_id = 65534};
+    seeds.push_back(QTMoov({outside, packed}));
     return seeds;
 }
 

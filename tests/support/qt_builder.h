@@ -13,6 +13,7 @@ namespace kelvane {
 // Puts movies together byte by byte, knowing nothing of the code under test.
 
 Bytes Big(uint64_t value, size_t bytes = 4);
+Bytes Longs(std::initializer_list<uint64_t> values);  // with 4 bytes each
 Bytes Text(std::string_view text);
 Bytes Join(std::initializer_list<Bytes> parts);
 Bytes QTAtom(std::string_view type, std::initializer_list<Bytes> parts);
@@ -29,23 +30,27 @@ struct QTTestTrack {
     uint32_t duration = 24;  // of a sample
     uint32_t samples = 3;
     Bytes stsc = QTTable({1, 2, 1, 2, 1, 1}, 3);
-    Bytes stsz;  // body; empty: every sample has 4 bytes
-    Bytes stco;  // body
+    Bytes stsz = {};  // body; empty: every sample has 4 bytes
+    Bytes stco = {};  // body
     bool wide_offsets = false;
-    Bytes extension;  // behind the fixed part of the sample description
+    Bytes extension = {};  // behind the fixed part of the sample description
     uint32_t compression_id = 0;
-    Bytes data_reference;  // an entry of "dref"; empty: self-contained
-    Bytes code;            // body of a "code" atom; empty: none
+    Bytes data_reference = {};  // an entry of "dref"; empty: self-contained
+    Bytes code = {};            // body of a "code" atom; empty: none
 
     Bytes Build() const;
 };
 
 Bytes QTMovieHeader();
+// A movie header and these tracks.
+Bytes QTMoov(std::initializer_list<QTTestTrack> tracks);
 // 32 bytes of media: frames "AAAABBBB" and "CCCC", sound "0123" and "45678901", then filler.
 Bytes QTTinyMedia();
 // Three frames of 4 bytes and two chunks of stereo "twos" sound (1 and 2 sample frames), whose
 // media begin at `media`.
 Bytes QTTinyMoov(uint64_t media, bool wide_offsets = false);
+// A file of one track; without an "stco" of its own its chunks are at 8 and 16, in the media.
+Bytes QTOneTrack(QTTestTrack track, const Bytes& media = QTTinyMedia());
 Bytes QTCompressed(const Bytes& moov, uint64_t claimed_extra = 0);
 
 struct QTLayout {

@@ -1,5 +1,7 @@
 #include "support/riff.h"
 
+#include <algorithm>
+
 #include "support/temp_folder.h"
 
 namespace kelvane {
@@ -10,6 +12,16 @@ std::string Little(uint64_t value, int bytes)
     for (; bytes > 0; bytes--, value >>= 8)
         text += static_cast<char>(value & 0xFF);
     return text;
+}
+
+std::string AsText(std::span<const uint8_t> bytes)
+{
+    return {bytes.begin(), bytes.end()};
+}
+
+std::span<const uint8_t> AsBytes(std::string_view text)
+{
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 uint64_t LittleAt(std::string_view file, uint64_t at, int bytes)
@@ -74,8 +86,7 @@ RiffNode FindRiff(const std::vector<RiffNode>& nodes, std::string_view id_or_nam
 
 RiffFilm::RiffFilm(const std::string& path)
 {
-    const std::vector<uint8_t> whole = ReadWhole(path);
-    bytes.assign(whole.begin(), whole.end());
+    bytes = AsText(ReadWhole(path));
     nodes = ParseRiff(bytes);
 }
 
@@ -84,9 +95,25 @@ uint64_t RiffFilm::At(std::string_view id, uint64_t offset, int size, int n) con
     return LittleAt(bytes, Find(id, n).head + 8 + offset, size);
 }
 
-std::string RiffFilm::Text(std::string_view id, uint64_t offset, int n) const
+std::string RiffFilm::Text(std::string_view id, uint64_t offset, size_t size, int n) const
 {
-    return bytes.substr(Find(id, n).head + 8 + offset, 4);
+    return bytes.substr(Find(id, n).head + 8 + offset, size);
+}
+
+std::vector<uint32_t> RiffFilm::Words(std::string_view id, uint64_t offset, size_t count,
+                                      int n) const
+{
+    std::vector<uint32_t> words(count);
+    for (uint32_t& word : words) {
+        word = static_cast<uint32_t>(At(id, offset, 4, n));
+        offset += 4;
+    }
+    return words;
+}
+
+bool RiffFilm::IsWhole() const
+{
+    return std::ranges::find(nodes, "!", &RiffNode::id) == nodes.end();
 }
 
 std::string RiffFilm::Shape() const
@@ -98,6 +125,31 @@ std::string RiffFilm::Shape() const
         last = name;
     }
     return shape;
+}
+
+std::string StandardIndex(uint64_t base, const std::vector<uint32_t>& sizes)
+{
+    std::string body = Little(2, 2) + Little(0x100, 2) + Little(sizes.size(), 4) + "00dc" +
+                       Little(base, 8) + Little(0, 4);
+    for (size_t i = 0; i < sizes.size(); i++)
+        body += Little(8 + 16 * i, 4) + Little(sizes[i], 4);
+    return RiffChunk("ix00", body);
+}
+
+std::string SuperIndex(const std::vector<uint64_t>& places, size_t duration)
+{
+    std::string body = Little(4, 4) + Little(places.size(), 4) + "00dc" + Little(0, 12);
+    for (const uint64_t at : places)
+        body += Little(at, 8) + Little(0, 4) + Little(duration, 4);
+    return RiffChunk("indx", body);
+}
+
+TinyAVI TinyAVI::OpenDML(const std::vector<uint32_t>& sizes)
+{
+    TinyAVI film{.super_index = SuperIndex({0}, 0), .has_index = false};
+    film.super_index = SuperIndex({film.FrameHead(film.frames.size())}, sizes.size());
+    film.media_end = StandardIndex(film.FrameHead(0), sizes);
+    return film;
 }
 
 std::string TinyAVI::IndexEntry(std::string_view id, uint32_t offset, uint32_t size)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,8 @@ namespace kelvane {
 
 // The value's low bytes, lowest first.
 std::string Little(uint64_t value, int bytes);
+std::string AsText(std::span<const uint8_t> bytes);
+std::span<const uint8_t> AsBytes(std::string_view text);
 // Odd bodies are padded.
 std::string RiffChunk(std::string_view id, std::string_view body);
 std::string RiffList(std::string_view name, std::initializer_list<std::string> chunks,
@@ -40,7 +43,12 @@ struct RiffFilm {
     RiffNode Find(std::string_view id, int n = 0) const { return FindRiff(nodes, id, n); }
     // A number, or four characters, in the body of the n-th chunk of this id.
     uint64_t At(std::string_view id, uint64_t offset, int size, int n = 0) const;
-    std::string Text(std::string_view id, uint64_t offset, int n = 0) const;
+    std::string Text(std::string_view id, uint64_t offset, size_t size = 4, int n = 0) const;
+    // `count` 32-bit numbers.
+    std::vector<uint32_t> Words(std::string_view id, uint64_t offset, size_t count,
+                                int n = 0) const;
+    // False when some chunk reaches over the end of its list or of the file.
+    bool IsWhole() const;
     // The ids, or names of lists, in order; runs of the same one once.
     std::string Shape() const;
 
@@ -48,25 +56,32 @@ struct RiffFilm {
     std::vector<RiffNode> nodes;
 };
 
+// An "ix00" chunk for frames 16 bytes apart; `base` is the head of the first.
+std::string StandardIndex(uint64_t base, const std::vector<uint32_t>& sizes);
+// An "indx" chunk for standard indexes at these places.
+std::string SuperIndex(const std::vector<uint64_t>& places, size_t duration);
+
 // A small AVI of one "vids" stream with an "idx1", made to be changed in parts.
 struct TinyAVI {
     std::string handler = "dvsd";
     std::string type = "vids";
     uint32_t scale = 1, rate = 25;
-    std::string format;  // "strf" in place of a bitmap header of 720 by 576
+    std::string format = {};  // "strf" in place of a bitmap header of 720 by 576
     std::vector<std::string> frames = {"frame 0!", "frame 1.", "frame 2?"};
-    bool from_movi = true;      // what "idx1" counts from
-    uint32_t first_offset = 4;  // of the first entry, when it counts from "movi"
-    std::string super_index;    // an "indx" chunk
-    std::string more_header;    // chunks and lists behind the stream
-    std::string media_end;      // chunks behind the frames
-    std::string index;          // entries in place of those for the frames
+    bool from_movi = true;         // what "idx1" counts from
+    uint32_t first_offset = 4;     // of the first entry, when it counts from "movi"
+    std::string super_index = {};  // an "indx" chunk
+    std::string more_header = {};  // chunks and lists behind the stream
+    std::string media_end = {};    // chunks behind the frames
+    std::string index = {};        // entries in place of those for the frames
     bool has_index = true;
 
     std::string Build() const;
     // Where the head of a frame is in a file with this header.
     uint64_t FrameHead(size_t frame) const;
     static std::string IndexEntry(std::string_view id, uint32_t offset, uint32_t size);
+    // A film whose only index is a standard index with these sizes.
+    static TinyAVI OpenDML(const std::vector<uint32_t>& sizes);
 
 private:
     std::string Headers() const;

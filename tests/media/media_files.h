@@ -1,0 +1,59 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <string>
+
+#include "base/byte_cursor.h"
+
+namespace kelvane {
+
+// Reads up to `count` records or sample frames: how many came, or the status when it failed.
+template <class File>
+int32_t ReadRecords(File& file, int32_t count, void* into)
+{
+    const int status = file.Read(into, count);
+    EXPECT_TRUE(status == 0 || count <= 0);
+    return status == 0 ? count : status;
+}
+
+// The next frame or chunk of a stream as text; "(status)" on failure.
+template <class File>
+std::string NextFrame(File& file, int32_t stream = 0, size_t room = 144000)
+{
+    Bytes buffer(room);
+    uint32_t size = 0;
+    const int status = file.ReadFrame(stream, buffer, size);
+    if (status == 0) return {buffer.begin(), buffer.begin() + size};
+    return size == 0 ? "(" + std::to_string(status) + ")" : "a size in spite of a failure";
+}
+
+// All that NextFrame gives, up to the status that ends it: "AAAA BBBB (-1)".
+template <class File>
+std::string NextFrames(File& file, int32_t stream = 0)
+{
+    std::string all = NextFrame(file, stream, 64);
+    while (!all.ends_with(')'))
+        all += " " + NextFrame(file, stream, 64);
+    return all;
+}
+
+// A limit on the size of any file stands in for a full disk: a write is cut short, then refused.
+class FullDisk {
+public:
+    explicit FullDisk(uint64_t bytes)
+    {
+        signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &fOld);
+        const rlimit limit{bytes, fOld.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &fOld); }
+
+private:
+    rlimit fOld;
+};
+
+}  // namespace kelvane
