@@ -17,7 +17,7 @@ struct SampleOptions {
     bool wide = false;    // 16:9, else 4:3
     bool dvcpro = false;  // DVCPRO25, else DV
     FieldOrder order = FieldOrder::kLowerFirst;
-    Scene scene;
+    Scene scene{};
     uint32_t rate = 48000;  // hertz of the sound: 32000, 44100 or 48000
     uint32_t channels = 2;  // four at 32000 only, in 12 bits
 };
