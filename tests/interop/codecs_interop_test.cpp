@@ -120,30 +120,6 @@ TEST(HuffYUVInterop, WritesFramesThatLibavcodecDecodesToTheOriginalPixels)
     }
 }
 
-// A stream without tables in the header, as told by the low bits of its bit count.
-TEST(HuffYUVInterop, AgreesOnTheClassicTables)
-{
-    const std::pair<uint16_t, uint32_t> rows[] = {
-        {17, kYUY2}, {19, kYUY2}, {20, kYUY2}, {25, kBGR24}, {27, kBGR24}};
-    for (const auto& [bits, space] : rows) {
-        SCOPED_TRACE(bits);
-        const BitmapHeader header{.width = 64, .height = 300, .bit_count = bits};
-        HuffYUVFormat format;
-        ASSERT_EQ(kOK, ReadHuffYUVFormat(header, {}, format));
-        HuffYUVFrameEncoder encoder;
-        encoder.Prepare(format);
-        const Bytes picture = Drawn(64, 300, space);
-        Bytes frame(12 * 64 * 300);
-        size_t size = 0;
-        ASSERT_EQ(kOK, encoder.Encode(picture.data(), frame, size));
-        frame.resize(size);
-        PeerDecoder peer({"huffyuv", 64, 300, bits, {}});
-        ASSERT_TRUE(peer.Decode(frame));
-        EXPECT_EQ(InStreamOrder(picture, space, 300), peer.Picture(space));
-        EXPECT_EQ(picture, HuffYUVDecoded(frame, HuffYUVPrivateData(header, {}), space, 64, 300));
-    }
-}
-
 // The bar stands where it was or has moved: difference frames with skips, runs and literals.
 Bytes MovedBar(const Bytes& picture, size_t rowBytes, size_t pixelBytes, size_t at)
 {

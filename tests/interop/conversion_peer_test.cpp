@@ -1,5 +1,7 @@
 // Conversions by the program, looked at with other people's programs.
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 
 #include "codecs/huffyuv_format.h"
@@ -51,46 +53,62 @@ std::string To(bool pal)
 
 TEST_F(ConversionPeers, SeeTheRightStreamsInEveryFormat)
 {
+    // Type 2 headers have the rate as 29.97 itself.
+    const std::string exact = "30000/1001,", rounded = "2997/100,";
     const std::string little = "pcm_s16le,48000,2", big = "pcm_s16be,48000,2";
     const struct {
-        const char *options, *name, *codec;
-        std::string sound;
+        std::string options, name, codec, tag, rate, sound;
+        bool dvcpro = false;
     } rows[] = {
-        {"dv", "o.dv", "dvvideo", little},
-        {"avi1", "o.avi", "dvvideo", little},
-        {"avi2-odml", "o.avi", "dvvideo", little},
-        {"matrox", "o.avi", "dvvideo", ""},
-        {"canopus2", "o.avi", "dvvideo", little},
-        {"mov-audio-64", "o.mov", "dvvideo", big},
-        {"mov-audio-64 --codec animation", "o.mov", "qtrle", big},
-        {"mov-audio --codec yuv422", "o.mov", "rawvideo", big},
-        {"avi2-odml --codec huffyuv-yuv", "o.avi", "huffyuv", little},
-        {"avi2 --codec rgb24", "o.avi", "rawvideo", little},
+        {"dv", "o.dv", "dvvideo", "[0][0][0][0]", exact, little},
+        {"avi1", "o.avi", "dvvideo", "[0][0][0][0]", exact, little},
+        {"avi1-odml", "o.avi", "dvvideo", "[0][0][0][0]", exact, little},
+        {"avi2", "o.avi", "dvvideo", "dvsd", rounded, little},
+        {"avi2-odml", "o.avi", "dvvideo", "dvsd", rounded, little},
+        {"canopus1", "o.avi", "dvvideo", "CDVC", exact, ""},
+        {"canopus2", "o.avi", "dvvideo", "CDVC", rounded, little},
+        {"matrox", "o.avi", "dvvideo", "dvsd", exact, ""},
+        {"mov-audio", "o.mov", "dvvideo", "dvcp", exact, big},
+        {"mov-audio-64 --codec softdv", "o.mov", "dvvideo", "dvcp", exact, big},
+        {"mov-audio --codec avid-dv", "o.mov", "dvvideo", "AVdv", exact, big},
+        {"mov-audio-64 --codec apple-dvcpro", "o.mov", "dvvideo", "dvpp", exact, big, true},
+        {"mov-audio-64 --codec animation", "o.mov", "qtrle", "rle ", exact, big},
+        {"mov-audio --codec yuv422", "o.mov", "rawvideo", "yuv2", exact, big},
+        {"avi2-odml --codec huffyuv-yuv", "o.avi", "huffyuv", "HFYU", rounded, little},
+        {"avi2 --codec rgb24", "o.avi", "rawvideo", "[0][0][0][0]", rounded, little},
     };
-    for (const bool pal : {true, false}) {
-        const double rate = pal ? 25 : 29.97, other = pal ? 29.97 : 25;
-        MakeClip(20, {.pal = !pal});
-        for (const auto& [options, name, codec, sound] : rows) {
-            SCOPED_TRACE(To(pal) + options);
-            Converted("clip.dv", To(pal) + "--format " + options, name);
-            char seen[16] = "";
-            int height = 0, over = 0, under = 0, frames = 0;
-            EXPECT_EQ(
-                5, sscanf(Probed(name, "v", "codec_name,width,height,r_frame_rate,nb_read_frames")
-                              .c_str(),
-                          "%15[^,],720,%d,%d/%d,%d", seen, &height, &over, &under, &frames));
-            EXPECT_STREQ(codec, seen);
-            EXPECT_EQ(pal ? 576 : 480, height);
-            EXPECT_NEAR(rate, double(over) / under, 0.0005);
-            EXPECT_NEAR(20 * rate / other, frames, 1);
-            if (!sound.empty()) {
+    constexpr int kFrames = 20;
+    for (const auto& [options, name, codec, tag, rate, sound, dvcpro] : rows)
+        for (const bool pal : {true, false})
+            for (const bool same : {true, false}) {
+                SCOPED_TRACE((same ? "" : To(pal)) + options + (pal ? " PAL" : " NTSC"));
+                MakeClip(kFrames, {.pal = pal == same, .dvcpro = dvcpro});
+                Converted("clip.dv", "", "tape.dv");
+                Converted("tape.dv", (same ? "" : To(pal)) + "--format " + options, name);
+                // The last frame may be cut or filled up.
+                const int frames = same ? kFrames : int(kFrames * (pal ? 25 / 29.97 : 29.97 / 25));
+                const std::string streams = codec + "," + (tag == "dvcp" && !pal ? "dvc " : tag) +
+                                            (pal ? ",720,576,25/1," : ",720,480," + rate);
+                EXPECT_THAT(Probed(name, "v",
+                                   "codec_name,codec_tag_string,width,height,r_frame_rate,"
+                                   "nb_read_frames"),
+                            testing::AnyOf(streams + std::to_string(frames),
+                                           streams + std::to_string(frames + (same ? 0 : 1))));
                 EXPECT_EQ(sound, Probed(name, "a:0", "codec_name,sample_rate,channels"));
+                EXPECT_THAT(
+                    MediaInfo(name, "Video;%Format% %Width% %Height% %FrameRate%"),
+                    testing::AllOf(testing::StartsWith(codec == "dvvideo" ? "DV " : ""),
+                                   testing::EndsWith(pal ? " 720 576 25.000" : " 720 480 29.970")));
+                EXPECT_THAT(Printed("mediainfo " + name),
+                            testing::HasSubstr(name == "o.mov" ? "Converted by Kelvane" : ""));
+                EXPECT_EQ("", Complaints(name));
+                if (same && codec == "dvvideo") {
+                    EXPECT_TRUE(Read("tape.dv") == PeerVideo(name));
+                }
+                if (same && !sound.empty()) {
+                    EXPECT_TRUE(PeerSound("tape.dv") == PeerSound(name));
+                }
             }
-            EXPECT_EQ(pal ? "720 576 25.000" : "720 480 29.970",
-                      MediaInfo(name, "Video;%Width% %Height% %FrameRate%"));
-            EXPECT_EQ("", Complaints(name));
-        }
-    }
 }
 
 // Calls use(picture, parity) for all fields in the order of time.
@@ -267,9 +285,11 @@ TEST_F(ConversionPeers, AgreeOnPictureFilesOfOursAndTheirs)
 TEST_F(ConversionPeers, AgreeOnClassicHuffYUVFiles)
 {
     MakeClip(3, {});
-    const Bytes pictures = Pictures("clip.dv", "yuyv422");
-    for (const uint16_t bits : {17, 19, 20}) {
+    for (const uint16_t bits : {17, 19, 20, 25, 27}) {
         SCOPED_TRACE(bits);
+        const bool yuv = bits < 24;
+        const std::string pixels = yuv ? "yuyv422" : "bgr24 -vf vflip";  // as they are coded
+        const Bytes pictures = Pictures("clip.dv", pixels);
         const BitmapHeader header{.width = 720, .height = 576, .bit_count = bits};
         HuffYUVFormat format;
         ASSERT_EQ(0, ReadHuffYUVFormat(header, {}, format));
@@ -281,16 +301,18 @@ TEST_F(ConversionPeers, AgreeOnClassicHuffYUVFiles)
                       Little(bits, 2) + film.handler + std::string(20, '\0');
         film.frames.clear();
         Bytes frame(12 * 720 * 576);
-        for (size_t at = 0; at < pictures.size(); at += 720 * 576 * 2) {
+        for (size_t at = 0; at < pictures.size(); at += 576 * format.RowBytes()) {
             size_t size = 0;
             ASSERT_EQ(0, encoder.Encode(&pictures[at], frame, size));
             film.frames.emplace_back(frame.begin(), frame.begin() + ptrdiff_t(size));
         }
         const std::string file = film.Build();
         Write("classic.avi", Bytes(file.begin(), file.end()));
-        EXPECT_TRUE(pictures == Pictures("classic.avi", "yuyv422")) << "the peer is a judge of it";
-        ExpectDecodedAlike("classic.avi", "--format avi1 --codec huffyuv-yuv", 32);
-        EXPECT_TRUE(pictures == Pictures("again.avi", "yuyv422"));
+        EXPECT_TRUE(pictures == Pictures("classic.avi", pixels)) << "the peer is a judge of it";
+        ExpectDecodedAlike("classic.avi",
+                           std::string("--format avi1 --codec huffyuv-") + (yuv ? "yuv" : "rgb"),
+                           yuv ? 32 : 98);
+        EXPECT_TRUE(pictures == Pictures("again.avi", pixels));
     }
 }
 

@@ -1,7 +1,5 @@
 // Movies of other programs read by us, and ours by ffmpeg, ffprobe and mediainfo.
 
-#include <gmock/gmock.h>
-
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "interop/peer_test.h"
@@ -47,8 +45,6 @@ protected:
         EXPECT_EQ(ProbedMovie("x.mov"), ProbedMovie("ours.mov"));
         EXPECT_TRUE(PeerVideo("x.mov") == PeerVideo("ours.mov"));
     }
-
-    const Bytes fClips[2] = {MakeDV(false), MakeDV(true)};
 };
 
 TEST_F(QTPeer, ReadsWhatOthersWriteBitForBit)
@@ -80,6 +76,8 @@ TEST_F(QTPeer, ReadsWhatOthersWriteBitForBit)
         {gst + "faststart=true " + gstSound + ",format=S16BE ! m.", "dvcp", dv, "pal.dv", true},
         {Dvgrab("-f qt", "x.mov"), "dvc ", dv, "x.mov", true},
     };
+    MakeDV(true);
+    MakeDV(false);
     for (const auto& [command, code, description, truth, sound] : rows) {
         SCOPED_TRACE(command);
         Run("rm -f x.mov; " + command);
@@ -108,64 +106,14 @@ TEST_F(QTPeer, ReadsWhatOthersWriteBitForBit)
     }
 }
 
-TEST_F(QTPeer, IsReadByOthers)
-{
-    const struct {
-        bool pal;
-        uint32_t options;
-        std::string tag;
-    } rows[] = {{true, kQTDVCP | kQTWideOffsets, "dvcp"},
-                {true, 0, "dvc "},
-                {false, kQTDVCP, "dvc "},
-                {false, kQTSoftDV | kQTWideOffsets, "dvc "},
-                {true, kQTAvidDV, "AVdv"},
-                {false, kQTDVCPRO, "dvpp"}};
-    for (const auto& [pal, options, tag] : rows) {
-        SCOPED_TRACE(tag + std::to_string(options));
-        const Bytes& frames = fClips[pal];
-        const uint32_t frame = pal ? 144000 : 120000, block = pal ? 7680 : 6408;
-        const uint32_t count = static_cast<uint32_t>(frames.size()) / frame;
-        Bytes sound = PeerSound(pal ? "pal.dv" : "ntsc.dv");
-        sound.resize(count * block);
-        {
-            QTFile file(Path("ours.mov").c_str(), kCreate);
-            file.SetOptions(options, "Converted by Kelvane");
-            ASSERT_EQ(0, file.AddDVTrack(pal));
-            ASSERT_EQ(0,
-                      file.AddPCMAudioTrack(MediaFormat(RawAudioFormat{kSamplePCM, 2, 16, 48000})));
-            for (uint32_t i = 0; i < count; i++) {
-                ASSERT_EQ(0, file.WriteFrame(0, &frames[i * frame], frame));
-                ASSERT_EQ(0, file.WriteFrame(1, &sound[i * block], block));
-            }
-        }
-        const std::string number = std::to_string(count);
-        EXPECT_EQ("dvvideo|" + tag + (pal ? "|720|576|25/1|" : "|720|480|30000/1001|") +
-                      std::to_string(count / (pal ? 25.0 : 30000 / 1001.0)) + "|" + number +
-                      "\npcm_s16be|twos|48000|2|0/0|" + std::to_string(count * block / 192000.0) +
-                      "|" + std::to_string(count * block / 4),
-                  ProbedMovie("ours.mov"))
-            << "and not one warning";
-        EXPECT_TRUE(PeerVideo("ours.mov") == frames);
-        EXPECT_TRUE(PeerSound("ours.mov") == sound);
-        EXPECT_EQ("", Complaints("ours.mov"));
-        EXPECT_EQ("DV " + tag + (pal ? " 720x576 25.000 " : " 720x480 29.970 ") + number,
-                  MediaInfo("ours.mov",
-                            "Video;%Format% %CodecID% %Width%x%Height% %FrameRate% %FrameCount%"));
-        EXPECT_THAT(Printed("mediainfo ours.mov"), testing::HasSubstr("Converted by Kelvane"));
-
-        QTFile back(Path("ours.mov").c_str(), kRead);
-        EXPECT_TRUE(ReadAll(back, 0) == frames);
-        EXPECT_TRUE(ReadAll(back, 1) == sound);
-    }
-}
-
 TEST_F(QTPeer, IsReadByOthersBeyondFourGigabytes)
 {
     struct SparseQTFile : QTFile {
         using QTFile::LeaveHole;
         using QTFile::QTFile;
     };
-    const Bytes frames(fClips[true].begin(), fClips[true].begin() + 4 * 144000);
+    Bytes frames = MakeDV(true);
+    frames.resize(4 * 144000);
     {
         SparseQTFile file(Path("huge.mov").c_str(), kCreate);
         file.SetOptions(kQTWideOffsets, nullptr);
