@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <iostream>
 
 #include "codecs/huffyuv_format.h"
 #include "codecs/huffyuv_frame_encoder.h"
@@ -279,6 +280,37 @@ TEST_F(ConversionPeers, AgreeOnPictureFilesOfOursAndTheirs)
             EXPECT_LT(27, PictureNoise(Pictures("back.dv"), truth));
         }
     }
+}
+
+// Our codec module beside ffmpeg's own way from picture to DV and back.
+TEST_F(ConversionPeers, FindAsMuchOfAPictureLeftAsByFfmpegAtItsBest)
+{
+    const std::string scale =
+        "-vf scale=interl=1:flags=bicubic+accurate_rnd+full_chroma_inp+full_chroma_int,format=";
+    for (const bool pal : {true, false})
+        for (const bool dvcpro : {false, true}) {
+            const SampleOptions options = {.pal = pal, .dvcpro = dvcpro};
+            MakeClip(8, options);
+            Converted("clip.dv", "--format avi1 --codec rgb32", "ours.avi");
+            SampleClip clip(LoadCodecDrivers(CodecFolder()), options);
+            Bytes truth;
+            for (int64_t number = 0; number < 8; number++) {
+                ASSERT_FALSE(clip.Frame(number).empty());
+                truth.insert(truth.end(), clip.Picture().begin(), clip.Picture().end());
+            }
+            Write("truth.bgr0", truth);
+            Run("ffmpeg -y -f rawvideo -pix_fmt bgr0 -s 720x" + std::string(pal ? "576" : "480") +
+                " -r " + (pal ? "25" : "30000/1001") + " -i truth.bgr0 " + scale +
+                (pal && !dvcpro ? "yuv420p" : "yuv411p") +
+                " -c:v dvvideo -flags +ildct+ilme -f rawvideo theirs.dv");
+            const double byUs = PictureNoise(truth, Pictures("ours.avi"));
+            const double byThem = PictureNoise(
+                truth, FromFfmpeg("theirs.dv", "-map 0:v " + scale + "bgr0 -f rawvideo"));
+            EXPECT_LT(20, byThem);
+            EXPECT_GT(byUs, byThem - 0.3);
+            std::cout << "PSNR, PAL " << pal << ", DVCPRO " << dvcpro << ": " << byUs
+                      << " dB, ffmpeg " << byThem << " dB\n";
+        }
 }
 
 // Streams without tables of their own, from the time before 2.0; nobody writes them any more.

@@ -1,14 +1,9 @@
-// Raw DV, made here and by ffmpeg and libdv, and the quality of our codec module beside ffmpeg's
-// own way from picture to frame and back.
+// Raw DV, made here and by ffmpeg and libdv.
 
 #include <gmock/gmock.h>
 #include <libdv/dv.h>
 
-#include <iostream>
-
-#include "base/four_cc.h"
 #include "interop/peer_test.h"
-#include "support/clip_maker/sample_clip.h"
 
 namespace kelvane {
 namespace {
@@ -78,47 +73,6 @@ TEST_F(RawDVPeers, ClipsOfLibdvAreDescribedByTheirBytes)
             EXPECT_EQ(std::string("clip.dv: DIF/DV ") + (pal ? "PAL 4:2:0" : "NTSC 4:1:1") +
                           (wide ? " (16:9 format)" : " (4:3 format)"),
                       Described());
-        }
-}
-
-TEST_F(RawDVPeers, TheModuleKeepsAsMuchOfAPictureAsFfmpegAtItsBest)
-{
-    const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
-    for (const bool pal : {true, false})
-        for (const bool dvcpro : {false, true}) {
-            SampleOptions options;
-            options.pal = pal;
-            options.dvcpro = dvcpro;
-            SampleClip clip(drivers, options);
-            const TelevisionSystem& system = clip.System();
-            OpenedCodec decoder;
-            CodecSetup setup{};
-            setup.raw.width = setup.coded.width = system.width;
-            setup.raw.height = setup.coded.height = system.height;
-            setup.raw.bit_count = 32;
-            setup.coded.compression = dvcpro ? FourCC("dv25") : FourCC("dvsd");
-            ASSERT_EQ(0, decoder.Open(drivers.codecs.at(1), setup));
-            Bytes truth, ours, picture(clip.Picture().size());
-            for (int64_t number = 0; number < 8; number++) {
-                ASSERT_EQ(0, decoder.Decode(clip.Frame(number), picture));
-                ours.insert(ours.end(), picture.begin(), picture.end());
-                truth.insert(truth.end(), clip.Picture().begin(), clip.Picture().end());
-            }
-            Write("truth.bgr0", truth);
-            const std::string scale =
-                "-vf scale=interl=1:flags=bicubic+accurate_rnd+full_chroma_inp+full_chroma_int"
-                ",format=";
-            Run("ffmpeg -y -f rawvideo -pix_fmt bgr0 -s 720x" + std::to_string(system.height) +
-                " -r " + (pal ? "25" : "30000/1001") + " -i truth.bgr0 " + scale +
-                (pal && !dvcpro ? "yuv420p" : "yuv411p") +
-                " -c:v dvvideo -flags +ildct+ilme -f rawvideo theirs.dv");
-            const double byUs = PictureNoise(truth, ours);
-            const double byThem = PictureNoise(
-                truth, FromFfmpeg("theirs.dv", "-map 0:v " + scale + "bgr0 -f rawvideo"));
-            EXPECT_LT(20, byThem);
-            EXPECT_GT(byUs, byThem - 0.3);
-            std::cout << "PSNR, PAL " << pal << ", DVCPRO " << dvcpro << ": " << byUs
-                      << " dB, ffmpeg " << byThem << " dB\n";
         }
 }
 
