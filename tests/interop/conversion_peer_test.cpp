@@ -74,6 +74,8 @@ TEST_F(ConversionPeers, SeeTheRightStreamsInEveryFormat)
         {"mov-audio --codec avid-dv", "o.mov", "dvvideo", "AVdv", exact, big},
         {"mov-audio-64 --codec apple-dvcpro", "o.mov", "dvvideo", "dvpp", exact, big, true},
         {"mov-audio-64 --codec animation", "o.mov", "qtrle", "rle ", exact, big},
+        {"mov --codec rgb24", "o.mov", "rawvideo", "raw ", exact, ""},
+        {"mov-64 --codec rgb32", "o.mov", "rawvideo", "raw ", exact, ""},
         {"mov-audio --codec yuv422", "o.mov", "rawvideo", "yuv2", exact, big},
         {"avi2-odml --codec huffyuv-yuv", "o.avi", "huffyuv", "HFYU", rounded, little},
         {"avi2 --codec rgb24", "o.avi", "rawvideo", "[0][0][0][0]", rounded, little},

@@ -11,14 +11,12 @@
 namespace kelvane {
 namespace {
 
-struct Case {
+constexpr struct {
     bool pal;
     uint32_t rate;
     size_t samples;  // a channel
-    std::string Name() const { return std::to_string(rate) + (pal ? " PAL" : " NTSC"); }
-};
-constexpr Case kCases[] = {{true, 48000, 1920},  {true, 44100, 1764},  {true, 32000, 1280},
-                           {false, 48000, 1602}, {false, 44100, 1472}, {false, 32000, 1068}};
+} kCases[] = {{true, 48000, 1920},  {true, 44100, 1764},  {true, 32000, 1280},
+              {false, 48000, 1602}, {false, 44100, 1472}, {false, 32000, 1068}};
 
 void Append(Bytes& sound, int16_t sample)
 {
@@ -79,8 +77,8 @@ Bytes Extract(Bytes& frames, bool pal, uint32_t mask = 3)
 
 TEST_F(DVAudioPeer, LibdvReadsWhatWeWriteAndWeReadWhatItWrites)
 {
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.Name());
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(std::to_string(c.rate) + (c.pal ? " PAL" : " NTSC"));
         const Bytes sound = Sound(2 * c.samples, 7);
         std::vector<int16_t> buffers(4 * 1944);
         int16_t* channels[] = {&buffers[0], &buffers[1944], &buffers[2 * 1944], &buffers[3 * 1944]};
@@ -115,8 +113,8 @@ TEST_F(DVAudioPeer, LibdvReadsWhatWeWriteAndWeReadWhatItWrites)
 
 TEST_F(DVAudioPeer, FfmpegReadsWhatWeWrite)
 {
-    for (const Case& c : kCases) {
-        SCOPED_TRACE(c.Name());
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(std::to_string(c.rate) + (c.pal ? " PAL" : " NTSC"));
         Bytes frames = Clip(c.pal), all;
         ASSERT_GE(frames.size(), 5 * DVFrameSize(c.pal));
         ForEachFrame(frames, c.pal, [&](size_t i, DIFFrame& frame) {
@@ -141,14 +139,13 @@ TEST_F(DVAudioPeer, WeReadWhatFfmpegWrites)
 TEST_F(DVAudioPeer, FfmpegReadsFourChannelsOfTwelveBits)
 {
     for (const bool pal : {true, false}) {
-        SCOPED_TRACE(pal);
         Bytes frames = Clip(pal);
         ForEachFrame(frames, pal, [&](size_t i, DIFFrame& frame) {
             frame.EmbedAudio(Sound(4 * (pal ? 1280 : 1068), i), 32000, 4);
         });
         // In NTSC the second pair stands in the place of the first, and the place of the second
         // keeps what it held: both decoders must see it alike.
-        EXPECT_EQ(Heard(frames, "0:1"), Extract(frames, pal, 3));
+        EXPECT_EQ(Heard(frames, "0:1"), Extract(frames, pal, 3)) << pal;
         if (pal) {
             EXPECT_EQ(Heard(frames, "0:2"), Extract(frames, pal, 12));
         }
