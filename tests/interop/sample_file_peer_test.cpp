@@ -1,125 +1,98 @@
 // WAVE and AIFF files against sox and ffmpeg, both ways.
 
-#include <gtest/gtest.h>
-
 #include <random>
 
+#include "interop/peer_test.h"
 #include "media/audio_file.h"
-#include "support/run_command.h"
-#include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-Bytes Noise(size_t bytes)
-{
-    std::mt19937 random(3);
-    Bytes noise(bytes);
-    for (uint8_t& byte : noise)
-        byte = static_cast<uint8_t>(random());
-    return noise;
-}
-
-class SampleFilePeer : public testing::Test {
+class SampleFilePeer : public PeerTest {
 protected:
-    // What a command that has %i for the input and %o for raw samples makes of a file of ours.
-    Bytes Heard(std::string command, const std::string& input)
+    SampleFilePeer() : fSamples(48000)
     {
-        const std::string raw = fFolder.Path("heard.raw");
-        command.replace(command.find("%i"), 2, input);
-        command.replace(command.find("%o"), 2, raw);
-        EXPECT_EQ(0, RunCommand(command)) << command;
-        return ReadWhole(raw);
+        std::mt19937 random(3);
+        for (uint8_t& byte : fSamples)
+            byte = static_cast<uint8_t>(random());
     }
-    Bytes ReadAll(const std::string& path, int32_t type, uint16_t bits)
-    {
-        AudioFile file(path.c_str(), kRead, type);
-        EXPECT_EQ(0, file.InitCheck()) << path;
-        if (!file.Format()) return {};
-        EXPECT_EQ(2, file.Format()->ch);
-        EXPECT_EQ(bits, file.Format()->bitspersample);
-        EXPECT_EQ(48000, file.Format()->srate);
-        int32_t count = static_cast<int32_t>(file.CountFrames());
-        Bytes samples(static_cast<size_t>(count) * bits / 4);
-        EXPECT_EQ(0, file.Read(samples.data(), count));
-        return samples;
-    }
-    std::string Written(const std::string& name, int32_t type, const RawAudioFormat& format,
-                        const Bytes& samples)
-    {
-        const std::string path = fFolder.Path(name);
-        AudioFile file(path.c_str(), kCreate, type);
-        EXPECT_EQ(0, file.SetFormat(format));
-        const auto frames = static_cast<int32_t>(samples.size() / SampleFrameSize(format));
-        EXPECT_EQ(0, file.Write(samples.data(), frames));
-        return path;
-    }
-    TempFolder fFolder;
+    Bytes fSamples;
 };
 
 TEST_F(SampleFilePeer, SoxAndFfmpegReadOurs)
 {
-    const Bytes samples = Noise(48000);
-    const RawAudioFormat pcm16 = {kSamplePCM, 2, 16, 48000};
-    const std::string wav = Written("a.wav", kWAVFileType, pcm16, samples);
-    const std::string aiff = Written("a.aif", kAIFFFileType, pcm16, samples);
-    for (const std::string& path : {wav, aiff}) {
-        EXPECT_EQ(samples, Heard("sox %i -t raw -e signed -b 16 -L %o", path));
-        EXPECT_EQ(samples, Heard("ffmpeg -y -i %i -f s16le %o", path));
-        EXPECT_EQ(0, RunCommand("test $(soxi -r " + path + ") = 48000 && test $(soxi -c " + path +
-                                ") = 2 && test $(soxi -s " + path + ") = 12000"));
+    const struct {
+        const char* name;
+        int32_t type;
+        RawAudioFormat format;
+        const char *sox, *ffmpeg;  // how they put raw samples down
+    } rows[] = {
+        {"a.wav", kWAVFileType, {kSamplePCM, 2, 16, 48000}, "signed -b 16", "s16le"},
+        {"a.aif", kAIFFFileType, {kSamplePCM, 2, 16, 48000}, "signed -b 16", "s16le"},
+        {"b.wav", kWAVFileType, {kSamplePCM, 2, 24, 48000}, "signed -b 24", "s24le"},
+        {"c.wav", kWAVFileType, {kSampleFloat, 2, 32, 48000}, "float -b 32", "f32le"},
+    };
+    for (const auto& [name, type, format, sox, ffmpeg] : rows) {
+        SCOPED_TRACE(name);
+        if (format.format == kSampleFloat) fSamples.assign(48000, 0);
+        const auto frames = static_cast<int32_t>(fSamples.size() / SampleFrameSize(format));
+        {
+            AudioFile file(Path(name).c_str(), kCreate, type);
+            EXPECT_EQ(0, file.SetFormat(format));
+            EXPECT_EQ(0, file.Write(fSamples.data(), frames));
+        }
+        Run(std::string("sox ") + name + " -t raw -L -e " + sox + " heard.raw");
+        EXPECT_EQ(fSamples, Read("heard.raw"));
+        EXPECT_EQ(fSamples, FromFfmpeg(name, std::string("-f ") + ffmpeg));
+        for (const auto& [option, told] : {std::pair("-r", 48000), {"-c", 2}, {"-s", frames}})
+            EXPECT_EQ(std::to_string(told), Printed(std::string("soxi ") + option + " " + name));
     }
-    const std::string wide = Written("b.wav", kWAVFileType, {kSamplePCM, 2, 24, 48000}, samples);
-    EXPECT_EQ(samples, Heard("sox %i -t raw -e signed -b 24 -L %o", wide));
-    const std::string real =
-        Written("c.wav", kWAVFileType, {kSampleFloat, 2, 32, 48000}, Bytes(48000));
-    EXPECT_EQ(Bytes(48000), Heard("ffmpeg -y -i %i -f f32le %o", real));
 }
 
 TEST_F(SampleFilePeer, WeReadTheirs)
 {
-    const Bytes samples = Noise(48000);
-    const std::string raw = fFolder.Write("in.raw", samples);
-    struct Row {
-        const char* command;
+    Write("in.raw", fSamples);
+    const std::string sox = "sox -t raw -r 48000 -c 2 -L -e ";
+    const std::string ffmpeg = "ffmpeg -y -f s16le -ar 48000 -ac 2 -i in.raw ";
+    const struct {
+        std::string command;
         const char* name;
         int32_t type;
         uint16_t bits;
-    };
-    const Row rows[] = {
-        {"sox -t raw -r 48000 -c 2 -e signed -b 16 -L %r %o", "s.wav", kWAVFileType, 16},
-        {"sox -t raw -r 48000 -c 2 -e signed -b 16 -L %r %o", "s.aiff", kAIFFFileType, 16},
-        {"sox -t raw -r 48000 -c 2 -e signed -b 24 -L %r -t wavpcm %o", "s24.wav", kWAVFileType,
-         24},
-        {"sox -t raw -r 48000 -c 2 -e unsigned -b 8 %r %o", "s8.wav", kWAVFileType, 8},
-        {"ffmpeg -y -f s16le -ar 48000 -ac 2 -i %r %o", "f.wav", kWAVFileType, 16},
-        {"ffmpeg -y -f s16le -ar 48000 -ac 2 -i %r %o", "f.aif", kAIFFFileType, 16},
+    } rows[] = {
+        {sox + "signed -b 16 in.raw s.wav", "s.wav", kWAVFileType, 16},
+        {sox + "signed -b 16 in.raw s.aiff", "s.aiff", kAIFFFileType, 16},
+        {sox + "signed -b 24 in.raw -t wavpcm s24.wav", "s24.wav", kWAVFileType, 24},
+        {sox + "unsigned -b 8 in.raw s8.wav", "s8.wav", kWAVFileType, 8},
+        {ffmpeg + "f.wav", "f.wav", kWAVFileType, 16},
+        {ffmpeg + "f.aif", "f.aif", kAIFFFileType, 16},
         // Broadcast WAVE, with its "bext" chunk, and one whose sizes were never filled in.
-        {"ffmpeg -y -f s16le -ar 48000 -ac 2 -i %r -write_bext 1 -metadata description=Take %o",
-         "bext.wav", kWAVFileType, 16},
-        {"ffmpeg -y -f s16le -ar 48000 -ac 2 -i %r -f wav - | cat > %o", "pipe.wav", kWAVFileType,
+        {ffmpeg + "-write_bext 1 -metadata description=Take bext.wav", "bext.wav", kWAVFileType,
          16},
+        {ffmpeg + "-f wav - | cat > pipe.wav", "pipe.wav", kWAVFileType, 16},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string path = fFolder.Path(row.name);
-        std::string command = row.command;
-        command.replace(command.find("%r"), 2, raw);
-        command.replace(command.find("%o"), 2, path);
-        ASSERT_EQ(0, RunCommand(command));
-        EXPECT_EQ(row.type, AudioFileTypeOf(path.c_str()));
-        EXPECT_EQ(samples, ReadAll(path, row.type, row.bits));
+    for (const auto& [command, name, type, bits] : rows) {
+        SCOPED_TRACE(command);
+        Run(command);
+        const std::string path = Path(name);
+        EXPECT_EQ(type, AudioFileTypeOf(path.c_str()));
+        AudioFile file(path.c_str(), kRead, type);
+        ASSERT_EQ(0, file.InitCheck());
+        EXPECT_EQ(2, file.Format()->ch);
+        EXPECT_EQ(bits, file.Format()->bitspersample);
+        EXPECT_EQ(48000, file.Format()->srate);
+        auto count = static_cast<int32_t>(file.CountFrames());
+        Bytes samples(static_cast<size_t>(count) * bits / 4);
+        EXPECT_EQ(0, file.Read(samples.data(), count));
+        EXPECT_EQ(fSamples, samples);
     }
 }
 
 TEST_F(SampleFilePeer, AnAIFCFileFromElsewhereIsRefused)
 {
-    const std::string path = fFolder.Path("x.aifc");
-    ASSERT_EQ(0, RunCommand("sox -n -r 48000 -c 2 -b 16 " + path + " trim 0 0.1"));
-    EXPECT_EQ(kAIFFFileType, AudioFileTypeOf(path.c_str()));
-    EXPECT_EQ(-3, AIFFFile(path.c_str(), kRead).InitCheck());
+    Run("sox -n -r 48000 -c 2 -b 16 x.aifc trim 0 0.1");
+    EXPECT_EQ(kAIFFFileType, AudioFileTypeOf(Path("x.aifc").c_str()));
+    EXPECT_EQ(-3, AIFFFile(Path("x.aifc").c_str(), kRead).InitCheck());
 }
 
 }  // namespace

@@ -63,51 +63,46 @@ void ForEachByte(const AVFrame& frame, const Layout& layout, int bytes, Picture*
     }
 }
 
-[[noreturn]] void Fail(const char* codec)
+void Need(bool fine, const char* what)
 {
-    throw std::runtime_error(std::string("libavcodec refuses ") + codec);
+    if (!fine) throw std::runtime_error(std::string("libavcodec refuses ") + what);
 }
 
 }  // namespace
 
-void LibavDeleter::operator()(AVCodecContext* context) const
+LibavPeer::LibavPeer(const AVCodec* codec, const char* name)
+    : fName(name),
+      fContext(avcodec_alloc_context3(codec), [](AVCodecContext* c) { avcodec_free_context(&c); }),
+      fFrame(av_frame_alloc(), [](AVFrame* f) { av_frame_free(&f); }),
+      fPacket(av_packet_alloc(), [](AVPacket* p) { av_packet_free(&p); })
 {
-    avcodec_free_context(&context);
+    Need(codec, name);
+    av_log_set_level(AV_LOG_ERROR);
+    fContext->thread_count = 1;
 }
 
-void LibavDeleter::operator()(AVFrame* frame) const
+void LibavPeer::Open()
 {
-    av_frame_free(&frame);
-}
-
-void LibavDeleter::operator()(AVPacket* packet) const
-{
-    av_packet_free(&packet);
+    Need(avcodec_open2(fContext.get(), nullptr, nullptr) >= 0, fName);
 }
 
 PeerEncoder::PeerEncoder(const char* codec, uint32_t space, int width, int height, Options options)
-    : fCodec(codec), fFrame(av_frame_alloc()), fPacket(av_packet_alloc())
+    : LibavPeer(avcodec_find_encoder_by_name(codec), codec)
 {
-    const AVCodec* found = avcodec_find_encoder_by_name(codec);
-    if (!found) Fail(codec);
-    fContext.reset(avcodec_alloc_context3(found));
     AVCodecContext& c = *fContext;
-    av_log_set_level(AV_LOG_ERROR);
     c.width = fFrame->width = width;
     c.height = fFrame->height = height;
-    c.pix_fmt = FormatFor(found, space);
+    fFrame->format = c.pix_fmt = FormatFor(c.codec, space);
     c.time_base = {1, 25};
-    c.thread_count = 1;
     for (const auto& [name, value] : options)
-        if (av_opt_set(&c, name, value, AV_OPT_SEARCH_CHILDREN) < 0) Fail(name);
-    fFrame->format = c.pix_fmt;
-    if (avcodec_open2(&c, found, nullptr) < 0 || av_frame_get_buffer(fFrame.get(), 0) < 0)
-        Fail(codec);
+        Need(av_opt_set(&c, name, value, AV_OPT_SEARCH_CHILDREN) >= 0, name);
+    Open();
+    Need(av_frame_get_buffer(fFrame.get(), 0) >= 0, codec);
 }
 
 void PeerEncoder::SetPicture(std::span<const uint8_t> picture)
 {
-    if (av_frame_make_writable(fFrame.get()) < 0) Fail(fCodec);
+    Need(av_frame_make_writable(fFrame.get()) >= 0, fName);
     const Layout& layout = *LayoutOf(fFrame->format);
     ForEachByte(*fFrame, layout, layout.bytes, picture.data(),
                 [](uint8_t ours, uint8_t& theirs) { theirs = ours; });
@@ -117,9 +112,9 @@ std::span<const uint8_t> PeerEncoder::Encode()
 {
     av_packet_unref(fPacket.get());
     fFrame->pts = fTime++;
-    if (avcodec_send_frame(fContext.get(), fFrame.get()) < 0 ||
-        avcodec_receive_packet(fContext.get(), fPacket.get()) < 0)
-        Fail(fCodec);
+    Need(avcodec_send_frame(fContext.get(), fFrame.get()) >= 0 &&
+             avcodec_receive_packet(fContext.get(), fPacket.get()) >= 0,
+         fName);
     return {fPacket->data, static_cast<size_t>(fPacket->size)};
 }
 
@@ -127,27 +122,23 @@ PeerStream PeerEncoder::Stream() const
 {
     const AVCodecContext& c = *fContext;
     const int bits = c.bits_per_coded_sample;
-    return {fCodec, c.width, c.height, bits, Bytes(c.extradata, c.extradata + c.extradata_size)};
+    return {fName, c.width, c.height, bits, Bytes(c.extradata, c.extradata + c.extradata_size)};
 }
 
 PeerDecoder::PeerDecoder(const PeerStream& stream)
-    : fFrame(av_frame_alloc()), fPacket(av_packet_alloc())
+    : LibavPeer(avcodec_find_decoder_by_name(stream.codec), stream.codec)
 {
-    const AVCodec* found = avcodec_find_decoder_by_name(stream.codec);
-    if (!found) Fail(stream.codec);
-    fContext.reset(avcodec_alloc_context3(found));
     AVCodecContext& c = *fContext;
     c.width = stream.width;
     c.height = stream.height;
     c.bits_per_coded_sample = stream.bits;
-    c.thread_count = 1;
     if (!stream.extension.empty()) {
         const size_t size = stream.extension.size();
         c.extradata = static_cast<uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
         c.extradata_size = static_cast<int>(size);
         memcpy(c.extradata, stream.extension.data(), size);
     }
-    if (avcodec_open2(&c, found, nullptr) < 0) Fail(stream.codec);
+    Open();
 }
 
 bool PeerDecoder::Decode(std::span<const uint8_t> frame)

@@ -10,6 +10,7 @@
 #include "base/byte_cursor.h"
 #include "codecs/media_format.h"
 
+struct AVCodec;
 struct AVCodecContext;
 struct AVFrame;
 struct AVPacket;
@@ -19,14 +20,6 @@ namespace kelvane {
 // libavcodec's codecs as peers: an independent coder and decoder of the same formats, one thread.
 // Pictures are in the layouts kYUY2, kBGR24 and kBGRA32, top row first.
 
-struct LibavDeleter {
-    void operator()(AVCodecContext* context) const;
-    void operator()(AVFrame* frame) const;
-    void operator()(AVPacket* packet) const;
-};
-template <class T>
-using LibavHandle = std::unique_ptr<T, LibavDeleter>;
-
 // What a container says of a stream.
 struct PeerStream {
     const char* codec;  // by libavcodec's name
@@ -35,11 +28,24 @@ struct PeerStream {
     Bytes extension;
 };
 
-class PeerEncoder {
+// Throws std::runtime_error where libavcodec refuses.
+class LibavPeer {
+protected:
+    LibavPeer(const AVCodec* codec, const char* name);
+    void Open();
+
+    template <class T>
+    using Handle = std::unique_ptr<T, void (*)(T*)>;
+    const char* fName;
+    Handle<AVCodecContext> fContext;
+    Handle<AVFrame> fFrame;
+    Handle<AVPacket> fPacket;
+};
+
+class PeerEncoder : LibavPeer {
 public:
     using Options = std::initializer_list<std::pair<const char*, const char*>>;
 
-    // Throws std::runtime_error when the codec does not take this.
     PeerEncoder(const char* codec, uint32_t space, int width, int height, Options options = {});
 
     void SetPicture(std::span<const uint8_t> picture);
@@ -48,25 +54,16 @@ public:
     PeerStream Stream() const;
 
 private:
-    const char* fCodec;
-    LibavHandle<AVCodecContext> fContext;
-    LibavHandle<AVFrame> fFrame;
-    LibavHandle<AVPacket> fPacket;
     int64_t fTime = 0;
 };
 
-class PeerDecoder {
+class PeerDecoder : LibavPeer {
 public:
     explicit PeerDecoder(const PeerStream& stream);
 
     bool Decode(std::span<const uint8_t> frame);
     // The picture last decoded; empty when its layout is none of `space`.
     Bytes Picture(uint32_t space) const;
-
-private:
-    LibavHandle<AVCodecContext> fContext;
-    LibavHandle<AVFrame> fFrame;
-    LibavHandle<AVPacket> fPacket;
 };
 
 }  // namespace kelvane

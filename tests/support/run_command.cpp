@@ -1,9 +1,8 @@
 #include "support/run_command.h"
 
-#include <cstdio>
-
 #include <sys/wait.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace kelvane {
@@ -17,7 +16,7 @@ int RunCommand(const std::string& command)
 std::string CommandOutput(const std::string& command)
 {
     std::string output;
-    FILE* pipe = popen(("(" + command + ") 2>/dev/null").c_str(), "r");
+    FILE* pipe = popen(("(" + command + ") 2>/dev/null </dev/null").c_str(), "r");
     if (!pipe) return output;
     char buffer[4096];
     for (size_t got; (got = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
@@ -26,15 +25,6 @@ std::string CommandOutput(const std::string& command)
     while (output.ends_with('\n'))
         output.pop_back();
     return output;
-}
-
-bool Dvgrab(const std::string& options, const std::string& input, const std::string& stem)
-{
-    const std::string command = "rm -f " + stem + "*; timeout -s KILL 8 dvgrab -input " + input +
-                                " " + options + " " + stem;
-    for (int tries = 0; tries < 5; tries++)
-        if (RunCommand(command) == 0) return true;
-    return false;
 }
 
 }  // namespace kelvane

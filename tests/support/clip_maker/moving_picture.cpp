@@ -22,7 +22,7 @@ constexpr size_t kTexturePeriod = 256;
 constexpr double kStripTop = 0.62, kStripBottom = 0.82;
 constexpr double kCodeTop = 0.90, kCodeBottom = 0.96;
 constexpr double kCodeLeft = 0.10, kCodeRight = 0.90;
-constexpr int kCodeBits = 16;  // one white cell, one black cell, then the number, highest bit first
+constexpr int kCodeCells = 18;  // one white, one black, then the number, highest bit first
 
 constexpr uint32_t Grey(uint32_t level)
 {
@@ -45,6 +45,12 @@ uint32_t Coverage(double x, double left, double right)
     return static_cast<uint32_t>(256 * std::clamp(inside, 0.0, 1.0));
 }
 
+void SetPixel(uint8_t* picture, int32_t width, int32_t x, int32_t y, bool white)
+{
+    const uint32_t colour = Grey(white ? 235 : 16);
+    memcpy(picture + 4 * (size_t(y) * size_t(width) + size_t(x)), &colour, 4);
+}
+
 // Digits and colon, five columns by seven rows, top row first, leftmost column in bit 4.
 constexpr uint8_t kGlyphs[11][7] = {
     {14, 17, 19, 21, 25, 17, 14}, {4, 12, 4, 4, 4, 4, 14},  {14, 17, 1, 6, 8, 16, 31},
@@ -59,8 +65,7 @@ void DrawGlyph(uint8_t* picture, int32_t width, int parity, int32_t left, int32_
         if ((top + y) % 2 != parity) continue;
         for (int32_t x = 0; x < 6 * kDot; x++) {
             const bool set = x < 5 * kDot && kGlyphs[glyph][y / kDot] >> (4 - x / kDot) & 1;
-            const uint32_t colour = set ? Grey(235) : Grey(16);
-            memcpy(picture + 4 * (size_t(top + y) * size_t(width) + size_t(left + x)), &colour, 4);
+            SetPixel(picture, width, left + x, top + y, set);
         }
     }
 }
@@ -77,14 +82,13 @@ std::string CounterText(int64_t number, double framesPerSecond)
 
 int32_t CellLeft(int32_t width, int cell)
 {
-    return static_cast<int32_t>(width *
-                                (kCodeLeft + (kCodeRight - kCodeLeft) * cell / (kCodeBits + 2)));
+    return static_cast<int32_t>(width * (kCodeLeft + (kCodeRight - kCodeLeft) * cell / kCodeCells));
 }
 
-bool CellIsWhite(int cell, int64_t number)
+// The cells of a number as bits.
+constexpr uint32_t Code(int64_t number)
 {
-    if (cell < 2) return cell == 0;
-    return number >> (kCodeBits + 1 - cell) & 1;
+    return 0x20000 | (number & 0xFFFF);
 }
 
 }  // namespace
@@ -178,10 +182,10 @@ void MovingPicture::DrawNumbers(uint8_t* picture, int parity, int64_t number, in
     }
     for (auto y = static_cast<int32_t>(fHeight * kCodeTop); y < fHeight * kCodeBottom; y++) {
         if (y % 2 != parity) continue;
-        for (int cell = 0; cell < kCodeBits + 2; cell++) {
-            const uint32_t colour = CellIsWhite(cell, field) ? Grey(235) : Grey(16);
+        for (int cell = 0; cell < kCodeCells; cell++) {
+            const bool white = Code(field) >> (kCodeCells - 1 - cell) & 1;
             for (int32_t x = CellLeft(fWidth, cell); x < CellLeft(fWidth, cell + 1); x++)
-                memcpy(picture + 4 * (size_t(y) * size_t(fWidth) + size_t(x)), &colour, 4);
+                SetPixel(picture, fWidth, x, y, white);
         }
     }
 }
@@ -190,9 +194,8 @@ void MovingPicture::DrawFrame(uint8_t* picture, int64_t number, double framesPer
                               FieldOrder order) const
 {
     for (int parity = 0; parity < 2; parity++) {
-        const bool second = order == FieldOrder::kUpperFirst   ? parity == 1
-                            : order == FieldOrder::kLowerFirst ? parity == 0
-                                                               : false;
+        const int last = order == FieldOrder::kUpperFirst ? 1 : 0;
+        const bool second = order != FieldOrder::kProgressive && parity == last;
         const int64_t field = 2 * number + (second ? 1 : 0);
         DrawField(picture, parity, double(field) / (2 * framesPerSecond));
         if (fScene.counter) DrawNumbers(picture, parity, number, field, framesPerSecond);
@@ -205,16 +208,15 @@ int64_t MovingPicture::ReadFieldNumber(const uint8_t* picture, int32_t width, in
     // The middle of each cell, on the line of this parity nearest to the middle of the code.
     auto y = static_cast<int32_t>(height * (kCodeTop + kCodeBottom) / 2);
     if (y % 2 != parity) y++;
-    int64_t number = 0;
-    for (int cell = 0; cell < kCodeBits + 2; cell++) {
+    uint32_t code = 0;
+    for (int cell = 0; cell < kCodeCells; cell++) {
         const int32_t x = (CellLeft(width, cell) + CellLeft(width, cell + 1)) / 2;
         const uint8_t green = picture[4 * (size_t(y) * size_t(width) + size_t(x)) + 1];
         if (green > 90 && green < 160) return -1;
-        const bool white = green >= 160;
-        if (cell < 2 && white != (cell == 0)) return -1;
-        if (cell >= 2) number = 2 * number + (white ? 1 : 0);
+        code = code << 1 | (green >= 160 ? 1 : 0);
     }
-    return number;
+    const uint32_t number = code & 0xFFFF;
+    return code == Code(number) ? int64_t{number} : -1;
 }
 
 }  // namespace kelvane
