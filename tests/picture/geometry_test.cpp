@@ -88,15 +88,25 @@ TEST(GeometryConvert, HalfLetterBoxStandsWhereItAlwaysStood)
 
 TEST(GeometryConvert, PanAndScanCutsTheSides)
 {
-    const Words columns = Drawn(720, 480, [](int32_t x, int32_t) -> uint32_t {
-        return x < 60 ? 0x40 : x < 660 ? 0x80 : 0xFF;
-    });
-    for (const uint32_t ilace : {0, 2}) {
-        const Words result = Converted({kOp2PAL, 2, 720, 480, 720, 576, ilace}, columns);
-        for (size_t i = 0; i < 720 * 576; i++)
-            // The last pixel lies 10683 / 65536 of the way to pixel 660: 254 * 5341 >> 16.
-            ASSERT_EQ(i % 720 == 719 ? 0x80u + 20u : 0x80u, result[i]) << i;
-        EXPECT_EQ(kUntouched, result[720 * 576]);
+    // Half a letter box cuts less and stands lower. The last pixel lies a part of the way to the
+    // first one that is cut: 10683 / 65536 and 5624 / 65536.
+    const struct {
+        int32_t mode;
+        int32_t left, right;  // what is kept
+        size_t first, end;    // rows of the result
+        uint32_t last;
+    } rows[] = {{2, 60, 660, 0, 576, 0x80 + (254 * 5341 >> 16)},
+                {3, 33, 687, 96, 624, 0x80 + (254 * 2812 >> 16)}};
+    for (const auto& row : rows) {
+        const Words columns = Drawn(720, 480, [&](int32_t x, int32_t) -> uint32_t {
+            return x < row.left ? 0x40 : x < row.right ? 0x80 : 0xFF;
+        });
+        for (const uint32_t ilace : {0u, row.mode == 2 ? 2u : 0u}) {
+            const Words result = Converted({kOp2PAL, row.mode, 720, 480, 720, 576, ilace}, columns);
+            for (size_t i = 720 * row.first; i < 720 * row.end; i++)
+                ASSERT_EQ(i % 720 == 719 ? row.last : 0x80u, result[i]) << i;
+            EXPECT_EQ(kUntouched, result[720 * row.end]);
+        }
     }
 }
 
