@@ -12,6 +12,7 @@
 #include "engine/convert_file.h"
 #include "engine/source.h"
 #include "support/clip_maker/sample_clip.h"
+#include "support/picture_noise.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
@@ -75,8 +76,5 @@ struct Film {
 
 // A frame of a file as a picture of B, G, R, X, top row first; empty when it cannot be decoded.
 Bytes DecodedFrame(const std::string& path, size_t number, ConversionState& state);
-
-// Decibels between two pictures of four bytes a pixel; the fourth byte does not count.
-double PictureNoise(const Bytes& a, const Bytes& b);
 
 }  // namespace kelvane

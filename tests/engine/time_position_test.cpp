@@ -50,6 +50,14 @@ TEST(TimePosition, ReadsNoneOrOneGoingUpAndOneOrTwoGoingDown)
         EXPECT_EQ("01111211112", Reads(Pace(kToPAL, 3, pal, true), 11));
 }
 
+// 29.97, and not 30000 / 1001, is the rate of NTSC here.
+TEST(TimePosition, StepsAreExact)
+{
+    EXPECT_EQ(0.8341675008341676, Pace(kToNTSC, 1, true, false).Step());
+    EXPECT_EQ(1.1987999999999999, Pace(kToPAL, 1, false, true).Step());
+    EXPECT_EQ(1.2, Pace(kToPAL, 3, true, true).Step());
+}
+
 TEST(TimePosition, PulldownWithAChangeOfFieldOrderUsesTheFirstFrameTwice)
 {
     EXPECT_EQ("0011111", Reads(Pace(kToNTSC, 3, true, false), 7));

@@ -8,6 +8,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/television.h"
+#include "support/picture_noise.h"
 #include "support/run_command.h"
 #include "support/temp_folder.h"
 
@@ -100,16 +101,6 @@ private:
 inline size_t DVFrameSize(bool pal)
 {
     return static_cast<size_t>(SystemFor(pal).dv_frame_size);
-}
-
-// Decibels between two pictures of four bytes a pixel; the fourth byte does not count.
-inline double PictureNoise(const Bytes& a, const Bytes& b)
-{
-    if (a.size() != b.size() || a.empty()) return 0;
-    double squares = 0;
-    for (size_t i = 0; i < a.size(); i++)
-        if (i % 4 != 3) squares += (a[i] - b[i]) * (a[i] - b[i]);
-    return squares == 0 ? 99 : 10 * std::log10(255.0 * 255 * double(a.size()) * 0.75 / squares);
 }
 
 }  // namespace kelvane

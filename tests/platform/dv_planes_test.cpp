@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "support/psnr.h"
+#include "support/picture_noise.h"
 
 namespace kelvane {
 namespace {
@@ -105,7 +105,7 @@ TEST(DVPlanes, SmoothColourIsNotShifted)
         picture[i + 2] = static_cast<uint8_t>(40 + x / 6);
     }
     for (const ChromaSampling chroma : {ChromaSampling::k420, ChromaSampling::k411})
-        EXPECT_GT(PSNR(picture, ThereAndBack(picture, {kWidth, 8, chroma})), 47);
+        EXPECT_GT(PictureNoise(picture, ThereAndBack(picture, {kWidth, 8, chroma})), 47);
 }
 
 }  // namespace
