@@ -139,9 +139,7 @@ ResamplingInput InputOf(const ConversionRun& run, const FrameSlot& current)
 // Nothing when the picture is more than lines of frames.
 std::optional<WovenFrames> WovenBy(const ResamplingPlan& plan, const Neighbours& neighbours)
 {
-    if (plan.base != ResamplingPlan::kWeave || plan.final_step != FinalStep::kNone ||
-        plan.blend_even.weight != 0 || plan.blend_odd.weight != 0)
-        return std::nullopt;
+    if (!plan.OnlyWeaves()) return std::nullopt;
     return WovenFrames{neighbours.Of(plan.even).frame_number, neighbours.Of(plan.odd).frame_number};
 }
 

@@ -43,6 +43,13 @@ struct ResamplingPlan {
         int32_t weight = 0;  // of the partner, 0 to 255; 0: no blend
     };
 
+    // True when the picture is lines of frames as they are, and nothing more.
+    bool OnlyWeaves() const
+    {
+        return base == kWeave && blend_even.weight == 0 && blend_odd.weight == 0 &&
+               final_step == FinalStep::kNone;
+    }
+
     Base base = kNothing;
     Neighbour even = Neighbour::kCurrent, odd = Neighbour::kCurrent;  // the same: a copy
     Blend blend_even{}, blend_odd{}, blend_all{};

@@ -4,6 +4,7 @@
 #include "base/television.h"
 #include "engine/conversion_case.h"
 #include "engine/output_formats.h"
+#include "engine/picture_encoder.h"
 #include "picture/geometry.h"
 
 namespace kelvane {
@@ -186,6 +187,58 @@ TEST_F(ConversionMatrix, CopiedFramesKeepTheCodingThatTheyHave)
         EXPECT_EQ(copied, Film(coded).Pictures() == Film(copy).Pictures());
         EXPECT_LT(33, PictureNoise(DecodedFrame(coded, 2, fState), DecodedFrame(copy, 2, fState)));
     }
+}
+
+// A picture that takes the lines of the one before is not coded again: one in six of a progressive
+// source, none of the first of an interlaced one.
+TEST_F(ConversionMatrix, OnlyPicturesOfTheSameLinesAreRepeated)
+{
+    constexpr double kStep = 25 / 29.97;
+    const std::string clip = MakeClip(16);
+    fOptions.opselection = kOperationToNTSC;
+    fOptions.blendmode = 0;
+    for (const bool interlaced : {true, false}) {
+        fOptions.srcint = interlaced ? 2 : 0;
+        const std::string out = Converted(clip, "ntsc.avi", "avi1", "rgb24");
+        int repeated = 0;
+        std::pair<int64_t, int64_t> before;
+        Bytes shown;
+        for (int64_t number = 0; number < 16; number++) {
+            const double position = double(number) * kStep;
+            const auto current = static_cast<int64_t>(position + 0.00001);
+            const double part = position - double(current);
+            // Odd lines, which are earlier, and even lines: the frames that they come from.
+            const int64_t odd = current + (part >= 0.5);
+            const int64_t even = interlaced ? current + (part + kStep / 2 >= 1) : odd;
+            const Bytes picture = DecodedFrame(out, size_t(number), fState);
+            const auto field = [&](int parity) {
+                return MovingPicture::ReadFieldNumber(picture.data(), 720, 480, parity);
+            };
+            if (interlaced) {
+                EXPECT_EQ(std::pair(2 * odd, 2 * even + 1), std::pair(field(1), field(0)));
+            }
+            const bool again = std::pair(odd, even) == before && number > 0;
+            EXPECT_EQ(again, picture == shown) << number;
+            repeated += again;
+            before = {odd, even};
+            shown = picture;
+        }
+        EXPECT_EQ(interlaced ? 0 : 2, repeated);
+    }
+}
+
+TEST_F(ConversionMatrix, ARepeatedFrameIsAsItsCodecMadeIt)
+{
+    fOptions.opselection = kOperationToNTSC;
+    Converted(MakeClip(3), "ntsc.dv", "dv");
+    const MediaFormat format = DVFormat(false);
+    PictureEncoder encoder(format, false, fState);
+    Bytes picture = DrawnIn(false, false, 0);
+    ASSERT_EQ(0, encoder.Encode(picture, false));
+    const Bytes coded(encoder.Frame().begin(), encoder.Frame().end());
+    std::ranges::fill(encoder.Frame(), uint8_t{1});
+    encoder.Repeat();
+    EXPECT_TRUE(std::ranges::equal(coded, encoder.Frame()));
 }
 
 TEST_F(ConversionMatrix, OneThreadAndTwoGiveTheSameBytes)

@@ -355,5 +355,21 @@ TEST(ResamplingPlan, PulldownDropsOneFrameInAThousandAndShowsTheOthersInOrder)
     }
 }
 
+// Such a picture is not made again when the next one takes the same lines.
+TEST(ResamplingPlan, OnlyWeavesWhenNothingElseIsDone)
+{
+    ResamplingPlan plan;
+    EXPECT_FALSE(plan.OnlyWeaves());
+    plan.base = ResamplingPlan::kWeave;
+    EXPECT_TRUE(plan.OnlyWeaves());
+    for (ResamplingPlan::Blend* blend : {&plan.blend_even, &plan.blend_odd}) {
+        blend->weight = 23;
+        EXPECT_FALSE(plan.OnlyWeaves());
+        blend->weight = 0;
+    }
+    plan.final_step = FinalStep::kAdaptive;
+    EXPECT_FALSE(plan.OnlyWeaves());
+}
+
 }  // namespace
 }  // namespace kelvane
