@@ -28,8 +28,8 @@ AudioTransfer::AudioTransfer(const AudioSetup& setup)
 {
 }
 
-int AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
-                                   uint32_t channels)
+Status AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding,
+                                      uint32_t rate, uint32_t channels)
 {
     if (!coding.IsSupported() || channels == 0 || channels > kMostChannels) {
         fMessage = "Source audio format is not supported (PCM or float is needed)!";
@@ -74,11 +74,11 @@ size_t AudioTransfer::Enough() const
                     AudioFifo::kMaximum / 3 * 2);
 }
 
-int AudioTransfer::FrameRead(std::span<uint8_t> frame)
+Status AudioTransfer::FrameRead(std::span<uint8_t> frame)
 {
     if (fStream) return kOK;
     if (fSetup.companions && !fCompanionsSought)
-        if (const int status = OpenCompanions(); status != kOK) return status;
+        if (const Status status = OpenCompanions(); status != kOK) return status;
     if (fCompanion.IsOpen())
         fCompanion.Fill(fFifo, Enough());
     else if (fSetup.source_is_dv)
@@ -86,11 +86,11 @@ int AudioTransfer::FrameRead(std::span<uint8_t> frame)
     return kOK;
 }
 
-int AudioTransfer::OpenCompanions()
+Status AudioTransfer::OpenCompanions()
 {
     fCompanionsSought = true;
     const bool named = !fSetup.companion.empty();
-    const int status =
+    const Status status =
         named ? fCompanion.OpenCompanionAudio(fSetup.companion, fSetup.separate_track)
               : fCompanion.FindCompanionAudio(fSetup.source_path, fSetup.separate_track);
     fMessage = fCompanion.Message();
@@ -130,14 +130,14 @@ void AudioTransfer::StartFrames(uint32_t rate)
     if (fFifo.PutSilence(static_cast<size_t>(silence * Group())) == kOK) fPut += silence * Group();
 }
 
-int AudioTransfer::TurnRead()
+Status AudioTransfer::TurnRead()
 {
     // Some turns read no frame and need sound all the same.
     if (fCompanion.IsOpen()) fCompanion.Fill(fFifo, Enough());
     return fStream ? fStream->Fill(fFifo, Enough()) : kOK;
 }
 
-int AudioTransfer::CheckRate()
+Status AudioTransfer::CheckRate()
 {
     if (fRate == 0 || IsKnownRate(fRate)) return kOK;
     fMessage = WrongRate(fRate);
@@ -190,7 +190,7 @@ bool AudioTransfer::SourceEnded() const
     return !fSetup.source_is_dv;
 }
 
-int AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
+Status AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
 {
     if (fRate == 0 && fSetup.separate_track) {
         OweWithoutRate(number);
@@ -204,7 +204,7 @@ int AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
     return fSetup.separate_track ? fTrack.FrameWritten(fFifo, SourceEnded(), track) : kOK;
 }
 
-int AudioTransfer::Finish(AudioTrack& track)
+Status AudioTransfer::Finish(AudioTrack& track)
 {
     if (!fSetup.separate_track) return kOK;
     if (fRate == 0) Know(kAssumedRate, 2);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/audio_fifo.h"
 #include "engine/companion_audio.h"
@@ -42,26 +43,26 @@ public:
     // The source has an audio stream: neither companion files nor frames are looked at then. To be
     // called before the loop, if at all; `stream` outlives this object. -1 with a message for
     // samples that cannot be brought to 16 bits or a rate that DV does not know.
-    [[nodiscard]] int SetSourceStream(AudioStream& stream, const SampleCoding& coding,
-                                      uint32_t rate, uint32_t channels);
+    Status SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
+                           uint32_t channels);
     // After each source frame that was read, with its bytes. -18 with a message when companion
     // files do not fit together.
-    [[nodiscard]] int FrameRead(std::span<uint8_t> frame);
+    Status FrameRead(std::span<uint8_t> frame);
     // Once a turn, after its reads, if it had any. The status of the last read of the source's
     // audio stream; 0 without one.
-    int TurnRead();
+    Status TurnRead();
     // Once a turn, before its frame is finished. -13 with a message for a rate that DV does not
     // know.
-    [[nodiscard]] int CheckRate();
+    Status CheckRate();
     // For each DV frame of the destination before it is written: puts the sound of output frame
     // `number` into it. Leaves the frame alone while no sound is known, and when there is a
     // separate track.
     void EmbedInto(std::span<uint8_t> frame, uint64_t number);
     // After each frame was written. The status of writing to the track, whose format is set as soon
     // as it is known.
-    [[nodiscard]] int FrameWritten(uint64_t number, AudioTrack& track);
+    Status FrameWritten(uint64_t number, AudioTrack& track);
     // At the end, also of a run that was stopped: the last chunk.
-    int Finish(AudioTrack& track);
+    Status Finish(AudioTrack& track);
 
     // Hertz, and channels; 0 hertz while nothing is known.
     uint32_t Rate() const { return fRate; }
@@ -83,7 +84,7 @@ private:
     void Know(uint32_t rate, uint32_t channels);
     void OweWithoutRate(uint64_t number);
     uint64_t OwedWithoutRate() const;  // samples, at the rate now known
-    int OpenCompanions();
+    Status OpenCompanions();
     void ExtractFrom(std::span<uint8_t> frame);
     void StartFrames(uint32_t rate);
     void SwitchRate(uint64_t number);

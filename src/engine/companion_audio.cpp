@@ -64,7 +64,7 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
     return got;
 }
 
-int CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
+Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
 {
     if (IsOpen()) return kOK;
     for (const CompanionName& name : CompanionNames(source_path))
@@ -72,7 +72,7 @@ int CompanionAudio::FindCompanionAudio(const std::string& source_path, bool sepa
     return kOK;
 }
 
-int CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
+Status CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
 {
     if (IsOpen() || !OpenRun(GivenCompanion(path))) return kOK;
     return Settle(separate_track);
@@ -92,7 +92,7 @@ bool CompanionAudio::OpenRun(CompanionName name)
     return IsOpen();
 }
 
-int CompanionAudio::Settle(bool separate_track)
+Status CompanionAudio::Settle(bool separate_track)
 {
     const RawAudioFormat format = fReaders[0]->Format();
     const bool same = std::ranges::all_of(
@@ -112,7 +112,7 @@ int CompanionAudio::Settle(bool separate_track)
     return kOK;
 }
 
-int CompanionAudio::Refuse(const char* message)
+Status CompanionAudio::Refuse(const char* message)
 {
     fMessage = message;
     fReaders.clear();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "engine/audio_fifo.h"
 #include "engine/companion_names.h"
 #include "engine/sample_coding.h"
@@ -38,10 +39,10 @@ private:
 class CompanionAudio {
 public:
     // Looks for companion files beside the source by name.
-    [[nodiscard]] int FindCompanionAudio(const std::string& source_path, bool separate_track);
+    Status FindCompanionAudio(const std::string& source_path, bool separate_track);
     // Takes the named file, and those of its further channels, instead. Both do nothing when files
     // are open already. -18 with a message when the files do not fit together.
-    [[nodiscard]] int OpenCompanionAudio(const std::string& path, bool separate_track);
+    Status OpenCompanionAudio(const std::string& path, bool separate_track);
 
     bool IsOpen() const { return !fReaders.empty(); }
     // Of the sound that Fill delivers.
@@ -57,8 +58,8 @@ public:
 
 private:
     bool OpenRun(CompanionName name);
-    int Settle(bool separate_track);
-    int Refuse(const char* message);
+    Status Settle(bool separate_track);
+    Status Refuse(const char* message);
     void FillFromOne(AudioFifo& fifo);
     void FillFromMany(AudioFifo& fifo);
 

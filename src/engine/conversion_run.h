@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/audio_transfer.h"
 #include "engine/conversion_settings.h"
@@ -50,8 +51,8 @@ struct ConversionRun {
     uint64_t total_frames = 0;  // for progress
     uint64_t frames_read = 0;   // turns that tried to read, also after the end of the source
     int64_t frames_output = 0;
-    int read_status = 0;   // of the last read of a frame
-    int audio_status = 0;  // of the last read of the source's audio stream
+    Status read_status = kOK;   // of the last read of a frame
+    Status audio_status = kOK;  // of the last read of the source's audio stream
 
     DIFFrame frame;            // looks at one frame after another
     bool knows_first = false;  // the first DV frame was looked at

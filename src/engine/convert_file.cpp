@@ -12,8 +12,8 @@ namespace {
 constexpr int32_t kCanopusInterleave = 4;  // frames between two chunks of sound
 
 // Opens the four external codecs for their television systems, or keeps them open.
-int BindCodecs(const ConversionSettings& settings, const Source& source,
-               const Destination& destination, ConversionState& state, std::string& message)
+Status BindCodecs(const ConversionSettings& settings, const Source& source,
+                  const Destination& destination, ConversionState& state, std::string& message)
 {
     const struct {
         DVCodecRole role;
@@ -50,7 +50,7 @@ AudioSetup SoundSetup(const ConversionSettings& settings, const std::string& sou
     return setup;
 }
 
-int ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
+Status ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
 {
     AudioStream* stream = source.Audio();
     if (!stream) return kOK;
@@ -61,7 +61,7 @@ int ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& messag
         format = source.audio_format.raw_audio;
         coding = source.kind == kQuickTimeSource ? QuickTimeCoding(format) : RIFFCoding(format);
     }
-    const int status =
+    const Status status =
         audio.SetSourceStream(*stream, coding, static_cast<uint32_t>(format.srate), format.ch);
     if (status != kOK) message = audio.Message();
     return status;
@@ -92,9 +92,9 @@ void CopyCompanions(const AudioTransfer& audio, ConversionResult& result)
 }
 
 // With both files open. The destination is finished by the caller.
-int ConvertOpened(const std::string& sourcePath, Source& source, Destination& destination,
-                  const ConversionSettings& settings, ConversionState& state,
-                  ConversionResult& result)
+Status ConvertOpened(const std::string& sourcePath, Source& source, Destination& destination,
+                     const ConversionSettings& settings, ConversionState& state,
+                     ConversionResult& result)
 {
     if (!CodecsAreSet(settings, result.message)) return kError;
     if (BindCodecs(settings, source, destination, state, result.message) != kOK) return kError;
@@ -103,7 +103,7 @@ int ConvertOpened(const std::string& sourcePath, Source& source, Destination& de
     if (LosesSound(source, destination))
         result.warning = "The output format carries no sound; that of the source is left out.";
     ConversionRun run(settings, source, destination, audio, state);
-    const int status = RunFrameLoop(run);
+    const Status status = RunFrameLoop(run);
     result.message = run.message;
     result.frames_read = run.frames_read;
     CopyTimecode(run.first_timecode, result.first_timecode);
@@ -112,8 +112,8 @@ int ConvertOpened(const std::string& sourcePath, Source& source, Destination& de
     return status;
 }
 
-int Convert(const std::string& sourcePath, const std::string& destinationPath, int32_t type,
-            ConversionSettings& settings, ConversionState& state, ConversionResult& result)
+Status Convert(const std::string& sourcePath, const std::string& destinationPath, int32_t type,
+               ConversionSettings& settings, ConversionState& state, ConversionResult& result)
 {
     const auto source = OpenSource(sourcePath, result.message);
     if (!source) return kError;
@@ -124,7 +124,7 @@ int Convert(const std::string& sourcePath, const std::string& destinationPath, i
     if (!destination) return kError;
     destination->format = plan.format;
     destination->is_pal = result.destination_is_pal = plan.is_pal;
-    const int status = ConvertOpened(sourcePath, *source, *destination, settings, state, result);
+    const Status status = ConvertOpened(sourcePath, *source, *destination, settings, state, result);
     AdaptiveDeinterlaceEnd(state.deinterlace);
     // What is due at the end must reach the disk too.
     if (destination->Finish() != kOK && status == kOK) {
@@ -149,16 +149,17 @@ bool CodecsAreSet(const ConversionSettings& settings, std::string& message)
     return true;
 }
 
-int ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
-                int32_t typeOfDestination, ConversionSettings& settings, ConversionResult* result,
-                ConversionState& state)
+Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
+                   int32_t typeOfDestination, ConversionSettings& settings,
+                   ConversionResult* result, ConversionState& state)
 {
     ConversionResult unseen;
     ConversionResult& filled = result ? *result : unseen;
     filled = ConversionResult();
-    filled.status =
+    const Status status =
         Convert(sourcePath, destinationPath, typeOfDestination, settings, state, filled);
-    return filled.status;
+    filled.status = status.Code();
+    return status;
 }
 
 }  // namespace kelvane

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/status.h"
 #include "engine/conversion_settings.h"
 #include "engine/conversion_state.h"
 
@@ -18,8 +19,8 @@ bool CodecsAreSet(const ConversionSettings& settings, std::string& message);
 // negative Status. `result` may be null. May set the interleave of a Canopus destination in the
 // settings. A failed run leaves a closed, partial destination once that was created; the source is
 // never changed.
-int ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
-                int32_t typeOfDestination, ConversionSettings& settings, ConversionResult* result,
-                ConversionState& state);
+Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
+                   int32_t typeOfDestination, ConversionSettings& settings,
+                   ConversionResult* result, ConversionState& state);
 
 }  // namespace kelvane

@@ -14,8 +14,8 @@ public:
         fFile.SetRecordSize(SystemFor(pal).dv_frame_size);
     }
 
-    int InitCheck() const { return fFile.InitCheck(); }
-    int WriteFrame(std::span<const uint8_t> frame) override
+    Status InitCheck() const { return fFile.InitCheck(); }
+    Status WriteFrame(std::span<const uint8_t> frame) override
     {
         if (frame.size() != static_cast<size_t>(SystemFor(is_pal).dv_frame_size)) return kError;
         return fFile.Write(frame.data(), 1);

@@ -15,7 +15,7 @@ uint32_t FrameAudioReader::RateOf(DIFFrame& frame)
     return frame.GetAudioInfo(info) && info.samples > 0 ? info.sample_rate : 0;
 }
 
-int FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo)
+Status FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo)
 {
     constexpr uint32_t kFirstPair = 3;
     AudioInfo info;

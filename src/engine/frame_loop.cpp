@@ -16,7 +16,7 @@ constexpr int64_t kPrefillForFieldSwap = 4;
 // What a step says about the turn.
 enum class Turn { kGoOn, kEnd, kFailed };
 
-int Fail(ConversionRun& run, int status, const std::string& message)
+Status Fail(ConversionRun& run, Status status, const std::string& message)
 {
     run.message = message;
     return status;
@@ -31,9 +31,9 @@ int64_t CountToRead(ConversionRun& run)
 }
 
 // After a failed read the remaining turns still advance the ring, so that it runs dry in order.
-int ReadFrames(ConversionRun& run, int64_t left)
+Status ReadFrames(ConversionRun& run, int64_t left)
 {
-    int status = kOK;
+    Status status = kOK;
     while (left > 0) {
         int64_t size = 0;
         FrameSlot& slot = run.ring.AtWrite();
@@ -49,15 +49,15 @@ int ReadFrames(ConversionRun& run, int64_t left)
     return status == kOK ? kOK : Fail(run, status, run.audio.Message());
 }
 
-int Read(ConversionRun& run)
+Status Read(ConversionRun& run)
 {
-    const int status = ReadFrames(run, CountToRead(run));
+    const Status status = ReadFrames(run, CountToRead(run));
     if (status == kOK) run.audio_status = run.audio.TurnRead();
     return status;
 }
 
 // A file that lost what it refers to is told, wherever in the ring its last frame stands.
-Turn EndOfSource(ConversionRun& run, int& status)
+Turn EndOfSource(ConversionRun& run, Status& status)
 {
     if (run.read_status != kReferenceMissing && run.audio_status != kReferenceMissing)
         return Turn::kEnd;
@@ -65,7 +65,7 @@ Turn EndOfSource(ConversionRun& run, int& status)
     return Turn::kFailed;
 }
 
-Turn CheckReads(ConversionRun& run, int& status)
+Turn CheckReads(ConversionRun& run, Status& status)
 {
     if (run.frames_read == kPrefill && run.read_status != kOK) {
         status = Fail(run, kError,
@@ -140,7 +140,7 @@ void TouchUp(ConversionRun& run, std::span<uint8_t> frame)
 class NoTrack : public AudioTrack {
 public:
     void SetFormat(uint32_t, uint32_t) override {}
-    int WriteChunk(std::span<const uint8_t>) override { return kOK; }
+    Status WriteChunk(std::span<const uint8_t>) override { return kOK; }
 };
 
 AudioTrack& TrackOf(ConversionRun& run, NoTrack& none)
@@ -149,7 +149,7 @@ AudioTrack& TrackOf(ConversionRun& run, NoTrack& none)
     return track ? *track : none;
 }
 
-int Write(ConversionRun& run, std::span<uint8_t> frame)
+Status Write(ConversionRun& run, std::span<uint8_t> frame)
 {
     if (run.audio.CheckRate() != kOK) return Fail(run, kWrongSampleRate, run.audio.Message());
     TouchUp(run, frame);
@@ -162,7 +162,7 @@ int Write(ConversionRun& run, std::span<uint8_t> frame)
 }
 
 // Makes and writes the output frame of this turn.
-int MakeFrame(ConversionRun& run, FrameSlot& current)
+Status MakeFrame(ConversionRun& run, FrameSlot& current)
 {
     if (PassesThrough(run)) {
         if (run.frames_output == 0)
@@ -171,7 +171,7 @@ int MakeFrame(ConversionRun& run, FrameSlot& current)
         return Write(run, std::span(current.compressed).first(static_cast<size_t>(current.size)));
     }
     bool dropped = false;
-    const int status = Reencode(run, dropped);
+    const Status status = Reencode(run, dropped);
     if (status != kOK || dropped) return status;
     return Write(run, run.encoder.Frame());
 }
@@ -188,7 +188,7 @@ bool AdvanceAndReport(ConversionRun& run)
     return run.frames_read < kMostFrames;
 }
 
-Turn TakeTurn(ConversionRun& run, int& status)
+Turn TakeTurn(ConversionRun& run, Status& status)
 {
     status = Read(run);
     if (status != kOK) return Turn::kFailed;
@@ -204,10 +204,10 @@ Turn TakeTurn(ConversionRun& run, int& status)
 
 }  // namespace
 
-int RunFrameLoop(ConversionRun& run)
+Status RunFrameLoop(ConversionRun& run)
 {
     run.total_frames = std::min(run.source.CountFrames(), kMostFrames);
-    int status = kOK;
+    Status status = kOK;
     Turn turn = Turn::kGoOn;
     while (turn == Turn::kGoOn)
         turn = TakeTurn(run, status);

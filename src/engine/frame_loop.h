@@ -1,11 +1,12 @@
 #pragma once
 
+#include "base/status.h"
 #include "engine/conversion_run.h"
 
 namespace kelvane {
 
 // Turns until the source ends, `progress` stops it or something fails, and finishes the sound. 0,
 // or a negative Status with the reason in `run.message`.
-int RunFrameLoop(ConversionRun& run);
+Status RunFrameLoop(ConversionRun& run);
 
 }  // namespace kelvane

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "engine/file_type.h"
 #include "engine/stream_audio.h"
@@ -20,7 +21,7 @@ public:
 
     // Reads the next frame of the picture into `buffer`. 0 with its size; -1, or kReferenceMissing,
     // with size 0. A frame larger than the buffer is a failure.
-    [[nodiscard]] virtual int ReadFrame(std::span<uint8_t> buffer, int64_t& size) = 0;
+    virtual Status ReadFrame(std::span<uint8_t> buffer, int64_t& size) = 0;
     // Frames of the picture, as far as the file tells.
     virtual uint64_t CountFrames() const = 0;
     // The bitmap header of the picture with its codec's data, which frames that are copied need

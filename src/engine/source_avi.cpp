@@ -17,7 +17,7 @@ public:
     {
         return static_cast<uint32_t>(fFile.StreamAt(fStream)->largest_frame);
     }
-    int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
     {
         return fFile.ReadFrame(fStream, {buffer, room}, bytes);
     }
@@ -49,10 +49,10 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
     {
         uint32_t bytes = 0;
-        const int status = fFile.ReadFrame(fVideo, buffer, bytes);
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         size = bytes;
         if (fIsTopDown && bytes >= BytesOfPicture(format))
             SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),

@@ -20,7 +20,7 @@ public:
         return static_cast<uint32_t>(
             std::min<uint64_t>(size, std::numeric_limits<uint32_t>::max()));
     }
-    int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
     {
         return fFile.ReadFrame(fStream, {buffer, room}, bytes);
     }
@@ -48,10 +48,10 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
     {
         uint32_t bytes = 0;
-        const int status = fFile.ReadFrame(fVideo, buffer, bytes);
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         size = bytes;
         return status;
     }

@@ -36,12 +36,12 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
     {
         int32_t count = 1;
         size = 0;
         if (buffer.size() < static_cast<size_t>(fRecordSize)) return kError;
-        const int status = fFile.Read(buffer.data(), count);
+        const Status status = fFile.Read(buffer.data(), count);
         if (status == kOK) size = fRecordSize;
         return status;
     }

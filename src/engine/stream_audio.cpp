@@ -6,7 +6,7 @@
 
 namespace kelvane {
 
-int StreamAudioReader::Fill(AudioFifo& fifo, size_t enough)
+Status StreamAudioReader::Fill(AudioFifo& fifo, size_t enough)
 {
     int empty_chunks = 0;
     while (fifo.Count() <= enough) {
@@ -27,22 +27,22 @@ int StreamAudioReader::Fill(AudioFifo& fifo, size_t enough)
     return fStatus;
 }
 
-int StreamAudioReader::ReadInPlace(AudioFifo& fifo, uint32_t room, uint32_t& bytes)
+Status StreamAudioReader::ReadInPlace(AudioFifo& fifo, uint32_t room, uint32_t& bytes)
 {
     if (fifo.TailRoom() < room) {
         const size_t shortfall = room > fifo.Free() ? room - fifo.Free() : 0;
         if (fifo.Grow(shortfall) != kOK) return kError;
     }
-    const int status = fStream.ReadChunk(fifo.TailPointer(), room, bytes);
+    const Status status = fStream.ReadChunk(fifo.TailPointer(), room, bytes);
     if (status == kOK) fifo.Advance(std::min(bytes, room));
     return status;
 }
 
-int StreamAudioReader::ReadAside(uint32_t room, uint32_t& bytes)
+Status StreamAudioReader::ReadAside(uint32_t room, uint32_t& bytes)
 {
     if (room > kMostChunk) return kError;
     fChunk.resize(room);
-    const int status = fStream.ReadChunk(fChunk.data(), room, bytes);
+    const Status status = fStream.ReadChunk(fChunk.data(), room, bytes);
     if (status != kOK) return status;
     fWaiting.clear();
     fPoured = 0;

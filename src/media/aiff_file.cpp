@@ -127,7 +127,7 @@ void AIFFFile::Parse()
     if (fRecord.format != kSamplePCM) fInitCheck = kAudioNotSupported;
 }
 
-int AIFFFile::SetFormat(const RawAudioFormat& format, bool compressed)
+Status AIFFFile::SetFormat(const RawAudioFormat& format, bool compressed)
 {
     if (format.format != kSamplePCM) return kAudioNotSupported;
     if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
@@ -177,25 +177,25 @@ int64_t AIFFFile::CountFrames() const
     return fSamples.CountFrames(SampleBytes(*fSound, kSoundHeaderSize), SampleFrameSize(fRecord));
 }
 
-int AIFFFile::SetPosition(int64_t frame)
+Status AIFFFile::SetPosition(int64_t frame)
 {
     fSamples.SetPosition(frame);
     return kOK;
 }
 
-int AIFFFile::Read(void* buffer, int32_t& count)
+Status AIFFFile::Read(void* buffer, int32_t& count)
 {
     if (!fCommon || !fSound) {
         count = 0;
         return kError;
     }
     const size_t frame = SampleFrameSize(fRecord);
-    const int status = fSamples.Read(buffer, count, frame);
+    const Status status = fSamples.Read(buffer, count, frame);
     if (status == kOK) SwapWords(buffer, buffer, static_cast<size_t>(count) * frame / 2);
     return status;
 }
 
-int AIFFFile::Write(const void* buffer, int32_t count)
+Status AIFFFile::Write(const void* buffer, int32_t count)
 {
     if (!fSound || !buffer || count < 1) return kError;
     const size_t frame = SampleFrameSize(fRecord);

@@ -35,7 +35,7 @@ bool AVIAppender::Write(std::span<const FilePart> parts)
     return true;
 }
 
-int AVIAppender::Reserve(uint32_t bytes)
+Status AVIAppender::Reserve(uint32_t bytes)
 {
     const Bytes zeros(bytes);
     const FilePart parts[] = {{zeros.data(), bytes}};
@@ -65,7 +65,7 @@ Chunk* AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* paren
     return chunk;
 }
 
-int AVIAppender::PutSegment()
+Status AVIAppender::PutSegment()
 {
     uint8_t heads[24] = {};
     const uint32_t codes[] = {FourCC("RIFF"), 0, FourCC("AVIX"), FourCC("LIST"), 0, FourCC("movi")};
@@ -83,7 +83,7 @@ int AVIAppender::PutSegment()
     return kOK;
 }
 
-int AVIAppender::CutTail()
+Status AVIAppender::CutTail()
 {
     if (!fTail) return kOK;
     fTail = false;

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 #include "media/avi_structure.h"
 
 namespace kelvane {
@@ -15,14 +16,14 @@ public:
     AVIAppender(AVIStructure& structure, FileHandle file) : fStructure(structure), fFile(file) {}
 
     // Reserves the headers: so many zeros from the start of the file on. -1 on failure.
-    [[nodiscard]] int Reserve(uint32_t bytes);
+    Status Reserve(uint32_t bytes);
     // Appends a chunk to `parent`, padded to even length. With `padding`, a "JUNK" chunk whose
     // body has that many bytes follows. Null on failure.
     Chunk* Put(uint32_t id, std::span<const uint8_t> body, Chunk* parent, uint32_t padding = 0);
     // Appends a RIFF "AVIX" with an empty "movi" to the structure. -1 on failure.
-    [[nodiscard]] int PutSegment();
+    Status PutSegment();
     // Cuts off what a failed write left behind. -1 on failure.
-    [[nodiscard]] int CutTail();
+    Status CutTail();
 
     // File position of the next chunk's head.
     uint64_t End() const { return fEnd; }

@@ -96,7 +96,7 @@ int64_t AVIFile::FrameOffset(int32_t stream, int32_t frame, uint32_t& size) cons
     return static_cast<int64_t>(entry.offset);
 }
 
-int AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
+Status AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     size = 0;
     AVIStream* read = StreamAt(stream);
@@ -109,14 +109,14 @@ int AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size
     if (got != wanted) return kError;
     size = wanted;
     if (IsReference(buffer.first(wanted))) {
-        const int status = ReadReferenced(*read, buffer, size);
+        const Status status = ReadReferenced(*read, buffer, size);
         if (status != kOK) return status;
     }
     read->position++;
     return kOK;
 }
 
-int AVIFile::ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size)
+Status AVIFile::ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     const Reference reference = ParseReference(buffer.first(size));
     const auto frame = static_cast<uint32_t>(SystemFor(stream.IsPAL()).dv_frame_size);
@@ -127,49 +127,49 @@ int AVIFile::ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, 
     return kOK;
 }
 
-int AVIFile::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
+Status AVIFile::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
 {
     return fWriter ? fWriter->BeginDVAVI(flags, handler, audio_rate_code) : kError;
 }
 
-int AVIFile::BeginAVI(uint32_t flags)
+Status AVIFile::BeginAVI(uint32_t flags)
 {
     return fWriter ? fWriter->BeginAVI(flags) : kError;
 }
 
-int AVIFile::AddVideoStream(const MediaFormat& format)
+Status AVIFile::AddVideoStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddVideoStream(format) : kError;
 }
 
-int AVIFile::AddEncodedVideoStream(const MediaFormat& format)
+Status AVIFile::AddEncodedVideoStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddEncodedVideoStream(format) : kError;
 }
 
-int AVIFile::AddAudioStream(const MediaFormat& format)
+Status AVIFile::AddAudioStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddAudioStream(format) : kError;
 }
 
-int AVIFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
+Status AVIFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
 {
     return fWriter ? fWriter->SetAudioFormat(stream, rate, channels, bits) : kError;
 }
 
-int AVIFile::SetVideoFormat(int32_t stream, std::span<const uint8_t> block)
+Status AVIFile::SetVideoFormat(int32_t stream, std::span<const uint8_t> block)
 {
     return fWriter ? fWriter->SetVideoFormat(stream, block) : kError;
 }
 
-int AVIFile::WriteFrame(int32_t stream, const void* data, int32_t size)
+Status AVIFile::WriteFrame(int32_t stream, const void* data, int32_t size)
 {
     if (!fWriter || !data || size < 1) return kError;
     return fWriter->WriteFrame(stream,
                                {static_cast<const uint8_t*>(data), static_cast<size_t>(size)});
 }
 
-int AVIFile::Finish()
+Status AVIFile::Finish()
 {
     return fWriter ? fWriter->Finish() : kOK;
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/avi_index.h"
 #include "media/avi_references.h"
@@ -33,7 +34,7 @@ public:
 
     // kOK; kError: cannot be opened; kNotThisClass: the first chunk is no "RIFF" "AVI ";
     // kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
-    int InitCheck() const { return fInitCheck; }
+    Status InitCheck() const { return fInitCheck; }
 
     int32_t CountStreams() const { return static_cast<int32_t>(fStructure.streams.size()); }
     // Null past the end.
@@ -54,22 +55,22 @@ public:
     // and of at least 144000 where frames may be references, holds any. kError: no such frame, or
     // it cannot be read whole, or the buffer is too small. kReferenceMissing: the file that it
     // lies in cannot be read. `size` is 0 then.
-    [[nodiscard]] int ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
+    Status ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
     // The frame that was captured in mode kDescribe; empty when there was none.
     std::span<const uint8_t> FirstFrame() const { return fStructure.first_frame; }
 
     // The destination's operations; see AVIWriter. kError for a source.
-    [[nodiscard]] int BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
-    [[nodiscard]] int BeginAVI(uint32_t flags);
-    [[nodiscard]] int AddVideoStream(const MediaFormat& format);
-    [[nodiscard]] int AddEncodedVideoStream(const MediaFormat& format);
-    [[nodiscard]] int AddAudioStream(const MediaFormat& format);
-    [[nodiscard]] int SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
-    [[nodiscard]] int SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
-    [[nodiscard]] int WriteFrame(int32_t stream, const void* data, int32_t size);
+    Status BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
+    Status BeginAVI(uint32_t flags);
+    Status AddVideoStream(const MediaFormat& format);
+    Status AddEncodedVideoStream(const MediaFormat& format);
+    Status AddAudioStream(const MediaFormat& format);
+    Status SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
+    Status SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
+    Status WriteFrame(int32_t stream, const void* data, int32_t size);
     // Writes what is due at the end. The destructor does it otherwise, but cannot tell that it
     // failed. kOK for a source.
-    [[nodiscard]] int Finish();
+    Status Finish();
     // Before the destination is begun.
     void SetLimits(const AVILimits& limits);
 
@@ -78,12 +79,12 @@ public:
 
 private:
     void OpenSource(const char* path);
-    int ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size);
+    Status ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size);
     int32_t FirstStreamOf(bool audio) const;
 
     FileHolder fFile;
     uint32_t fMode;
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     AVIStructure fStructure;
     AVIIndex fIndex{fStructure};
     ReferencedFiles fReferenced;

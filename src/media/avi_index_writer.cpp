@@ -55,7 +55,7 @@ uint32_t AVIIndexWriter::ChunksPerIndex(const AVIStream& stream) const
     return fLimits.chunks_per_index << doublings;
 }
 
-int AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
+Status AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
 {
     if (!stream.super_index) return kOK;
     if (Has(kAVIMatrox)) {
@@ -70,7 +70,7 @@ int AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
     return EntriesInUse(*stream.super_index) < RoomInSuperIndex(stream) ? kOK : kError;
 }
 
-int AVIIndexWriter::AfterChunk(AVIStream& stream)
+Status AVIIndexWriter::AfterChunk(AVIStream& stream)
 {
     if (!stream.super_index) return kOK;
     if (Has(kAVIMatrox)) {
@@ -81,9 +81,9 @@ int AVIIndexWriter::AfterChunk(AVIStream& stream)
     return waiting > ChunksPerIndex(stream) ? WriteStandardIndex(stream) : kOK;
 }
 
-int AVIIndexWriter::FinishStreams()
+Status AVIIndexWriter::FinishStreams()
 {
-    int status = kOK;
+    Status status = kOK;
     if (Has(kAVIMatrox)) return status;
     for (AVIStream& stream : fStructure.streams)
         if (stream.super_index && WriteStandardIndex(stream) != kOK) status = kError;
@@ -91,7 +91,7 @@ int AVIIndexWriter::FinishStreams()
 }
 
 // Of the chunks that are in none yet; an empty index is not written.
-int AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
+Status AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
 {
     const auto first = static_cast<size_t>(stream.indexed);
     const size_t end = stream.frames.Count();
@@ -143,7 +143,7 @@ void AVIIndexWriter::AddToSuperIndex(AVIStream& stream, const Chunk& index, uint
 }
 
 // The file gets zeros now and the body at the end.
-int AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
+Status AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
 {
     if (EntriesInUse(*stream.super_index) >= RoomInSuperIndex(stream)) return kError;
     auto body = std::make_unique<Bytes>(kMatroxIndexSize);
@@ -177,7 +177,7 @@ void AVIIndexWriter::AddToMatroxIndex(AVIStream& stream)
     StoreBytes(std::span(*super.data).subspan(last + 12, 4), used + 1, ByteOrder::kLittle);
 }
 
-int AVIIndexWriter::WriteOldIndex()
+Status AVIIndexWriter::WriteOldIndex()
 {
     const Bytes body = MergedOldIndex();
     if (body.empty()) return kOK;

@@ -29,7 +29,7 @@ AVIParser::AVIParser(FileHandle file, bool describe, AVIStructure& found)
 {
 }
 
-int AVIParser::Run()
+Status AVIParser::Run()
 {
     ParseList(fFound.tree.Root(), false);
     if (fStatus == kOK && !fFound.riff) fStatus = kNotThisClass;
@@ -37,7 +37,7 @@ int AVIParser::Run()
     return fStatus;
 }
 
-void AVIParser::Stop(int status)
+void AVIParser::Stop(Status status)
 {
     fStopped = true;
     fStatus = status;

@@ -90,13 +90,13 @@ bool ReferenceOutput::OpenNext()
     fPath[digits] = static_cast<char>('0' + fNumber / 100 % 10);
     fPath[digits + 1] = static_cast<char>('0' + fNumber / 10 % 10);
     fPath[digits + 2] = static_cast<char>('0' + fNumber % 10);
-    fFile.Close();
+    const Status closed = fFile.Close();
     fFile = FileHolder(FileOpen(fPath.c_str(), kOpenCreate));
     fEnd = 0;
-    return fFile.IsOpen();
+    return closed == kOK && fFile.IsOpen();
 }
 
-int ReferenceOutput::Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference)
+Status ReferenceOutput::Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference)
 {
     if (fNumber < 0 && !OpenNext()) return kError;
     const auto size = static_cast<uint32_t>(frame.size());

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -54,7 +55,7 @@ class ReferenceOutput {
 public:
     ReferenceOutput(const std::string& destination, uint64_t limit);
     // Appends a chunk and gives the reference to it. -1 on failure.
-    [[nodiscard]] int Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference);
+    Status Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference);
 
 private:
     bool OpenNext();

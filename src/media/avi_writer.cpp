@@ -33,7 +33,7 @@ AVIStream* AVIWriter::StreamAt(int32_t index)
                : nullptr;
 }
 
-int AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
+Status AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
 {
     static constexpr uint32_t kRates[] = {48000, 44100, 32000};
     if (audio_rate_code < 0 || audio_rate_code > 2 || BeginAVI(flags) != kOK) return kError;
@@ -47,7 +47,7 @@ int AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_c
     return kOK;
 }
 
-int AVIWriter::BeginAVI(uint32_t flags)
+Status AVIWriter::BeginAVI(uint32_t flags)
 {
     if (fStructure.riff || fFinished) return kError;
     fLayout.Begin(flags);
@@ -60,7 +60,7 @@ bool AVIWriter::CanAddStream() const
     return fStructure.riff && !fReserved && !fFinished;
 }
 
-int AVIWriter::AddVideoStream(const MediaFormat& format)
+Status AVIWriter::AddVideoStream(const MediaFormat& format)
 {
     if (!CanAddStream()) return kError;
     if (Has(kAVIReference)) return kFormatNotSupported;
@@ -70,7 +70,7 @@ int AVIWriter::AddVideoStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
+Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
 {
     if (!CanAddStream() || format.kind != kEncodedVideo) return kError;
     const EncodedVideoFormat& view = format.encoded_video;
@@ -87,7 +87,7 @@ int AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::AddAudioStream(const MediaFormat& format)
+Status AVIWriter::AddAudioStream(const MediaFormat& format)
 {
     if (!CanAddStream()) return kError;
     uint16_t tag = 1;
@@ -103,7 +103,7 @@ int AVIWriter::AddAudioStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int32_t bits)
+Status AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int32_t bits)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || !stream->IsAudio() || fFinished) return kError;
@@ -111,14 +111,14 @@ int AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int
     return kOK;
 }
 
-int AVIWriter::SetVideoFormat(int32_t index, std::span<const uint8_t> block)
+Status AVIWriter::SetVideoFormat(int32_t index, std::span<const uint8_t> block)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || !stream->IsVideo() || fFinished) return kError;
     return fLayout.SetVideoFormat(*stream, block, fReserved);
 }
 
-int AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
+Status AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || data.empty() || fFinished || IsFull(data.size())) return kError;
@@ -138,7 +138,7 @@ int AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
     return fIndexes.AfterChunk(*stream);
 }
 
-int AVIWriter::ReserveHeaders()
+Status AVIWriter::ReserveHeaders()
 {
     const uint32_t bytes = fLayout.Settle() + kListHeadSize;
     if (fAppender.Reserve(bytes) != kOK) return kError;
@@ -165,8 +165,8 @@ bool AVIWriter::SegmentIsFull() const
                                        : fStructure.segments.back().bytes > fLimits.later_riff;
 }
 
-int AVIWriter::WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
-                              Bytes& reference)
+Status AVIWriter::WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
+                                 Bytes& reference)
 {
     Reference made;
     if (fReferences->Write(stream.chunk_tag, frame, made) != kOK) return kError;
@@ -199,16 +199,16 @@ void AVIWriter::Count(AVIStream& stream, const FrameEntry& chunk, size_t frame_s
     stream.frames.Add(chunk);
 }
 
-int AVIWriter::Finish()
+Status AVIWriter::Finish()
 {
     if (!fFinished) fFinished = fStructure.riff ? WriteEnd() : kOK;
     return *fFinished;
 }
 
 // Goes on after a failure, so that as much as possible of what was written can be read.
-int AVIWriter::WriteEnd()
+Status AVIWriter::WriteEnd()
 {
-    int status = fAppender.CutTail();
+    Status status = fAppender.CutTail();
     if (fIndexes.FinishStreams() != kOK) status = kError;
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.

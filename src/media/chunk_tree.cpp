@@ -146,7 +146,7 @@ uint64_t ChunkTree::LayoutChildren(Chunk& parent, uint64_t start, size_t& at)
     return position - start;
 }
 
-int ChunkTree::Flush(FileHandle file)
+Status ChunkTree::Flush(FileHandle file)
 {
     bool whole = true;
     for (Chunk* chunk : fList)

@@ -8,6 +8,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/file_handle.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -84,7 +85,7 @@ public:
     void Layout();
     // Writes the dirty headers and bodies to their offsets. Goes on after a failed write, so that
     // as much of the file as possible is right; -1 when one failed.
-    [[nodiscard]] int Flush(FileHandle file);
+    Status Flush(FileHandle file);
 
     Chunk* Root() const { return fList.front(); }
     // Null past the end.

@@ -17,13 +17,26 @@ namespace {
 // A file system without locks is used without; only somebody else's lock refuses.
 bool LockedByOther(FileHandle handle, int kind)
 {
-    return flock(handle, kind | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (flock(handle, kind | LOCK_NB) == 0 || errno != EWOULDBLOCK) return false;
+    errno = EBUSY;
+    return true;
 }
 
 bool IsRegular(FileHandle handle)
 {
     struct stat status;
-    return fstat(handle, &status) == 0 && S_ISREG(status.st_mode);
+    if (fstat(handle, &status) != 0) return false;
+    if (S_ISREG(status.st_mode)) return true;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return false;
+}
+
+// What a write answers that the system broke off. One that wrote nothing and said nothing had no
+// room.
+int64_t Stopped(ssize_t put, int64_t done)
+{
+    if (put == 0) errno = ENOSPC;
+    return done ? done : -1;
 }
 
 FileHandle OpenForReading(const char* path)
@@ -79,7 +92,7 @@ int64_t FileRead(FileHandle handle, void* buffer, uint32_t bytes)
     while (done < bytes) {
         const ssize_t got = read(handle, static_cast<uint8_t*>(buffer) + done, Left(bytes, done));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return done ? done : -1;
+        if (got < 0) return -1;
         if (got == 0) break;
         done += got;
     }
@@ -93,7 +106,7 @@ int64_t FileWrite(FileHandle handle, const void* buffer, uint32_t bytes)
         const ssize_t put =
             write(handle, static_cast<const uint8_t*>(buffer) + done, Left(bytes, done));
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return done ? done : -1;
+        if (put <= 0) return Stopped(put, done);
         done += put;
     }
     return done;
@@ -106,7 +119,7 @@ int64_t FileReadAt(FileHandle handle, uint64_t offset, void* buffer, uint32_t by
         const ssize_t got = pread(handle, static_cast<uint8_t*>(buffer) + done, Left(bytes, done),
                                   static_cast<off_t>(offset) + done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return done ? done : -1;
+        if (got < 0) return -1;
         if (got == 0) break;
         done += got;
     }
@@ -126,7 +139,7 @@ int64_t FileWriteAt(FileHandle handle, uint64_t offset, std::span<const FilePart
     while (left > 0) {
         const ssize_t put = pwritev(handle, next, left, static_cast<off_t>(offset) + done);
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return done ? done : -1;
+        if (put <= 0) return Stopped(put, done);
         done += put;
         const int used = DropWritten(next, left, static_cast<size_t>(put));
         next += used;
@@ -140,9 +153,10 @@ bool FileTruncate(FileHandle handle, uint64_t bytes)
     return ftruncate(handle, static_cast<off_t>(bytes)) == 0;
 }
 
-void FileClose(FileHandle handle)
+Status FileClose(FileHandle handle)
 {
     FileHolder closer(handle);
+    return closer.Close();
 }
 
 int64_t FileReadHead(const char* path, void* buffer, uint32_t bytes)

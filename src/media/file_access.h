@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -31,9 +32,11 @@ enum FileMode : uint32_t { kRead = 0, kCreate = 1, kUpdate = 2, kDescribe = 3 };
 [[nodiscard]] FileHandle FileOpen(const char* path, uint32_t flags, uint32_t permissions = 0644);
 // The new position in bytes, -1 on failure.
 int64_t FileSeek(FileHandle handle, int64_t offset, SeekOrigin origin);
-// Bytes read, fewer than asked only at the end of the file; -1 on failure.
+// Bytes read, fewer than asked only at the end of the file; -1 with errno when the system failed,
+// whatever came before.
 [[nodiscard]] int64_t FileRead(FileHandle handle, void* buffer, uint32_t bytes);
-// Bytes written, fewer than asked when the disk filled up on the way; -1 when nothing was written.
+// Bytes written, fewer than asked, with errno, when the disk filled up on the way; -1 when nothing
+// was written.
 [[nodiscard]] int64_t FileWrite(FileHandle handle, const void* buffer, uint32_t bytes);
 
 // A piece of memory that goes into a file.
@@ -52,7 +55,7 @@ inline constexpr size_t kMaxFileParts = 8;
                                   std::span<const FilePart> parts);
 // Cuts a file off behind `bytes` bytes.
 [[nodiscard]] bool FileTruncate(FileHandle handle, uint64_t bytes);
-void FileClose(FileHandle handle);
+Status FileClose(FileHandle handle);
 // Opens for reading, reads once from the start, closes. Bytes read, -1 when it cannot be opened.
 [[nodiscard]] int64_t FileReadHead(const char* path, void* buffer, uint32_t bytes);
 // Length of an open file in bytes, 0 when it cannot be told.

@@ -8,7 +8,7 @@
 
 namespace kelvane {
 
-int PositionedFile::Open(const char* path, uint32_t flags)
+Status PositionedFile::Open(const char* path, uint32_t flags)
 {
     fFile = FileHolder(FileOpen(path, flags));
     fPosition = fReal = fLength = 0;
@@ -39,7 +39,7 @@ int64_t PositionedFile::Read(void* buffer, uint32_t bytes)
     return got;
 }
 
-int PositionedFile::Write(const void* bytes, uint64_t count)
+Status PositionedFile::Write(const void* bytes, uint64_t count)
 {
     constexpr uint64_t kMostAtOnce = 1u << 30;
     if (!Agree()) return kError;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "base/status.h"
 #include "media/file_access.h"
 
 namespace kelvane {
@@ -12,7 +13,7 @@ namespace kelvane {
 class PositionedFile {
 public:
     // As FileOpen. 0 or -1.
-    [[nodiscard]] int Open(const char* path, uint32_t flags);
+    Status Open(const char* path, uint32_t flags);
     bool IsOpen() const { return fFile.IsOpen(); }
 
     void SetPosition(uint64_t position) { fPosition = position; }
@@ -25,7 +26,7 @@ public:
     [[nodiscard]] int64_t Read(void* buffer, uint32_t bytes);
     // Writes all bytes at the position and moves past them. -1 when they could not be written
     // whole; the position then stays.
-    [[nodiscard]] int Write(const void* bytes, uint64_t count);
+    Status Write(const void* bytes, uint64_t count);
     // Cuts the file off at the position.
     void Truncate();
 

@@ -16,7 +16,8 @@ QTFile::QTFile(const char* path, uint32_t mode, const VolumeTable& volumes)
 
 QTFile::~QTFile()
 {
-    if (IsDestination()) Close();
+    // Who wants to know closes before.
+    if (IsDestination()) static_cast<void>(Close());
 }
 
 const QTFile::Stream* QTFile::StreamAt(int32_t stream) const

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/file_access.h"
 #include "media/positioned_file.h"
@@ -31,7 +32,7 @@ public:
     QTFile& operator=(const QTFile&) = delete;
 
     // 0, -1 not opened, -2 no "moov", -11 a "moov" too large to be one.
-    int InitCheck() const { return fInitCheck; }
+    Status InitCheck() const { return fInitCheck; }
     const std::string& Path() const { return fPath; }
 
     // -- Streams. A stream that does not exist answers 0 or an unknown format.
@@ -52,7 +53,7 @@ public:
 
     // -- Reading.
     // Goes to a frame of video or a chunk of sound, from 0; the place behind the last is allowed.
-    [[nodiscard]] int SeekFrame(int32_t stream, int64_t frame);
+    Status SeekFrame(int32_t stream, int64_t frame);
     // What the next read gives: the frame, for sound the chunk from 0.
     int64_t FramePosition(int32_t stream) const;
     // For the dump: the sample (from 0) and chunk (from 1) that stand next.
@@ -61,7 +62,7 @@ public:
     // Reads the next frame or chunk and moves past it. Sound of 16 bits is little-endian. 0; -1 at
     // the end, when the buffer is too small or the file ends early; -5 when the media lie in
     // another file that cannot be opened or read. `size` is 0 on failure.
-    [[nodiscard]] int ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
+    Status ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
 
     // -- Writing. All answer -1 on a source.
     // Options as QTOption bits, before any track; `information` replaces the movie's "\xA9" "inf"
@@ -69,24 +70,24 @@ public:
     void SetOptions(uint32_t options, const char* information);
     // Add a track; 0, or -10 for a format that these files cannot hold. The first two take raw and
     // encoded pictures, AddDVTrack the DV format of a television system.
-    [[nodiscard]] int AddVideoTrack(const MediaFormat& format);
-    [[nodiscard]] int AddEncodedVideoTrack(const MediaFormat& format);
-    [[nodiscard]] int AddDVTrack(bool pal);
+    Status AddVideoTrack(const MediaFormat& format);
+    Status AddEncodedVideoTrack(const MediaFormat& format);
+    Status AddDVTrack(bool pal);
     // Sound is stored big-endian ("twos") or as u-law or IMA4. A track without channels is not
     // added, which is no error. -10 for other codings and for rates beyond 65535 hertz.
-    [[nodiscard]] int AddPCMAudioTrack(const MediaFormat& format);
-    [[nodiscard]] int AddAudioTrack(const MediaFormat& format);
+    Status AddPCMAudioTrack(const MediaFormat& format);
+    Status AddAudioTrack(const MediaFormat& format);
     // Replaces rate (hertz), channels and bits of a sound track that holds no sound yet; a value
     // below 1 leaves the old one. -1 for any other stream.
-    int SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
+    Status SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
     // Appends a frame, or a block of little-endian sound. -1 when it could not be written whole: it
     // is then not part of the movie.
-    [[nodiscard]] int WriteFrame(int32_t stream, const void* data, uint32_t size);
+    Status WriteFrame(int32_t stream, const void* data, uint32_t size);
     // Writes the "moov" and the size of the "mdat". On a full disk the movie gives up its last
     // megabyte of media, or as many as a larger "moov" takes, so that a file with a header remains.
     // -1 when even that failed or the file is no destination; the destructor closes and cannot
     // tell.
-    int Close();
+    Status Close();
 
     // The whole image, as read or as written so far.
     const QTMovie& Movie() const { return fMovie; }
@@ -107,18 +108,18 @@ private:
     // Reader (qt_reader.cpp)
     void Parse();
     void ParseMovieAtom(const AtomHead& head);
-    int ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
-    int ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
-    int ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into);
-    int ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into);
+    Status ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
+    Status ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
+    Status ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into);
+    Status ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into);
 
     // Writer (qt_writer.cpp)
     void Create();
-    int AddVideo(const MediaFormat& format);
-    int AddSound(const MediaFormat& format, const RawAudioFormat& sound);
-    int WriteSound(QTTrack& track, const void* data, uint32_t size);
-    int WriteMedia(const void* data, uint32_t size, uint64_t& offset);
-    int WriteMovie(uint64_t start, uint64_t& size);
+    Status AddVideo(const MediaFormat& format);
+    Status AddSound(const MediaFormat& format, const RawAudioFormat& sound);
+    Status WriteSound(QTTrack& track, const void* data, uint32_t size);
+    Status WriteMedia(const void* data, uint32_t size, uint64_t& offset);
+    Status WriteMovie(uint64_t start, uint64_t& size);
     void GiveUpMedia(uint64_t from);
     bool IsDestination() const { return fMode == kCreate && fInitCheck == 0; }
 
@@ -129,7 +130,7 @@ private:
     std::string fPath;
     PositionedFile fFile;
     uint32_t fMode;
-    int fInitCheck = -1;
+    Status fInitCheck = kError;
     const VolumeTable& fVolumes;
     QTMovie fMovie;
     std::vector<Stream> fStreams;

@@ -98,7 +98,7 @@ uint64_t QTFile::FrameSize(int32_t stream, int64_t frame)
     return bytes > (track.external_names.empty() ? fFile.Length() : kMostExternalSound) ? 0 : bytes;
 }
 
-int QTFile::SeekFrame(int32_t stream, int64_t frame)
+Status QTFile::SeekFrame(int32_t stream, int64_t frame)
 {
     Stream* s = StreamAt(stream);
     if (!s || frame < 0) return kError;
@@ -117,7 +117,7 @@ int QTFile::SeekFrame(int32_t stream, int64_t frame)
     return kOK;
 }
 
-int QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     size = 0;
     Stream* s = StreamAt(stream);
@@ -125,7 +125,7 @@ int QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
     return s->kind == kVideo ? ReadVideo(*s, buffer, size) : ReadSound(*s, buffer, size);
 }
 
-int QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     QTTrack& track = fMovie.tracks[stream.track];
     QTSamplePlace place;
@@ -133,7 +133,7 @@ int QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
     if (stream.sample >= track.samples.SampleCount() || bytes > buffer.size() ||
         !track.samples.FindSample(stream.sample, place))
         return kError;
-    const int status = ReadMedia(track, place, buffer.first(bytes));
+    const Status status = ReadMedia(track, place, buffer.first(bytes));
     if (status != kOK) return status;
     size = bytes;
     stream.sample++;
@@ -141,7 +141,7 @@ int QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
     return kOK;
 }
 
-int QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     QTTrack& track = fMovie.tracks[stream.track];
     QTSamplePlace place;
@@ -149,7 +149,7 @@ int QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
     const uint64_t bytes = ChunkBytes(track, place);
     if (bytes > buffer.size()) return kError;
     const auto sound = buffer.first(static_cast<size_t>(bytes));
-    const int status = ReadMedia(track, place, sound);
+    const Status status = ReadMedia(track, place, sound);
     if (status != kOK) return status;
     // Words of 16 bits whatever the sample size is, as the writer does.
     if (track.Format() == "twos"_4cc) SwapWords(sound.data(), sound.data(), sound.size() / 2);
@@ -159,7 +159,7 @@ int QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
     return kOK;
 }
 
-int QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into)
+Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into)
 {
     const auto& descriptions = track.samples.descriptions;
     if (!descriptions.empty()) {
@@ -176,7 +176,7 @@ int QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint
     return got == static_cast<int64_t>(into.size()) ? kOK : kError;
 }
 
-int QTFile::ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into)
+Status QTFile::ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into)
 {
     track.external_files.resize(track.external_names.size());
     FileHolder& holder = track.external_files[file];

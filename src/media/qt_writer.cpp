@@ -99,22 +99,22 @@ void QTFile::SetOptions(uint32_t options, const char* information)
     if (information) fMovie.texts[QTMovie::kInformation] = information;
 }
 
-int QTFile::AddVideoTrack(const MediaFormat& format)
+Status QTFile::AddVideoTrack(const MediaFormat& format)
 {
     return format.kind == kRawVideo ? AddVideo(format) : kFormatNotSupported;
 }
 
-int QTFile::AddEncodedVideoTrack(const MediaFormat& format)
+Status QTFile::AddEncodedVideoTrack(const MediaFormat& format)
 {
     return format.kind == kEncodedVideo ? AddVideo(format) : kFormatNotSupported;
 }
 
-int QTFile::AddDVTrack(bool pal)
+Status QTFile::AddDVTrack(bool pal)
 {
     return AddVideo(DVFormat(pal));
 }
 
-int QTFile::AddVideo(const MediaFormat& format)
+Status QTFile::AddVideo(const MediaFormat& format)
 {
     if (!IsDestination()) return kError;
     const QTVideoChoice choice = ChooseQTVideo(format, fOptions);
@@ -134,18 +134,18 @@ int QTFile::AddVideo(const MediaFormat& format)
     return kOK;
 }
 
-int QTFile::AddPCMAudioTrack(const MediaFormat& format)
+Status QTFile::AddPCMAudioTrack(const MediaFormat& format)
 {
     return format.kind == kRawAudio ? AddSound(format, format.raw_audio) : kFormatNotSupported;
 }
 
-int QTFile::AddAudioTrack(const MediaFormat& format)
+Status QTFile::AddAudioTrack(const MediaFormat& format)
 {
     if (format.kind == kEncodedAudio) return AddSound(format, format.encoded_audio.output);
     return AddPCMAudioTrack(format);
 }
 
-int QTFile::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
+Status QTFile::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
 {
     if (!IsDestination()) return kError;
     if (sound.ch < 1) return kOK;
@@ -163,7 +163,7 @@ int QTFile::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
     return kOK;
 }
 
-int QTFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
+Status QTFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
 {
     Stream* s = StreamAt(stream);
     if (!IsDestination() || !s || s->kind != kSound) return kError;
@@ -180,7 +180,7 @@ int QTFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32
     return kOK;
 }
 
-int QTFile::WriteFrame(int32_t stream, const void* data, uint32_t size)
+Status QTFile::WriteFrame(int32_t stream, const void* data, uint32_t size)
 {
     Stream* s = StreamAt(stream);
     if (!IsDestination() || fClosed || !s || !data) return kError;
@@ -192,7 +192,7 @@ int QTFile::WriteFrame(int32_t stream, const void* data, uint32_t size)
     return kOK;
 }
 
-int QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
+Status QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
 {
     const uint32_t format = track.Format();
     const auto channels =
@@ -212,7 +212,7 @@ int QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
     return kOK;
 }
 
-int QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
+Status QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
 {
     offset = fMediaEnd;
     fFile.SetPosition(fMediaEnd);
@@ -221,12 +221,12 @@ int QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
     return kOK;
 }
 
-int QTFile::Close()
+Status QTFile::Close()
 {
     if (!IsDestination() || fClosed) return kError;
     fClosed = true;
     uint64_t start = fMediaEnd, given_up = 0, needed = 0;
-    int status = WriteMovie(start, needed);
+    Status status = WriteMovie(start, needed);
     // A megabyte first; a header that is larger then gets as much as it needs.
     while (status != kOK && start > kMediaHead && given_up < needed) {
         given_up = given_up ? (needed / kGivenUp + 1) * kGivenUp : kGivenUp;
@@ -247,13 +247,13 @@ int QTFile::Close()
 
 // Writes the header and ends the file behind it: what a broken write or given up media left there
 // would be taken for atoms.
-int QTFile::WriteMovie(uint64_t start, uint64_t& size)
+Status QTFile::WriteMovie(uint64_t start, uint64_t& size)
 {
     FinishQTMovie(fMovie);
     const Bytes moov = BuildQTMovie(fMovie, fOptions & kQTWideOffsets);
     size = moov.size();
     fFile.SetPosition(start);
-    const int status = fFile.Write(moov.data(), moov.size());
+    const Status status = fFile.Write(moov.data(), moov.size());
     if (status == kOK) fFile.Truncate();
     return status;
 }

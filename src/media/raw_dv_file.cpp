@@ -15,10 +15,11 @@ namespace kelvane {
 
 RawDVFile::RawDVFile(const char* path, uint32_t mode)
 {
-    if (path) Open(path, mode);
+    // Told by InitCheck.
+    if (path) static_cast<void>(Open(path, mode));
 }
 
-int RawDVFile::Open(const char* path, uint32_t mode)
+Status RawDVFile::Open(const char* path, uint32_t mode)
 {
     fPath = path;
     fMode = mode;
@@ -38,13 +39,12 @@ int RawDVFile::Open(const char* path, uint32_t mode)
     return fInitCheck;
 }
 
-int RawDVFile::SetRecordSize(int32_t bytes)
+void RawDVFile::SetRecordSize(int32_t bytes)
 {
     fRecordSize = bytes;
-    return kOK;
 }
 
-int RawDVFile::Read(void* buffer, int32_t& count)
+Status RawDVFile::Read(void* buffer, int32_t& count)
 {
     const int64_t wanted = count;
     count = 0;
@@ -60,7 +60,7 @@ int RawDVFile::Read(void* buffer, int32_t& count)
     return kOK;
 }
 
-int RawDVFile::Write(const void* buffer, int32_t count)
+Status RawDVFile::Write(const void* buffer, int32_t count)
 {
     if (!buffer || count < 1 || fMode == kRead || fRecordSize < 1) return kError;
     const int64_t bytes = int64_t{count} * fRecordSize;
@@ -69,7 +69,7 @@ int RawDVFile::Write(const void* buffer, int32_t count)
     return put == bytes ? kOK : kError;
 }
 
-int RawDVFile::Seek(int64_t record)
+Status RawDVFile::Seek(int64_t record)
 {
     if (record < 0 || record > CountRecords() || record > std::numeric_limits<int32_t>::max())
         return kError;
@@ -85,14 +85,13 @@ int64_t RawDVFile::CountRecords() const
     return std::max<int64_t>(bytes, 0) / fRecordSize;
 }
 
-int RawDVFile::DeleteFile()
+void RawDVFile::DeleteFile()
 {
     if (fInitCheck == kOK) {
-        fFile.Close();
+        static_cast<void>(fFile.Close());  // what it holds goes anyway
         unlink(fPath.c_str());
     }
     fInitCheck = kError;
-    return kOK;
 }
 
 bool IsRawDV(const uint8_t* head, size_t bytes)

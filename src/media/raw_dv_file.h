@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 #include "media/file_access.h"
 
 namespace kelvane {
@@ -22,28 +23,28 @@ public:
     // `mode` is a FileMode. Creating fails with -1. Opening for reading or update does not fail:
     // who asks has looked at the file already, and reads of a closed file answer -1. A file opened
     // for update is read-only.
-    int Open(const char* path, uint32_t mode);
-    int InitCheck() const { return fInitCheck; }
+    Status Open(const char* path, uint32_t mode);
+    Status InitCheck() const { return fInitCheck; }
     // Bytes of a record; 1 until it is set. Not checked, always 0.
-    int SetRecordSize(int32_t bytes);
+    void SetRecordSize(int32_t bytes);
 
     // Reads up to `count` records from the current one and moves past them; the buffer holds
     // count * record size bytes. -1 with `count` 0 when not one whole record was left; the bytes
     // that did arrive stay in the buffer.
-    [[nodiscard]] int Read(void* buffer, int32_t& count);
+    Status Read(void* buffer, int32_t& count);
     // Appends `count` records. -1 when they could not be written whole.
-    [[nodiscard]] int Write(const void* buffer, int32_t count);
+    Status Write(const void* buffer, int32_t count);
     // Makes `record` the next one to read; the record behind the last is allowed.
-    [[nodiscard]] int Seek(int64_t record);
+    Status Seek(int64_t record);
     // Whole records: of the file as it was opened, or written so far.
     int64_t CountRecords() const;
     // Closes the file and deletes it from the disk. Always 0.
-    int DeleteFile();
+    void DeleteFile();
 
 private:
     FileHolder fFile;
     uint32_t fMode = kRead;
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     int32_t fPosition = 0;    // next record to read
     int32_t fRecordSize = 1;  // bytes
     uint64_t fFileSize = 0;   // bytes at open; not kept up to date while writing

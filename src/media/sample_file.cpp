@@ -25,7 +25,7 @@ int64_t SampleFile::CountFrames(uint64_t bytes, size_t frameSize) const
     return static_cast<int64_t>(std::min(bytes, end - fStart) / frameSize);
 }
 
-int SampleFile::Read(void* buffer, int32_t& count, size_t frameSize)
+Status SampleFile::Read(void* buffer, int32_t& count, size_t frameSize)
 {
     const int64_t wanted = count;
     count = 0;
@@ -40,7 +40,7 @@ int SampleFile::Read(void* buffer, int32_t& count, size_t frameSize)
     return kOK;
 }
 
-int SampleFile::Write(const void* buffer, int32_t count, size_t frameSize)
+Status SampleFile::Write(const void* buffer, int32_t count, size_t frameSize)
 {
     if (!buffer || count < 1 || fMode == kRead || frameSize == 0) return kError;
     const uint64_t bytes = static_cast<uint64_t>(count) * frameSize;

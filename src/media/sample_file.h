@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/file_access.h"
 
@@ -33,9 +34,9 @@ public:
     void SetPosition(int64_t frame) { fPosition = frame; }
     // Reads up to `count` frames from the position on, whatever the bytes there belong to, and
     // moves past those that were whole. -1 with `count` 0 when nothing was left.
-    [[nodiscard]] int Read(void* buffer, int32_t& count, size_t frameSize);
+    Status Read(void* buffer, int32_t& count, size_t frameSize);
     // Appends frames. The first call makes room for the header: zeros up to the first sample.
-    [[nodiscard]] int Write(const void* buffer, int32_t count, size_t frameSize);
+    Status Write(const void* buffer, int32_t count, size_t frameSize);
 
     uint64_t FramesWritten() const { return fFramesWritten; }
     uint64_t BytesWritten() const { return fBytesWritten; }

@@ -76,7 +76,7 @@ void WAVFile::Parse()
         fInitCheck = kAudioNotSupported;
 }
 
-int WAVFile::SetFormat(const RawAudioFormat& format)
+Status WAVFile::SetFormat(const RawAudioFormat& format)
 {
     if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
     fRecord = format;
@@ -113,20 +113,20 @@ int64_t WAVFile::CountFrames() const
     return fSamples.CountFrames(SampleBytes(*fData, 0), SampleFrameSize(fRecord));
 }
 
-int WAVFile::SetPosition(int64_t frame)
+Status WAVFile::SetPosition(int64_t frame)
 {
     fSamples.SetPosition(frame);
     return kOK;
 }
 
-int WAVFile::Read(void* buffer, int32_t& count)
+Status WAVFile::Read(void* buffer, int32_t& count)
 {
     if (fFormat && fData) return fSamples.Read(buffer, count, SampleFrameSize(fRecord));
     count = 0;
     return kError;
 }
 
-int WAVFile::Write(const void* buffer, int32_t count)
+Status WAVFile::Write(const void* buffer, int32_t count)
 {
     if (!fData) return kError;
     return fSamples.Write(buffer, count, SampleFrameSize(fRecord));

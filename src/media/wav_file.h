@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/chunk_tree.h"
 #include "media/sample_file.h"
@@ -21,22 +22,22 @@ public:
     WAVFile& operator=(const WAVFile&) = delete;
 
     // 0; -1 the file cannot be opened; -2 not a WAVE file; -3 neither PCM nor float.
-    int InitCheck() const { return fInitCheck; }
+    Status InitCheck() const { return fInitCheck; }
     // Of the "fmt " chunk, refused encodings too; null without one, and then reads fail.
     const RawAudioFormat* Format() const { return fFormat ? &fRecord : nullptr; }
     // Lays down the headers of a destination. A second call changes the frame size of what follows
     // and writes the bare record over the "fmt " chunk, without turning it into one: deliberate.
-    [[nodiscard]] int SetFormat(const RawAudioFormat& format);
+    Status SetFormat(const RawAudioFormat& format);
 
     // Whole sample frames of the "data" chunk that the file really has.
     int64_t CountFrames() const;
     // Makes `frame` the next one to read. Not checked, always 0.
-    int SetPosition(int64_t frame);
+    Status SetPosition(int64_t frame);
     // As SampleFile::Read. Not limited to the "data" chunk: whoever asks for more than
     // CountFrames() gets what stands behind it.
-    [[nodiscard]] int Read(void* buffer, int32_t& count);
+    Status Read(void* buffer, int32_t& count);
     // As SampleFile::Write.
-    [[nodiscard]] int Write(const void* buffer, int32_t count);
+    Status Write(const void* buffer, int32_t count);
 
     const ChunkTree& Tree() const { return fTree; }
 
@@ -46,7 +47,7 @@ private:
 
     SampleFile fSamples;
     ChunkTree fTree{ByteOrder::kLittle};
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     RawAudioFormat fRecord{};
     Chunk* fFormat = nullptr;  // "fmt "
     Chunk* fData = nullptr;

@@ -63,7 +63,8 @@ int ConversionCase::Convert(const std::string& source, const std::string& destin
         settings.progress_cookie = reinterpret_cast<uintptr_t>(&fAtProgress);
     }
     return ConvertFile(source, destination, TypeOfDestination(fOptions.selection), settings,
-                       &fResult, fState);
+                       &fResult, fState)
+        .Code();
 }
 
 std::string ConversionCase::Converted(const std::string& source, const std::string& name)

@@ -61,11 +61,11 @@ protected:
         const std::string path = fFolder.Path("made.avi");
         AVIFile file(path.c_str(), kCreate);
         EXPECT_EQ(0, file.BeginDVAVI(flags | kAVIOldIndex, FourCC("dvsd"), 0));
-        EXPECT_EQ(0, rate ? file.SetAudioFormat(1, rate, 2, bits) : 0);
+        EXPECT_EQ(0, rate ? file.SetAudioFormat(1, rate, 2, bits) : kOK);
         const Bytes silence(7680);
         for (const Bytes& frame : frames) {
             EXPECT_EQ(0, file.WriteFrame(0, frame.data(), int32_t(frame.size())));
-            EXPECT_EQ(0, rate ? file.WriteFrame(1, silence.data(), int32_t(silence.size())) : 0);
+            EXPECT_EQ(0, rate ? file.WriteFrame(1, silence.data(), int32_t(silence.size())) : kOK);
         }
         EXPECT_EQ(0, file.Finish());
         return path;

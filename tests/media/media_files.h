@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -14,9 +15,9 @@ namespace kelvane {
 template <class File>
 int32_t ReadRecords(File& file, int32_t count, void* into)
 {
-    const int status = file.Read(into, count);
+    const Status status = file.Read(into, count);
     EXPECT_TRUE(status == 0 || count <= 0);
-    return status == 0 ? count : status;
+    return status == 0 ? count : status.Code();
 }
 
 // The next frame or chunk of a stream as text; "(status)" on failure.
@@ -25,9 +26,9 @@ std::string NextFrame(File& file, int32_t stream = 0, size_t room = 144000)
 {
     Bytes buffer(room);
     uint32_t size = 0;
-    const int status = file.ReadFrame(stream, buffer, size);
+    const Status status = file.ReadFrame(stream, buffer, size);
     if (status == 0) return {buffer.begin(), buffer.begin() + size};
-    return size == 0 ? "(" + std::to_string(status) + ")" : "a size in spite of a failure";
+    return size == 0 ? "(" + std::to_string(status.Code()) + ")" : "a size in spite of a failure";
 }
 
 // All that NextFrame gives, up to the status that ends it: "AAAA BBBB (-1)".
