@@ -16,7 +16,8 @@ public:
     // `describe`: leave "movi" alone but for the first frame, and stop there.
     AVIParser(FileHandle file, bool describe, AVIStructure& found);
 
-    // kOK, kNotThisClass or kCorrupted (a list of size 0).
+    // kOK, kNotThisClass, kCorrupted (a list of size 0), or kError with the system's reason where
+    // not even the first list can be read.
     Status Run();
 
 private:
