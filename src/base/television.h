@@ -4,6 +4,9 @@
 
 namespace kelvane {
 
+// When the two fields of a frame are seen: at once, or those of the upper or lower lines first.
+enum class FieldOrder : uint32_t { kProgressive = 0, kUpperFirst = 1, kLowerFirst = 2 };
+
 // The two television systems of DV, each with the figures that follow from it.
 struct TelevisionSystem {
     int32_t width;

@@ -11,6 +11,7 @@
 #include "cli/output_path.h"
 #include "cli/overwrite_question.h"
 #include "cli/progress_display.h"
+#include "cli/run_settings.h"
 #include "cli/stop_request.h"
 #include "engine/convert_file.h"
 #include "engine/output_formats.h"
@@ -34,16 +35,9 @@ public:
           fRegistry(MakeCodecRegistry(drivers)),
           fState(fRegistry, arguments.threads),
           fDisplay(arguments.progress),
-          fQuestion(arguments.options.overwrite)
+          fQuestion(arguments.options.overwrite),
+          fSettings(SettingsFor(arguments, fCodecs))
     {
-        FillConversionSettings(WithCodecs(arguments.options), fCodecs, fSettings);
-        fSettings.src_aspect = arguments.source_aspect;
-        fSettings.dst_aspect = arguments.target_aspect;
-        if (!arguments.search_companions) fSettings.audio_search = 0;
-        if (!arguments.audio.empty()) {
-            fSettings.audio_search = 2;
-            fSettings.audio_file = arguments.audio.c_str();
-        }
         fSettings.progress = ShowProgress;
         fSettings.progress_cookie = reinterpret_cast<uintptr_t>(&fDisplay);
     }
@@ -60,24 +54,6 @@ public:
     }
 
 private:
-    // Puts codec names where the user gave none: the settings' default if it is installed, else the
-    // first found.
-    ConversionOptions WithCodecs(ConversionOptions options) const
-    {
-        const ConversionOptions defaults;
-        const auto choose = [](std::string& name, const std::string& usual,
-                               const DVCodecList& list) {
-            if (!name.empty()) return;
-            const bool first = !FindByName(list, usual) && !list.empty();
-            name = first ? list.front().long_name : usual;
-        };
-        choose(options.DVencoder, defaults.DVencoder, fCodecs.encoders);
-        choose(options.DVdecoder, defaults.DVdecoder, fCodecs.decoders);
-        choose(options.DVCPROencoder, defaults.DVCPROencoder, fCodecs.encoders);
-        choose(options.DVCPROdecoder, defaults.DVCPROdecoder, fCodecs.decoders);
-        return options;
-    }
-
     bool Fail(const std::string& message)
     {
         fDisplay.Failed(message);

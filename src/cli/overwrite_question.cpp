@@ -1,19 +1,17 @@
 #include "cli/overwrite_question.h"
 
-#include <iostream>
-
 namespace kelvane {
 
 OverwriteAnswer OverwriteQuestion::Ask(const std::string& path)
 {
     if (fOverwrite == 0) return OverwriteAnswer::kSkip;
     if (fOverwrite == 2) return OverwriteAnswer::kOverwrite;
-    std::cerr << "The following file already exists:\n\n" << path << "\n\nOverwrite?\n";
+    fQuestions << "The following file already exists:\n\n" << path << "\n\nOverwrite?\n";
     for (;;) {
-        std::cerr << "[o] Overwrite  [O] Overwrite All  [s] Skip  [S] Skip All  [c] Cancel: "
-                  << std::flush;
+        fQuestions << "[o] Overwrite  [O] Overwrite All  [s] Skip  [S] Skip All  [c] Cancel: "
+                   << std::flush;
         std::string answer;
-        if (!std::getline(std::cin, answer)) return OverwriteAnswer::kCancel;
+        if (!std::getline(fAnswers, answer)) return OverwriteAnswer::kCancel;
         if (answer == "o") return OverwriteAnswer::kOverwrite;
         if (answer == "s") return OverwriteAnswer::kSkip;
         if (answer == "c") return OverwriteAnswer::kCancel;

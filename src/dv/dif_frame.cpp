@@ -10,6 +10,10 @@ namespace {
 
 constexpr uint8_t kDisplaySelect = 0x07;  // in PC2 of the VSC pack; 0 is 4:3
 constexpr size_t kUsualVSC = 453;         // third VAUX block, pack 10
+// In PC3 of the VSC pack. Field 1 is that of the lower lines in both systems.
+constexpr uint8_t kBothFields = 0x80;       // FF; else one field is shown twice
+constexpr uint8_t kLowerFieldFirst = 0x40;  // FS
+constexpr uint8_t kInterlaced = 0x10;       // IL
 
 int32_t Decimal(uint8_t packed, uint8_t tensMask)
 {
@@ -91,6 +95,34 @@ void DIFFrame::SetWidescreen(bool wide)
     if (change == 0 || change >= fBytes.size()) return;
     const auto others = static_cast<uint8_t>(fBytes[change] & ~kDisplaySelect);
     fBytes[change] = wide ? static_cast<uint8_t>(others | kDisplaySelect) : others;
+}
+
+std::optional<FieldOrder> DIFFrame::GetFieldOrder()
+{
+    const auto* control = VideoAuxPack(kPackVideoSourceControl);
+    if (!control) return std::nullopt;
+    const uint8_t flags = (*control)[2];
+    if (!(flags & kInterlaced)) return FieldOrder::kProgressive;
+    if (!(flags & kBothFields)) return std::nullopt;
+    return flags & kLowerFieldFirst ? FieldOrder::kLowerFirst : FieldOrder::kUpperFirst;
+}
+
+// A progressive frame is shown as DV usually is, the lower field first.
+void DIFFrame::SetFieldOrder(FieldOrder order)
+{
+    uint8_t flags = kBothFields;
+    if (order != FieldOrder::kUpperFirst) flags |= kLowerFieldFirst;
+    if (order != FieldOrder::kProgressive) flags |= kInterlaced;
+    constexpr uint8_t kFlags = kBothFields | kLowerFieldFirst | kInterlaced;
+    for (size_t sequence = 0; sequence < Sequences(); sequence++)
+        for (const size_t block : kVideoAuxBlocks)
+            for (size_t i = 0; i < kVideoAuxPacks; i++) {
+                const size_t pack =
+                    sequence * kDIFSequenceSize + block + kVideoAuxPackAt + i * kPackSize;
+                if (fBytes[pack] != kPackVideoSourceControl) continue;
+                uint8_t& control = fBytes[pack + 3];
+                control = static_cast<uint8_t>((control & ~kFlags) | flags);
+            }
 }
 
 size_t DIFFrame::Sequences()

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
+#include "base/television.h"
 #include "dv/dif_layout.h"
 
 namespace kelvane {
@@ -55,6 +57,12 @@ public:
     // its usual place or behind a VS pack. The answers of the object do not change before the frame
     // is attached again.
     void SetWidescreen(bool wide);
+
+    // As the VSC pack has it; none without the pack, nor where it has one field shown twice.
+    std::optional<FieldOrder> GetFieldOrder();
+    // Writes the field order into the VSC packs of all sequences, both fields shown. The answers
+    // of the object do not change before the frame is attached again.
+    void SetFieldOrder(FieldOrder order);
 
     // Copy the first pack of this id found in the subcode or audio blocks. False when there is
     // none.

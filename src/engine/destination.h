@@ -10,6 +10,7 @@
 #include "engine/conversion_settings.h"
 #include "engine/source.h"
 #include "engine/track_audio.h"
+#include "media/avi_limits.h"
 
 namespace kelvane {
 
@@ -38,6 +39,7 @@ struct DestinationPlan {
     int32_t type;        // DestinationType
     MediaFormat format;  // of the picture
     bool is_pal;
+    AVILimits avi_limits{};  // tests make them small
 };
 DestinationPlan PlanDestination(const ConversionSettings& settings, const Source& source,
                                 int32_t type);

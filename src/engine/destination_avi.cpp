@@ -58,7 +58,10 @@ private:
 
 class AVIDestination : public Destination {
 public:
-    explicit AVIDestination(const std::string& path) : fFile(path.c_str(), kCreate) {}
+    AVIDestination(const std::string& path, const AVILimits& limits) : fFile(path.c_str(), kCreate)
+    {
+        fFile.SetLimits(limits);
+    }
 
     Status InitCheck() const { return fFile.InitCheck(); }
     Status WriteFrame(std::span<const uint8_t> frame) override
@@ -134,7 +137,7 @@ std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
         message = kFormatRefused;
         return nullptr;
     }
-    auto destination = std::make_unique<AVIDestination>(path);
+    auto destination = std::make_unique<AVIDestination>(path, plan.avi_limits);
     const AVISetup& setup = *SetupOf(plan.type);
     Status status = destination->InitCheck();
     if (status == kOK)

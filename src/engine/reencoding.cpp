@@ -137,6 +137,15 @@ ResamplingInput InputOf(const ConversionRun& run, const FrameSlot& current)
     return in;
 }
 
+// A coded frame tells the order of its fields.
+void DeclareFieldOrder(ConversionRun& run, const FrameSlot& current)
+{
+    if (!run.destination.format.IsDV()) return;
+    const std::span<uint8_t> frame = run.encoder.Frame();
+    run.frame.AttachFrame(frame.data(), static_cast<uint32_t>(frame.size()));
+    run.frame.SetFieldOrder(OutputFieldOrder(InputOf(run, current)));
+}
+
 // Nothing when the picture is more than lines of frames.
 std::optional<WovenFrames> WovenBy(const ResamplingPlan& plan, const Neighbours& neighbours)
 {
@@ -195,6 +204,7 @@ Status Reencode(ConversionRun& run, bool& dropped)
         run.message = run.encoder.Message();
         return encoded;
     }
+    if (!dropped) DeclareFieldOrder(run, neighbours.current);
     // Before the first frame is written: what its codec wants stored with the stream.
     if (run.frames_output == 0)
         if (const auto header = run.encoder.StreamHeader(); !header.empty())

@@ -216,6 +216,18 @@ ResamplingPlan Weave(Neighbour even, Neighbour odd)
     return plan;
 }
 
+FieldOrder OutputFieldOrder(const ResamplingInput& in)
+{
+    // Pulldown weaves some frames of the fields of two, also where the source is progressive.
+    const bool pulldown = in.method == 3 && in.direction != 0;
+    const bool source_has_fields = in.source_interlace != 0;
+    const bool deinterlaced = source_has_fields && in.target_interlace >= 3;
+    if (deinterlaced || (!source_has_fields && !pulldown)) return FieldOrder::kProgressive;
+    const bool as_source = in.target_interlace == 0;
+    const int32_t order = as_source ? in.source_interlace : in.target_interlace;
+    return order == 1 ? FieldOrder::kUpperFirst : FieldOrder::kLowerFirst;
+}
+
 ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
                                 int32_t& dropCounter)
 {

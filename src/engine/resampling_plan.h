@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "base/television.h"
+
 namespace kelvane {
 
 // The neighbours of the position on the source's time axis. Several can be the same picture at the
@@ -65,5 +67,8 @@ struct ResamplingPlan {
 // pulldown so far; 0 at first.
 ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
                                 int32_t& dropCounter);
+
+// How the two fields of the output pictures follow each other.
+FieldOrder OutputFieldOrder(const ResamplingInput& input);
 
 }  // namespace kelvane

@@ -191,6 +191,62 @@ TEST(DIFAudio, AFrameWithoutUsableSoundGivesNothing)
     EXPECT_EQ(7680u, Extract(frame, 15).size());
 }
 
+// What a tape gives for the audio blocks of a sequence that it lost: codes that stand for no
+// sample.
+void LoseSequence(Bytes& frame, size_t sequence, const Bytes& code)
+{
+    for (size_t block = 0; block < 9; block++)
+        for (size_t at = 8; at < 80; at++)
+            frame[AudioBlockAt(sequence, block) + at] = code[(at - 8) % code.size()];
+}
+
+// Each of the four channels rises and falls by 1 a sample, at its own place, in values that 12 bits
+// hold exactly.
+int16_t Wave(size_t sample, size_t channel)
+{
+    const auto turn = static_cast<int>((sample + 37 * channel) % 400);
+    return static_cast<int16_t>(turn < 200 ? turn - 100 : 300 - turn);
+}
+
+TEST(DIFAudio, OfTwelveBitsIsMendedInTheChannelsOfALostSequenceAlone)
+{
+    constexpr size_t kSamples = 1280;
+    Bytes samples;
+    for (size_t i = 0; i < kSamples; i++)
+        for (size_t channel = 0; channel < 4; channel++) {
+            const auto value = static_cast<uint16_t>(Wave(i, channel));
+            samples.insert(samples.end(), {uint8_t(value), uint8_t(value >> 8)});
+        }
+    for (const size_t lost : {0, 3, 5, 6, 11}) {
+        SCOPED_TRACE(lost);
+        Bytes frame = Blank(true);
+        ASSERT_EQ(samples.size(), View(frame).EmbedAudio(samples, 32000, 4));
+        LoseSequence(frame, lost, {0x80, 0x80, 0x00});
+        const Bytes all = Extract(frame, 15);
+        for (size_t channel = 0; channel < 4; channel++) {
+            const Bytes one = Extract(frame, 1u << channel);
+            EXPECT_EQ(Channel(all, 4, channel), one);
+            const bool whole = (channel < 2) != (lost < 6);
+            size_t mended = 0;
+            for (size_t i = 0; i < kSamples; i++) {
+                const auto value = static_cast<int16_t>(one[2 * i] | one[2 * i + 1] << 8);
+                ASSERT_NEAR(Wave(i, channel), value, whole ? 0 : 1) << i << ' ' << channel;
+                const auto& places = channel < 2 ? A12 : B12;
+                mended += places[i] / 12000 == lost;
+            }
+            EXPECT_EQ(whole, mended == 0);
+        }
+    }
+    // Of 16 bits they come out as they stand.
+    Bytes frame = Blank(true);
+    View(frame).EmbedAudio(Bytes(kSamples * 4), 32000, 2);
+    LoseSequence(frame, 2, {0x80, 0x00});
+    const Bytes first = Extract(frame, 1);
+    for (size_t i = 0; i < kSamples; i++)
+        ASSERT_EQ(A16[i] / 12000 == 2 ? 0x80 : 0, first[2 * i + 1]);
+    EXPECT_EQ(Bytes(kSamples * 2), Extract(frame, 2));
+}
+
 TEST(DIFAudio, StaysInsideAShortBuffer)
 {
     for (const size_t size : {0u, 4u, 483u, 490u, 4400u, 71999u, 120000u, 143999u}) {

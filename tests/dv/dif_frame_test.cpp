@@ -85,6 +85,33 @@ TEST(DIFFrame, SetsTheWideBitsAtTheUsualPlaceOrBehindAVideoSourcePack)
     EXPECT_EQ(0, View(alone).IsWidescreen());
 }
 
+TEST(DIFFrame, SaysInEveryControlPackHowItsFieldsFollowEachOther)
+{
+    const std::pair<FieldOrder, uint8_t> rows[] = {{FieldOrder::kUpperFirst, 0xBC},
+                                                   {FieldOrder::kLowerFirst, 0xFC},
+                                                   {FieldOrder::kProgressive, 0xEC}};
+    for (const bool pal : {true, false})
+        for (const auto& [order, flags] : rows)
+            for (const uint8_t before : {0x3C, 0xFF}) {
+                Frame bytes(pal ? kPALSize : 120000, 0xFF);
+                bytes[3] = pal ? 0xBF : 0x3F;
+                Frame expected = bytes;
+                const size_t last = bytes.size() - 12000;
+                for (const size_t at : {size_t{243}, size_t{453}, last + 323, last + 473}) {
+                    SetPack(bytes, at, {0x61, 0x3F, 0xC8, before, 0x61});
+                    SetPack(expected, at,
+                            {0x61, 0x3F, 0xC8, uint8_t(flags | (before & 0x2F)), 0x61});
+                }
+                View(bytes).SetFieldOrder(order);
+                EXPECT_TRUE(expected == bytes) << int(flags) << ", and nothing else is touched";
+                EXPECT_EQ(order, View(bytes).GetFieldOrder());
+            }
+    Frame none(kPALSize, 0xFF);
+    EXPECT_EQ(std::nullopt, View(none).GetFieldOrder());
+    SetPack(none, 453, {0x61, 0x3F, 0xC8, 0x7C, 0xFF});
+    EXPECT_EQ(std::nullopt, View(none).GetFieldOrder()) << "the first field shown twice";
+}
+
 TEST(DIFFrame, ReadsTheFirstTimecodeOfAllSequences)
 {
     Frame bytes(kPALSize, 0xFF);
@@ -136,6 +163,7 @@ TEST(DIFFrame, StaysInsideAShortBuffer)
         EXPECT_EQ(size > 3, frame.IsPAL());
         EXPECT_FALSE(frame.GetTimecode(timecode) || frame.GetAudioInfo(info));
         frame.SetWidescreen(true);
+        frame.SetFieldOrder(FieldOrder::kUpperFirst);
     }
 }
 

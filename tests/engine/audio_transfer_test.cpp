@@ -284,6 +284,29 @@ TEST(AudioTransfer, AChangeOfRateIsFollowedInFramesAndSilentInATrack)
     }
 }
 
+// In PAL each rate has whole samples in a frame: not a sample is lost or made where it changes.
+TEST(AudioTransfer, AChangeOfRateBetweenTwoFramesIsExact)
+{
+    // Of each source frame in turn.
+    const std::vector<uint32_t> runs[] = {
+        {48000, 48000, 48000, 32000, 32000, 32000, 44100, 48000, 44100, 44100},
+        {32000, 48000, 48000, 48000, 48000, 32000},
+        {44100, 44100, 32000, 48000}};
+    for (const std::vector<uint32_t>& rates : runs) {
+        Bytes expected;
+        SoundLoop run(true, true);
+        run.Go(rates.size(), [&](Bytes& frame, uint64_t number) {
+            const SampleSound sound(rates[number]);
+            sound.EmbedInto(frame, number);
+            const Bytes samples =
+                sound.Samples(sound.FirstOfFrame(number, true), rates[number] / 25);
+            expected.insert(expected.end(), samples.begin(), samples.end());
+        });
+        EXPECT_EQ(rates, run.rates);
+        EXPECT_TRUE(expected == run.heard) << testing::PrintToString(rates);
+    }
+}
+
 TEST(AudioTransfer, AStreamShorterOrLongerThanThePicturesEndsWithThem)
 {
     const SampleSound sound(48000);

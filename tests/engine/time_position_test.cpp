@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <numeric>
 #include <string>
+#include <vector>
 
 namespace kelvane {
 namespace {
@@ -76,6 +78,47 @@ TEST(TimePosition, ReversePulldownPassesOneFrameInAThousand)
 {
     // 2499 steps of 1.2, and one more in the first and the second thousand.
     EXPECT_NEAR(2499 * 1.2 + 2, Sum(Reads(Pace(kToPAL, 3, false, true), 2500)), 1);
+}
+
+// By the count of frames read: the first above each whole thousand, and once.
+TEST(TimePosition, ReversePulldownPassesAFrameWhenTheThousandAndFirstWasRead)
+{
+    const std::pair<uint64_t, double> turns[] = {
+        {3, 1.2},    {999, 1.2},  {1000, 1.2}, {1001, 2.2}, {1001, 1.2}, {1999, 1.2},
+        {2000, 1.2}, {2001, 2.2}, {2002, 1.2}, {3000, 1.2}, {3002, 2.2}, {3003, 1.2}};
+    TimePosition time = Pace(kToPAL, 3, false, true), other = Pace(kToPAL, 1, false, true);
+    int64_t index = 0;
+    for (const auto& [read, moved] : turns) {
+        const auto move = [&](TimePosition& position) {
+            const double before = position.Position();
+            position.Advance(index, read);
+            return position.Position() - before;
+        };
+        // The position is counted on from ten less now and then.
+        EXPECT_NEAR(0, std::remainder(move(time) - moved, 10), 1e-9) << read;
+        EXPECT_NEAR(0, std::remainder(move(other) - other.Step(), 10), 1e-9) << read;
+        index++;
+    }
+}
+
+// The source frames at the centre of four output frames around each step: frame 1.2 times the
+// output's number, and one more for each thousand.
+TEST(TimePosition, ReversePulldownPassesTheSameFramesOfAFilmEachTime)
+{
+    const std::pair<size_t, std::vector<uint64_t>> rows[] = {{831, {997, 998, 1000, 1001}},
+                                                             {1664, {1997, 1999, 2001, 2002}},
+                                                             {2496, {2997, 2998, 3000, 3001}}};
+    TimePosition time = Pace(kToPAL, 3, false, true);
+    uint64_t read = 3;
+    std::vector<uint64_t> current;
+    for (int64_t i = 0; i < 2500; i++) {
+        read += uint64_t(time.FramesToRead());
+        current.push_back(read - 3);
+        time.Advance(i, read);
+    }
+    for (const auto& [first, frames] : rows)
+        EXPECT_EQ(frames, std::vector(current.begin() + ptrdiff_t(first),
+                                      current.begin() + ptrdiff_t(first) + 4));
 }
 
 }  // namespace

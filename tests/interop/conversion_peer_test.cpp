@@ -1,40 +1,18 @@
 // Conversions by the program, looked at with other people's programs.
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <iostream>
 
 #include "codecs/huffyuv_format.h"
 #include "codecs/huffyuv_frame_encoder.h"
-#include "interop/peer_test.h"
-#include "support/clip_maker/sample_clip.h"
+#include "interop/conversion_peer.h"
 #include "support/riff.h"
 
 namespace kelvane {
 namespace {
 
-class ConversionPeers : public PeerTest {
+class ConversionPeers : public ConversionPeerTest {
 protected:
-    // Writes clip.dv.
-    void MakeClip(int64_t frames, const SampleOptions& options) const
-    {
-        SampleClip clip(LoadCodecDrivers(CodecFolder()), options);
-        EXPECT_EQ(0, WriteSampleFile(Path("clip.dv"), clip, frames));
-    }
-    // The name of the result.
-    std::string Converted(const std::string& source, const std::string& options,
-                          const std::string& name) const
-    {
-        Run(KELVANE_CONVERT " --overwrite always --progress none " + options + " " + source +
-            " -o " + name);
-        return name;
-    }
-    // What ffmpeg decodes, one frame after the other.
-    Bytes Pictures(const std::string& name, const std::string& pixels = "bgr0") const
-    {
-        return FromFfmpeg(name, "-map 0:v -vsync passthrough -f rawvideo -pix_fmt " + pixels);
-    }
     // That we decode a film as ffmpeg does, and that a film coded once more is still understood.
     Bytes ExpectDecodedAlike(const std::string& film, const std::string& again, double noise) const
     {
@@ -46,73 +24,6 @@ protected:
         return theirs;
     }
 };
-
-std::string To(bool pal)
-{
-    return pal ? "--to pal " : "--to ntsc ";
-}
-
-TEST_F(ConversionPeers, SeeTheRightStreamsInEveryFormat)
-{
-    // Type 2 headers have the rate as 29.97 itself.
-    const std::string exact = "30000/1001,", rounded = "2997/100,";
-    const std::string little = "pcm_s16le,48000,2", big = "pcm_s16be,48000,2";
-    const struct {
-        std::string options, name, codec, tag, rate, sound;
-        bool dvcpro = false;
-    } rows[] = {
-        {"dv", "o.dv", "dvvideo", "[0][0][0][0]", exact, little},
-        {"avi1", "o.avi", "dvvideo", "[0][0][0][0]", exact, little},
-        {"avi1-odml", "o.avi", "dvvideo", "[0][0][0][0]", exact, little},
-        {"avi2", "o.avi", "dvvideo", "dvsd", rounded, little},
-        {"avi2-odml", "o.avi", "dvvideo", "dvsd", rounded, little},
-        {"canopus1", "o.avi", "dvvideo", "CDVC", exact, ""},
-        {"canopus2", "o.avi", "dvvideo", "CDVC", rounded, little},
-        {"matrox", "o.avi", "dvvideo", "dvsd", exact, ""},
-        {"mov-audio", "o.mov", "dvvideo", "dvcp", exact, big},
-        {"mov-audio-64 --codec softdv", "o.mov", "dvvideo", "dvcp", exact, big},
-        {"mov-audio --codec avid-dv", "o.mov", "dvvideo", "AVdv", exact, big},
-        {"mov-audio-64 --codec apple-dvcpro", "o.mov", "dvvideo", "dvpp", exact, big, true},
-        {"mov-audio-64 --codec animation", "o.mov", "qtrle", "rle ", exact, big},
-        {"mov --codec rgb24", "o.mov", "rawvideo", "raw ", exact, ""},
-        {"mov-64 --codec rgb32", "o.mov", "rawvideo", "raw ", exact, ""},
-        {"mov-audio --codec yuv422", "o.mov", "rawvideo", "yuv2", exact, big},
-        {"avi2-odml --codec huffyuv-yuv", "o.avi", "huffyuv", "HFYU", rounded, little},
-        {"avi2 --codec rgb24", "o.avi", "rawvideo", "[0][0][0][0]", rounded, little},
-    };
-    constexpr int kFrames = 20;
-    for (const auto& [options, name, codec, tag, rate, sound, dvcpro] : rows)
-        for (const bool pal : {true, false})
-            for (const bool same : {true, false}) {
-                SCOPED_TRACE((same ? "" : To(pal)) + options + (pal ? " PAL" : " NTSC"));
-                MakeClip(kFrames, {.pal = pal == same, .dvcpro = dvcpro});
-                Converted("clip.dv", "", "tape.dv");
-                Converted("tape.dv", (same ? "" : To(pal)) + "--format " + options, name);
-                // The last frame may be cut or filled up.
-                const int frames = same ? kFrames : int(kFrames * (pal ? 25 / 29.97 : 29.97 / 25));
-                const std::string streams = codec + "," + (tag == "dvcp" && !pal ? "dvc " : tag) +
-                                            (pal ? ",720,576,25/1," : ",720,480," + rate);
-                EXPECT_THAT(Probed(name, "v",
-                                   "codec_name,codec_tag_string,width,height,r_frame_rate,"
-                                   "nb_read_frames"),
-                            testing::AnyOf(streams + std::to_string(frames),
-                                           streams + std::to_string(frames + (same ? 0 : 1))));
-                EXPECT_EQ(sound, Probed(name, "a:0", "codec_name,sample_rate,channels"));
-                EXPECT_THAT(
-                    MediaInfo(name, "Video;%Format% %Width% %Height% %FrameRate%"),
-                    testing::AllOf(testing::StartsWith(codec == "dvvideo" ? "DV " : ""),
-                                   testing::EndsWith(pal ? " 720 576 25.000" : " 720 480 29.970")));
-                EXPECT_THAT(Printed("mediainfo " + name),
-                            testing::HasSubstr(name == "o.mov" ? "Converted by Kelvane" : ""));
-                EXPECT_EQ("", Complaints(name));
-                if (same && codec == "dvvideo") {
-                    EXPECT_TRUE(Read("tape.dv") == PeerVideo(name));
-                }
-                if (same && !sound.empty()) {
-                    EXPECT_TRUE(PeerSound("tape.dv") == PeerSound(name));
-                }
-            }
-}
 
 // Calls use(picture, parity) for all fields in the order of time.
 template <class Use>

@@ -256,6 +256,43 @@ TEST_F(AVIWriterTest, NumbersReferenceFiles)
     }
 }
 
+// The file is left behind a frame whose head lies above the limit.
+TEST_F(AVIWriterTest, LeavesAReferenceFileAtItsLimitToTheByte)
+{
+    const std::tuple<uint64_t, size_t> rows[] = {
+        {2 * 144008 - 1, 3}, {2 * 144008, 4}, {2 * 144008 + 1, 4}, {0, 2}, {1, 2}};
+    for (const auto& [limit, frames] : rows) {
+        SCOPED_TRACE(limit);
+        ASSERT_EQ(6u, WriteFilm(Path(), OutputNamed("Type1Reference"), true, 6,
+                                {.reference_file = limit}));
+        EXPECT_EQ(frames * 144008, ReadWhole(Path("film.000")).size());
+        const RiffFilm film(Path());
+        for (int i = 0; i < int(frames); i++) {
+            const bool crosses = i + 1 == int(frames);
+            EXPECT_EQ(uint64_t(i) * 144008, film.At("00db", 4, 4, i));
+            EXPECT_EQ(Path(crosses ? "film.001" : "film.000"),
+                      film.Text("00db", 16, Path("film.000").size(), i));
+        }
+        EXPECT_EQ(0u, film.At("00db", 4, 4, int(frames))) << "the first of the next file";
+    }
+}
+
+// A frame and its padding fill sectors of 512 bytes, where a head of padding and a byte fit.
+TEST_F(AVIWriterTest, FillsSectorsBehindMatroxFrames)
+{
+    const std::pair<size_t, uint32_t> rows[] = {{512, 496}, {514, 494}, {1006, 2},
+                                                {1008, 0},  {1022, 0},  {1024, 496}};
+    for (const auto& [size, padding] : rows) {
+        SCOPED_TRACE(size);
+        const RiffFilm film = Film("Matrox", 2, {}, size);
+        const uint64_t end = film.Find("00dc").head + 8 + size;
+        EXPECT_EQ(padding > 0 ? end + 8 + padding : end, film.Find("00dc", 1).head);
+        const RiffNode junk = film.Find("JUNK", 1);
+        EXPECT_EQ(padding, junk.size);
+        EXPECT_EQ(padding > 0 ? end : 0, junk.head);
+    }
+}
+
 TEST_F(AVIWriterTest, WritesPicturesThatAreNotDV)
 {
     const uint8_t tables[] = {2, 24, 0, 0, 9};

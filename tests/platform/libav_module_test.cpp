@@ -179,6 +179,21 @@ TEST(LibavModule, MemoryThatRunsOutIsAFailureAndNoMore)
     EXPECT_LT(TimesNotOpened(2), TimesNotOpened(1)) << "two threads that fail are tried as one";
 }
 
+// As long as more than half of its sequences are there, as from a scratched disk.
+TEST(LibavModule, DecodesAFrameThatIsMoreThanHalfGood)
+{
+    for (const bool pal : {true, false}) {
+        const Bytes good = Copy(SampleClip(LoadCodecDrivers(CodecFolder()), {.pal = pal}).Frame(0));
+        OpenedCodec decoder = OpenCodec(SetupFor(pal, false, 32), true);
+        const size_t sequences = good.size() / 12000;
+        for (size_t lost = 1; lost < sequences; lost++) {
+            Bytes frame = good, picture(size_t(720) * (pal ? 576 : 480) * 4);
+            std::fill(frame.end() - ptrdiff_t(lost * 12000), frame.end(), uint8_t{0});
+            EXPECT_EQ(lost < (pal ? 6u : 5u), decoder.Decode(frame, picture) == 0) << lost;
+        }
+    }
+}
+
 TEST(LibavModule, RefusesFormatsThatItDoesNotServe)
 {
     CodecSetup depth = SetupFor(true, false, 16), height = SetupFor(true, false, 24);

@@ -3,10 +3,9 @@
 #include <cstdint>
 #include <vector>
 
-namespace kelvane {
+#include "base/television.h"
 
-// When the two fields of a picture are seen.
-enum class FieldOrder : uint32_t { kProgressive = 0, kUpperFirst = 1, kLowerFirst = 2 };
+namespace kelvane {
 
 struct Scene {
     bool counter = true;     // a counter for people, a bar code of field numbers for programs

@@ -67,7 +67,9 @@ std::span<const uint8_t> SampleClip::Frame(int64_t number)
     uint32_t bytes = 0;
     if (fEncoder.Encode(fPicture.data(), fFrame, bytes) != kOK || bytes != fFrame.size()) return {};
     SetTimecode(fFrame, number, fOptions.pal ? 25 : 30);
-    DIFFrame(fFrame.data(), bytes).SetWidescreen(fOptions.wide);
+    DIFFrame frame(fFrame.data(), bytes);
+    frame.SetWidescreen(fOptions.wide);
+    frame.SetFieldOrder(fOptions.order);
     fSound.EmbedInto(fFrame, static_cast<uint64_t>(number));
     return fFrame;
 }
