@@ -39,7 +39,8 @@ class Kind:
 
 # Place, call, how, on; and how many of each the short sweep takes.
 SOURCE_FAULTS = [
-    ("read", "EIO", False, 3),
+    ("read", "bad", False, 3),
+    ("read", "EIO", False, 1),
     ("read", "EIO", True, 2),
     ("read", "short", False, 1),
     ("read", "shrink", False, 2),
@@ -106,8 +107,9 @@ def file_faults(counts, every, places):
     for place in places:
         calls = counts(place)
         rows, moves = (SOURCE_FAULTS, "read") if place == "source" else (OUTPUT_FAULTS, "write")
-        # All transfers move half of what was asked; nobody may notice.
+        # All transfers move half of what was asked, or a signal comes: nobody may notice.
         faults.append(Fault(place, moves, "half", True, 1))
+        faults += Kind(Fault(place, moves, "EINTR"), calls[moves]).some(2 if every else 0)
         for call, how, on, picks in rows:
             kind = Kind(Fault(place, call, how, on), calls[call])
             faults += kind.every() if every else kind.some(picks)

@@ -127,14 +127,10 @@ class Converter:
         film.problem = outcome.message or outcome.stderr.strip() or "status %d" % outcome.status
         if not film.frames:
             film.length = length_of_short_film(film.problem)
-            if film.length is None and outcome.status == 1 and not self.describes(path):
+            if film.length is None and outcome.status == 1 and \
+                    self.run(["--describe", path]).status != 0:
                 return None
         return film
-
-    def describes(self, path):
-        return subprocess.run([self.program, "--describe", path], stdin=subprocess.DEVNULL,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              timeout=TIMEOUT).returncode == 0
 
 
 def raw_film(path):

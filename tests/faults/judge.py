@@ -56,6 +56,8 @@ def judge_done(fault, outcome, film, undisturbed, same_bytes):
         yield "silent loss", "done, but the output: " + film.problem
     if fault.place == "output" and fault.call in SURELY_LOST:
         yield "silent loss", "done, though %s failed" % fault.call
+    if done and not fault.place and "frames" not in done:
+        yield "frames untold", "the done event has no number of frames"
     if done and done.get("frames") not in (None, len(undisturbed.frames)):
         yield "wrong count", "done with %s frames, %d stand in the output" % (
             done["frames"], len(undisturbed.frames))
@@ -91,7 +93,7 @@ def reason_of(fault):
     """The system's words for the fault; None where it has none."""
     if fault.place == "size":
         return os.strerror(errno.EFBIG)
-    if fault.how == "short":
+    if fault.how in ("short", "bad"):
         return os.strerror(errno.ENOSPC if fault.call == "write" else errno.EIO)
     return os.strerror(ERRORS[fault.how]) if fault.how in ERRORS else None
 

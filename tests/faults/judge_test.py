@@ -9,6 +9,7 @@ from judge import judge  # noqa: E402
 
 WHOLE = Film(list(range(100, 112)))
 READ = Fault("source", "read", "EIO", at=7)
+BAD_PAGE = Fault("source", "read", "bad", at=7)
 READ_ON = Fault("source", "read", "EIO", on=True, at=7)
 SHRINK = Fault("source", "read", "shrink", at=7)
 WRITE = Fault("output", "write", "ENOSPC", on=True, at=7)
@@ -45,6 +46,7 @@ class Judge(unittest.TestCase):
             (HALF, run(0, "done", frames=12, losses={}), WHOLE),
             (READ, run(0, "done", frames=12), Film(list(WHOLE.frames))),  # read a second time
             (READ, failed(ONE_MISSING, frames=12), REPEATED),
+            (BAD_PAGE, failed(ONE_MISSING, frames=12), REPEATED),
             (READ, failed("Error opening source file. (Input/output error)", frames=0), None),
             (READ, failed("Error reading source file (audio) ! 0.04 seconds are missing. "
                           "(Input/output error)", frames=12), Film([0, *WHOLE.frames[1:]])),
@@ -86,7 +88,8 @@ class Judge(unittest.TestCase):
              REPEATED),
             ("wrong count", READ, failed(ONE_MISSING, frames=12),
              Film([1, 2, *WHOLE.frames[2:]])),
-            ("lost frames", READ, failed(twelve % (6, 12), frames=6), film(6)),
+            ("frames untold", Fault(), run(0, "done"), WHOLE),
+            ("lost frames", BAD_PAGE, failed(twelve % (6, 12), frames=6), film(6)),
             ("unfinished output", READ, failed(ONE_MISSING, frames=12),
              Film(REPEATED.frames, "1 of 12 frames is missing")),
             ("frames untold", READ, failed("Error. (Input/output error)"), film(4)),

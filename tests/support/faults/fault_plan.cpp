@@ -89,6 +89,7 @@ Fate FateOf(Call call)
     }
     if (!first && !plan.on) return Fate::kPass;
     if (plan.Is("half")) return Fate::kHalf;
+    if (plan.Is("bad")) return Fate::kBad;
     return plan.Is("shrink") ? Fate::kShrink : Fate::kFail;
 }
 

@@ -11,7 +11,8 @@ namespace kelvane::faults {
 //   KELVANE_FAULT_AT      number of the call, from 1; without it nothing fails
 //   KELVANE_FAULT_HOW     EIO ENOSPC EDQUOT EINTR EAGAIN ENOMEM: fails so;
 //                         short: half of the bytes, the next call fails; half: half of the bytes,
-//                         no more; shrink: the file is made shorter before the call
+//                         no more; bad: a page in the middle of what is read cannot be read from
+//                         now on; shrink: the file is made shorter before the call
 //   KELVANE_FAULT_ON      when set, all later calls go wrong too
 //   KELVANE_FAULT_COUNTS  file that gets the numbers of calls at the end, "read 33" a line
 enum Call {
@@ -29,7 +30,7 @@ enum Call {
     kCalls,
 };
 
-enum class Fate { kPass, kFail, kHalf, kShrink };
+enum class Fate { kPass, kFail, kHalf, kBad, kShrink };
 
 // What is to become of this call; counts it. Where the fate is kFail, Error() tells errno's value.
 Fate FateOf(Call call);

@@ -2,6 +2,7 @@
 #undef _FILE_OFFSET_BITS  // else the headers turn "open" into "open64" here
 #undef _FORTIFY_SOURCE
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <mutex>
 
 #include "fault_plan.h"
 
@@ -33,30 +35,59 @@ auto Perform(Call call, Target target, Run real) -> decltype(real())
 
 // Runs `real` with the number of bytes that it may move.
 template <class Run>
-ssize_t Move(Call call, int file, size_t bytes, Run real)
+ssize_t Move(Call call, Fate fate, size_t bytes, Run real)
 {
-    switch (FateOf(call, file)) {
-        case Fate::kFail:
-            errno = Error(call);
-            return -1;
-        case Fate::kHalf:
-            return real((bytes + 1) / 2);
-        case Fate::kShrink:
-            Shrink(file);
-            [[fallthrough]];
-        default:
-            return real(bytes);
-    }
+    if (fate != Fate::kFail) return real(fate == Fate::kHalf ? (bytes + 1) / 2 : bytes);
+    errno = Error(call);
+    return -1;
 }
 
-// As Move, for a list of pieces; `real` takes the list and its length.
+// The page of a file that cannot be read any more.
+std::mutex gBadPageLock;
+ino_t gBadFile = 0;
+off_t gBadStart = 0, gBadEnd = 0;
+
+// Makes the middle of these bytes the bad page.
+void Spoil(ino_t file, off_t start, off_t bytes)
+{
+    constexpr off_t kPage = 4096;
+    gBadFile = file;
+    gBadStart = start + std::max<off_t>(bytes / 2 - kPage / 2, 0);
+    gBadEnd = gBadStart + std::min(bytes, kPage);
+}
+
+// How many of these bytes stand before the bad page, all if they don't reach it. An offset below 0
+// is the file's own place.
+size_t Readable(int file, off_t offset, size_t bytes, bool spoil)
+{
+    static const auto seek = Real<decltype(lseek)>("lseek");
+    const std::lock_guard lock(gBadPageLock);
+    struct stat status;
+    if ((!spoil && gBadFile == 0) || fstat(file, &status) != 0) return bytes;
+    const off_t start = offset < 0 ? seek(file, 0, SEEK_CUR) : offset;
+    const off_t end = start + static_cast<off_t>(bytes);
+    if (spoil) Spoil(status.st_ino, start, static_cast<off_t>(bytes));
+    const bool touches = status.st_ino == gBadFile && start < gBadEnd && end > gBadStart;
+    return touches ? static_cast<size_t>(std::max<off_t>(gBadStart - start, 0)) : bytes;
+}
+
 template <class Run>
-ssize_t MovePieces(int file, const iovec* pieces, int count, Run real)
+ssize_t Read(int file, off_t offset, size_t bytes, Run real)
+{
+    const Fate fate = FateOf(kRead, file);
+    if (fate == Fate::kShrink) Shrink(file);
+    const size_t good = Readable(file, offset, bytes, fate == Fate::kBad);
+    return Move(kRead, good == 0 && bytes > 0 ? Fate::kFail : fate, good, real);
+}
+
+// `real` takes a list of pieces and its length.
+template <class Run>
+ssize_t WritePieces(int file, const iovec* pieces, int count, Run real)
 {
     size_t bytes = 0;
     for (int i = 0; i < count; i++)
         bytes += pieces[i].iov_len;
-    return Move(kWrite, file, bytes, [&](size_t most) -> ssize_t {
+    return Move(kWrite, FateOf(kWrite, file), bytes, [&](size_t most) -> ssize_t {
         if (most == bytes) return real(pieces, count);
         iovec fewer[IOV_MAX];
         int used = 0;
@@ -106,14 +137,14 @@ ALSO_NAMED(openat, __openat64_2);
 ssize_t read(int file, void* buffer, size_t bytes)
 {
     static const auto real = Real<decltype(read)>("read");
-    return Move(kRead, file, bytes, [&](size_t most) { return real(file, buffer, most); });
+    return Read(file, -1, bytes, [&](size_t most) { return real(file, buffer, most); });
 }
 ALSO_NAMED(read, __read_chk);
 
 ssize_t pread(int file, void* buffer, size_t bytes, off_t offset)
 {
     static const auto real = Real<decltype(pread)>("pread");
-    return Move(kRead, file, bytes, [&](size_t most) { return real(file, buffer, most, offset); });
+    return Read(file, offset, bytes, [&](size_t most) { return real(file, buffer, most, offset); });
 }
 ALSO_NAMED(pread, pread64);
 ALSO_NAMED(pread, __pread_chk);
@@ -122,27 +153,29 @@ ALSO_NAMED(pread, __pread64_chk);
 ssize_t write(int file, const void* buffer, size_t bytes)
 {
     static const auto real = Real<decltype(write)>("write");
-    return Move(kWrite, file, bytes, [&](size_t most) { return real(file, buffer, most); });
+    return Move(kWrite, FateOf(kWrite, file), bytes,
+                [&](size_t most) { return real(file, buffer, most); });
 }
 
 ssize_t pwrite(int file, const void* buffer, size_t bytes, off_t offset)
 {
     static const auto real = Real<decltype(pwrite)>("pwrite");
-    return Move(kWrite, file, bytes, [&](size_t most) { return real(file, buffer, most, offset); });
+    return Move(kWrite, FateOf(kWrite, file), bytes,
+                [&](size_t most) { return real(file, buffer, most, offset); });
 }
 ALSO_NAMED(pwrite, pwrite64);
 
 ssize_t writev(int file, const iovec* pieces, int count)
 {
     static const auto real = Real<decltype(writev)>("writev");
-    return MovePieces(file, pieces, count,
-                      [&](const iovec* list, int length) { return real(file, list, length); });
+    return WritePieces(file, pieces, count,
+                       [&](const iovec* list, int length) { return real(file, list, length); });
 }
 
 ssize_t pwritev(int file, const iovec* pieces, int count, off_t offset)
 {
     static const auto real = Real<decltype(pwritev)>("pwritev");
-    return MovePieces(file, pieces, count, [&](const iovec* list, int length) {
+    return WritePieces(file, pieces, count, [&](const iovec* list, int length) {
         return real(file, list, length, offset);
     });
 }
