@@ -135,6 +135,8 @@ def judge_salvage(fault, outcome, film, undisturbed):
         if stand < whole or (changed and not excused):
             yield "frames untold", "what is missing is not told: %r" % outcome.message
         return
+    if fault.how == "shrink" and total < whole:
+        whole = total  # it was shorter before it was measured
     if stand + missing < whole or (len(changed) > missing and not excused):
         yield "wrong count", "%d missing told; %d of %d frames stand there, %d differ: %r" % (
             missing, stand, whole, len(changed), outcome.message)

@@ -54,6 +54,8 @@ class Judge(unittest.TestCase):
                              "first is number 6. (Input/output error)", frames=6), film(6)),
             (SHRINK, failed("Error reading source file (video) ! 7 of 12 frames are missing, the "
                             "first is number 5.", frames=5), film(5)),
+            (SHRINK, failed("Error reading source file (video) ! 1 of 6 frames is missing, the "
+                            "first is number 5.", frames=5), film(5)),
             (READ, run(1, "done", frames=12, losses={"silenced": 1}), REPEATED),
             (WRITE, failed("Write error in destination file (video track)! The file holds 4 "
                            "frames. (No space left on device)", frames=4), film(4)),
@@ -89,6 +91,7 @@ class Judge(unittest.TestCase):
             ("wrong count", READ, failed(ONE_MISSING, frames=12),
              Film([1, 2, *WHOLE.frames[2:]])),
             ("frames untold", Fault(), run(0, "done"), WHOLE),
+            ("wrong count", SHRINK, failed("1 of 6 frames is missing.", frames=4), film(4)),
             ("lost frames", BAD_PAGE, failed(twelve % (6, 12), frames=6), film(6)),
             ("unfinished output", READ, failed(ONE_MISSING, frames=12),
              Film(REPEATED.frames, "1 of 12 frames is missing")),
