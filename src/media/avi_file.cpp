@@ -96,6 +96,20 @@ int64_t AVIFile::FrameOffset(int32_t stream, int32_t frame, uint32_t& size) cons
     return static_cast<int64_t>(entry.offset);
 }
 
+Status AVIFile::SeekFrame(int32_t stream, int64_t frame)
+{
+    AVIStream* s = StreamAt(stream);
+    if (!s || frame < 0 || frame > CountFrames(stream)) return kError;
+    s->position = static_cast<int32_t>(frame);
+    return kOK;
+}
+
+int64_t AVIFile::CountFrames(int32_t stream) const
+{
+    const AVIStream* s = StreamAt(stream);
+    return s ? static_cast<int64_t>(s->frames.Count()) : 0;
+}
+
 Status AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     size = 0;

@@ -51,6 +51,8 @@ public:
 
     // File position of a frame's data, and its size in bytes; -1 if there is none.
     int64_t FrameOffset(int32_t stream, int32_t frame, uint32_t& size) const;
+    Status SeekFrame(int32_t stream, int64_t frame);
+    int64_t CountFrames(int32_t stream) const;
     // Reads the stream's next frame and moves on. A buffer of the stream's largest_frame bytes,
     // and of at least 144000 where frames may be references, holds any. kError: no such frame, or
     // it cannot be read whole, or the buffer is too small. kReferenceMissing: the file that it
