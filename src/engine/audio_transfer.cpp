@@ -86,6 +86,31 @@ Status AudioTransfer::FrameRead(std::span<uint8_t> frame)
     return kOK;
 }
 
+void AudioTransfer::FrameRepeated()
+{
+    if (fStream || fCompanion.IsOpen() || !fSetup.source_is_dv) return;
+    if (fRate == 0) {
+        fSilentFrames++;
+        return;
+    }
+    const size_t before = fFifo.Count();
+    // A full FIFO makes the silence short by that much.
+    static_cast<void>(fFrames.PutSilence(fFrameRate, fFifo));
+    fPut += fFifo.Count() - before;
+}
+
+double AudioTransfer::UnreadSeconds() const
+{
+    if (fRate == 0) return 0;
+    const uint64_t bytes = (fStream ? fStream->LostBytes() : 0) + fCompanion.LostBytes() + fLost;
+    return static_cast<double>(bytes) / static_cast<double>(Group()) / fRate;
+}
+
+Status AudioTransfer::Reason() const
+{
+    return fStream ? fStream->Reason() : fCompanion.Reason();
+}
+
 Status AudioTransfer::OpenCompanions()
 {
     fCompanionsSought = true;
@@ -113,10 +138,12 @@ void AudioTransfer::ExtractFrom(std::span<uint8_t> bytes)
     if (rate != 0 && rate != fFrameRate && !fSetup.separate_track) {
         fMarks.push_back({fPut, rate});
         fFrameRate = rate;
-    }
+    } else if (rate != 0 && rate != fFrameRate)
+        fSilenced += fSetup.source_is_pal ? 1 / 25.0 : 1001 / 30000.0;
     const size_t before = fFifo.Count();
-    // A full FIFO makes the sound short by that much.
-    static_cast<void>(fFrames.ExtractFrameAudio(fFrame, fFrameRate, fFifo));
+    // A full FIFO makes the sound short by a frame.
+    if (fFrames.ExtractFrameAudio(fFrame, fFrameRate, fFifo) != kOK)
+        fLost += fCadence.base * Group();
     fPut += fFifo.Count() - before;
 }
 

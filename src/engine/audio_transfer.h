@@ -48,6 +48,8 @@ public:
     // After each source frame that was read, with its bytes. -18 with a message when companion
     // files do not fit together.
     Status FrameRead(std::span<uint8_t> frame);
+    // After each source frame for which the one before stands: silence in place of its sound.
+    void FrameRepeated();
     // Once a turn, after its reads, if it had any. The status of the last read of the source's
     // audio stream; 0 without one.
     Status TurnRead();
@@ -63,6 +65,12 @@ public:
     Status FrameWritten(uint64_t number, AudioTrack& track);
     // At the end, also of a run that was stopped: the last chunk.
     Status Finish(AudioTrack& track);
+
+    // What could not be read of the sound, or had no place in the output, in seconds; and what the
+    // system said.
+    double UnreadSeconds() const;
+    double SilencedSeconds() const { return fSilenced; }
+    Status Reason() const;
 
     // Hertz, and channels; 0 hertz while nothing is known.
     uint32_t Rate() const { return fRate; }
@@ -106,9 +114,11 @@ private:
     FrameAudioReader fFrames;
     uint32_t fFrameRate = 0;        // of what enters the FIFO from frames, hertz
     uint64_t fSilentFrames = 0;     // source frames before the first with sound
+    uint64_t fLost = 0;             // bytes from frames that the FIFO could not take
     uint64_t fPut = 0, fTaken = 0;  // bytes from frames through the FIFO so far
     std::deque<RateMark> fMarks;
-    double fLate = 0.0;  // seconds by which changes of rate have put sound behind its pictures
+    double fSilenced = 0.0;  // seconds of frames whose sound had another rate than the track
+    double fLate = 0.0;      // seconds by which changes of rate have put sound behind its pictures
 
     TrackAudioWriter fTrack;
     bool fDeclared = false;

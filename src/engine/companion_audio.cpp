@@ -50,11 +50,10 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
         fRaw.resize(static_cast<size_t>(count) * frame_size);
         into = fRaw.data();
     }
-    if (fFile.Read(into, count) != kOK || count == 0) {
-        fLeft = 0;
-        return 0;
-    }
+    if (const Status status = fFile.Read(into, count); status != kOK || count == 0)
+        return PassUnread(samples, wanted, status);
     fLeft -= count;
+    fPosition += count;
     const auto got = static_cast<size_t>(count);
     if (!fCoding.IsPlain()) {
         const size_t bytes = got * frame_size;
@@ -62,6 +61,35 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
         ConvertSamples(fCoding, std::span(fRaw).first(bytes), samples);
     }
     return got;
+}
+
+// The file was found to hold these, and does not give them.
+size_t CompanionReader::PassUnread(uint8_t* samples, size_t frames, Status status)
+{
+    if (fReason == kOK) fReason = status;
+    const auto passed = static_cast<int64_t>(frames);
+    fLeft -= passed;
+    fPosition += passed;
+    fLost += frames;
+    // It answers for every position; a read there tells more.
+    static_cast<void>(fFile.SetPosition(fPosition));
+    std::fill_n(samples, frames * kSample * Format().ch, uint8_t{0});
+    return frames;
+}
+
+uint64_t CompanionAudio::LostBytes() const
+{
+    uint64_t most = 0;
+    for (const auto& reader : fReaders)
+        most = std::max(most, reader->LostFrames());
+    return most * kSample * fChannels;
+}
+
+Status CompanionAudio::Reason() const
+{
+    for (const auto& reader : fReaders)
+        if (reader->Reason() != kOK) return reader->Reason();
+    return kOK;
 }
 
 Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)

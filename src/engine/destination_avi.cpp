@@ -144,7 +144,7 @@ std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
         status = dv || !TakesOtherPictures(plan.type) ? destination->BeginDV(plan, setup)
                                                       : destination->BeginOther(plan, setup);
     if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate;
+    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
     return nullptr;
 }
 

@@ -82,7 +82,7 @@ std::unique_ptr<Destination> CreateQuickTimeDestination(const std::string& path,
     Status status = destination->InitCheck();
     if (status == kOK) status = destination->Begin(plan);
     if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate;
+    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
     return nullptr;
 }
 

@@ -20,6 +20,7 @@ public:
         if (frame.size() != static_cast<size_t>(SystemFor(is_pal).dv_frame_size)) return kError;
         return fFile.Write(frame.data(), 1);
     }
+    Status Finish() override { return fFile.Finish(); }
 
 private:
     RawDVFile fFile;
@@ -33,7 +34,7 @@ std::unique_ptr<Destination> CreateRawDVDestination(const std::string& path,
 {
     auto destination = std::make_unique<RawDVDestination>(path, plan.is_pal);
     if (destination->InitCheck() == kOK) return destination;
-    message = kCannotCreate;
+    message = kCannotCreate + destination->InitCheck().Reason();
     return nullptr;
 }
 

@@ -33,6 +33,11 @@ Status FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, Audio
     return fifo.PutSilence(usual - bytes);
 }
 
+Status FrameAudioReader::PutSilence(uint32_t rate, AudioFifo& fifo)
+{
+    return fifo.PutSilence(UsualSamples(rate) * kStereoSample);
+}
+
 // A thirtieth of a second for an NTSC frame is a little short: every fifth frame makes up for it.
 size_t FrameAudioReader::UsualSamples(uint32_t rate)
 {

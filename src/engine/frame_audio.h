@@ -24,6 +24,9 @@ public:
     // usual number. -1 when the FIFO is full: the sound is short by that much.
     Status ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo);
 
+    // A frame's length of silence. -1 when the FIFO is full.
+    Status PutSilence(uint32_t rate, AudioFifo& fifo);
+
 private:
     size_t UsualSamples(uint32_t rate);
 

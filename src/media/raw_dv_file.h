@@ -38,6 +38,8 @@ public:
     Status Seek(int64_t record);
     // Whole records: of the file as it was opened, or written so far.
     int64_t CountRecords() const;
+    bool EndsInPiece() const { return fFileSize % static_cast<uint64_t>(fRecordSize) != 0; }
+    Status Finish() { return fFile.Close(); }
     // Closes the file and deletes it from the disk. Always 0.
     void DeleteFile();
 

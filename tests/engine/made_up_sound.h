@@ -32,6 +32,14 @@ public:
         return kOK;
     }
 
+    uint64_t SkipChunk() override
+    {
+        const uint32_t skipped = uint32_t(std::min<size_t>(ChunkSize(), fSamples.size() - fAt));
+        fAt += skipped;
+        fNext++;
+        return skipped;
+    }
+
 private:
     Bytes fSamples;
     std::vector<uint32_t> fSizes;
