@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include "media/avi_file.h"
 #include "media/media_files.h"
@@ -63,12 +64,25 @@ protected:
         outcome.sounds = file.FramesWritten(1);
         return outcome;
     }
-    uint64_t WholeSize(const AVIOutput& output) const
+    RiffFilm Whole(const AVIOutput& output) const
     {
         const Outcome all = Write(output, 1 << 30);
         EXPECT_EQ(0, all.status);
         EXPECT_EQ(all.taken, all.frames);
-        return Size();
+        return RiffFilm(Path());
+    }
+    // Sizes below that of the film: around the borders of its chunks, and every so many bytes.
+    static std::set<uint64_t> Rooms(const RiffFilm& film, uint64_t from, uint64_t step)
+    {
+        std::set<uint64_t> rooms;
+        for (uint64_t room = from; room < film.bytes.size(); room += step)
+            rooms.insert(room);
+        for (const RiffNode& node : film.nodes)
+            for (const uint64_t room : {node.head - 1, node.head, node.head + 1, node.head + 8})
+                if (room >= from) rooms.insert(room);
+        rooms.insert(film.bytes.size() - 1);
+        rooms.erase(rooms.lower_bound(film.bytes.size()), rooms.end());
+        return rooms;
     }
     // All that was counted is in the file and comes back.
     void Check(const AVIOutput& output, const Outcome& outcome) const
@@ -92,10 +106,10 @@ TEST_F(AVIDiskFull, KeepsEveryFrameThatWasWrittenWhole)
 {
     for (const AVIOutput& output : kAVIOutputs) {
         if (output.flags & kAVIReference) continue;
-        const uint64_t size = WholeSize(output);
-        const uint64_t headers = RiffFilm(Path()).Find("movi").head + 12;
-        for (uint64_t room = size - 10240; room < size && !HasFailure(); room += 11) {
-            SCOPED_TRACE(std::string(output.name) + " " + std::to_string(size - room));
+        const RiffFilm film = Whole(output);
+        const uint64_t headers = film.Find("movi").head + 12;
+        for (const uint64_t room : Rooms(film, film.bytes.size() - 10240, 97)) {
+            SCOPED_TRACE(std::string(output.name) + " " + std::to_string(room));
             const Outcome outcome = Write(output, room);
             EXPECT_EQ(EFBIG, outcome.status.SystemError());
             EXPECT_GE(room, Size());
@@ -111,16 +125,13 @@ TEST_F(AVIDiskFull, KeepsEveryFrameThatWasWrittenWhole)
 TEST_F(AVIDiskFull, DoesWithoutTheIndexesThatFindNoRoom)
 {
     for (const AVIOutput& output : kAVIOutputs) {
-        const uint64_t size = WholeSize(output);
+        const RiffFilm film = Whole(output);
         // What the media alone take: the chunk behind the last frame is an index, if anything.
-        const std::vector<RiffNode> nodes = RiffFilm(Path()).nodes;
-        const auto last = std::find_if(nodes.rbegin(), nodes.rend(), [](const RiffNode& node) {
-            return node.id.starts_with("00d") || node.id == "JUNK";
-        });
-        const uint64_t media = last->head + 8 + last->size;
-        EXPECT_LE(media, size);
-        for (uint64_t room = media; room < size && !HasFailure(); room++) {
-            SCOPED_TRACE(std::string(output.name) + " " + std::to_string(size - room));
+        const auto last = std::find_if(
+            film.nodes.rbegin(), film.nodes.rend(),
+            [](const RiffNode& node) { return node.id.starts_with("00d") || node.id == "JUNK"; });
+        for (const uint64_t room : Rooms(film, last->head + 8 + last->size, 13)) {
+            SCOPED_TRACE(std::string(output.name) + " " + std::to_string(room));
             const Outcome outcome = Write(output, room, true);
             EXPECT_EQ(EFBIG, outcome.status.SystemError());
             EXPECT_EQ(output.flags & kAVIReference ? 3 : 40, outcome.frames);
@@ -133,7 +144,6 @@ TEST_F(AVIDiskFull, DoesWithoutTheIndexesThatFindNoRoom)
 TEST_F(AVIDiskFull, CutsReferenceFilesBackToWholeChunks)
 {
     const AVIOutput& output = OutputNamed("Type2Reference");
-    WholeSize(output);
     for (uint64_t room = 288016; room < 3 * 144008; room += room == 288016 ? 1 : 35999) {
         const Outcome outcome = Write(output, room);
         EXPECT_EQ(EFBIG, outcome.status.SystemError());
