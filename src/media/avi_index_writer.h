@@ -19,11 +19,11 @@ public:
     {
     }
 
-    // Around the writing of every chunk of `size` bytes. -1: an index could not be written, or
-    // the super index is full (after days of tape).
+    // Around the writing of every chunk of `size` bytes. kError without a reason: the super index
+    // is full (after days of tape).
     Status BeforeChunk(AVIStream& stream, size_t size);
     Status AfterChunk(AVIStream& stream);
-    // The indexes of the chunks since.
+    // The indexes of the chunks since; the first failure.
     Status FinishStreams();
     // "idx1" of all streams' chunks, in the order of their places; nothing without chunks. What
     // lies beyond its 32 bits is left out.

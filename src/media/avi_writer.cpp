@@ -122,54 +122,76 @@ Status AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || data.empty() || fFinished || IsFull(data.size())) return kError;
-    if (!fReserved && ReserveHeaders() != kOK) return kError;
+    if (!fReserved) {
+        const Status reserved = ReserveHeaders();
+        if (reserved != kOK) return reserved;
+    }
     const size_t frame_size = data.size();
     Bytes reference;
     if (fReferences && !stream->IsAudio()) {
-        if (WriteReference(*stream, data, reference) != kOK) return kError;
+        const Status written = WriteReference(*stream, data, reference);
+        if (written != kOK) return written;
         data = reference;
     }
-    if (fIndexes.BeforeChunk(*stream, data.size()) != kOK) return kError;
-    if (SegmentIsFull() && fAppender.PutSegment() != kOK) return kError;
-    const Chunk* chunk =
-        fAppender.Put(stream->chunk_tag, data, fAppender.Media(), PaddingBehind(data.size()));
-    if (!chunk) return kError;
+    Chunk* chunk = nullptr;
+    const Status status = PutFrame(*stream, data, chunk);
+    if (status != kOK) return status;
     Count(*stream, {chunk->offset, static_cast<uint32_t>(data.size())}, frame_size);
     return fIndexes.AfterChunk(*stream);
+}
+
+Status AVIWriter::PutFrame(AVIStream& stream, std::span<const uint8_t> data, Chunk*& chunk)
+{
+    Status status = fIndexes.BeforeChunk(stream, data.size());
+    if (status == kOK && SegmentIsFull(data.size())) status = fAppender.PutSegment();
+    if (status != kOK) return status;
+    return fAppender.Put(stream.chunk_tag, data, fAppender.Media(), chunk,
+                         PaddingBehind(data.size()));
 }
 
 Status AVIWriter::ReserveHeaders()
 {
     const uint32_t bytes = fLayout.Settle() + kListHeadSize;
-    if (fAppender.Reserve(bytes) != kOK) return kError;
+    const Status status = fAppender.Reserve(bytes);
+    if (status != kOK) return status;
     fTotal = bytes;
     fReserved = true;
     return kOK;
 }
 
-// A file of one RIFF has its limit, and besides its size field has 32 bits.
-bool AVIWriter::IsFull(size_t size) const
+// What stands in the current RIFF, with a chunk more and the "idx1" that may come, reaches beyond
+// the 32 bits of its size field.
+bool AVIWriter::RiffOverflows(size_t size) const
 {
-    if (Has(kAVISegments)) return false;
     uint64_t chunks = 1;
     for (const AVIStream& stream : fStructure.streams)
         chunks += stream.frames.Count();
-    const uint64_t end = fAppender.End() + size + chunks * kOldIndexEntry.Size() + kRiffMargin;
-    return fTotal > fLimits.only_riff || end > std::numeric_limits<uint32_t>::max();
+    const uint64_t bytes = fAppender.End() - fAppender.RiffStart() + size;
+    return bytes + chunks * kOldIndexEntry.Size() + kRiffMargin >
+           std::numeric_limits<uint32_t>::max();
 }
 
-bool AVIWriter::SegmentIsFull() const
+// A file of one RIFF has its limit, and none takes a chunk that no RIFF could hold.
+bool AVIWriter::IsFull(size_t size) const
+{
+    if (size > std::numeric_limits<int32_t>::max()) return true;
+    return !Has(kAVISegments) && (fTotal > fLimits.only_riff || RiffOverflows(size));
+}
+
+bool AVIWriter::SegmentIsFull(size_t size) const
 {
     if (!Has(kAVISegments)) return false;
-    return fStructure.segments.empty() ? fTotal > fLimits.first_riff
-                                       : fStructure.segments.back().bytes > fLimits.later_riff;
+    return RiffOverflows(size) ||
+           (fStructure.segments.empty() ? fTotal > fLimits.first_riff
+                                        : fStructure.segments.back().bytes > fLimits.later_riff);
 }
 
 Status AVIWriter::WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
                                  Bytes& reference)
 {
     Reference made;
-    if (fReferences->Write(stream.chunk_tag, frame, made) != kOK) return kError;
+    const Status status = fReferences->Write(stream.chunk_tag, frame, made);
+    if (status != kOK) return status;
     made.frame = static_cast<uint32_t>(stream.chunks);
     reference = BuildReference(made);
     return kOK;
@@ -209,14 +231,15 @@ Status AVIWriter::Finish()
 Status AVIWriter::WriteEnd()
 {
     Status status = fAppender.CutTail();
-    if (fIndexes.FinishStreams() != kOK) status = kError;
+    status = FirstFailure(status, fIndexes.FinishStreams());
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.
     const bool old_index = Has(kAVIOldIndex) && (!Has(kAVISegments) || Has(kAVIMatrox));
-    if (old_index && fIndexes.WriteOldIndex() != kOK) status = kError;
-    if (fAppender.CutTail() != kOK) status = kError;
+    if (old_index) status = FirstFailure(status, fIndexes.WriteOldIndex());
+    status = FirstFailure(status, fAppender.CutTail());
     fStructure.tree.Layout();
-    return fStructure.tree.Flush(fFile) == kOK ? status : kError;
+    status = FirstFailure(status, fStructure.tree.Flush(fFile));
+    return fReferences ? FirstFailure(status, fReferences->Finish()) : status;
 }
 
 }  // namespace kelvane

@@ -19,7 +19,8 @@ namespace kelvane {
 
 // The writing side of AVIFile. The headers are planned in memory, their room is reserved when the
 // first frame comes, every frame is written once where it stays, and the true headers follow at
-// the end. All operations answer kOK or kError unless told otherwise.
+// the end. All operations answer kOK or kError unless told otherwise, kError with the system's
+// reason where the system failed.
 class AVIWriter {
 public:
     // The structure is empty and outlives the writer.
@@ -53,7 +54,8 @@ public:
     // Appends a frame or a piece of sound. Refused also when the file has reached its limit. What
     // was written before stays good after a failure.
     Status WriteFrame(int32_t stream, std::span<const uint8_t> data);
-    // Writes indexes and headers. Done once; later calls give the same answer.
+    // Writes indexes and headers and closes the reference file; the first failure of these. An
+    // index that cannot be written is left out. Done once; later calls give the same answer.
     Status Finish();
 
 private:
@@ -61,8 +63,10 @@ private:
     AVIStream* StreamAt(int32_t index);
     bool CanAddStream() const;
     Status ReserveHeaders();
+    bool RiffOverflows(size_t size) const;
     bool IsFull(size_t size) const;
-    bool SegmentIsFull() const;
+    bool SegmentIsFull(size_t size) const;
+    Status PutFrame(AVIStream& stream, std::span<const uint8_t> data, Chunk*& chunk);
     Status WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
                           Bytes& reference);
     uint32_t PaddingBehind(size_t size) const;

@@ -4,7 +4,7 @@ import threading
 from dataclasses import dataclass
 
 from clips import FRAME_BYTES, FRAMES, SOURCES
-from converter import OUTPUT, SOURCE, Fault, Film, checksum, empty_folder
+from converter import OUTPUT, SOURCE, Fault, Film, checksum, empty_folder, remove
 from judge import judge
 
 
@@ -94,9 +94,15 @@ class Workshop:
         """How many there are of each call on the files of this place."""
         file = os.path.join(self.bench(), "counts")
         text = SOURCE if place == "source" else OUTPUT
+        remove(file)
         self.run(pair, counts=("/%s/" % text, file))
+        if not os.path.exists(file):
+            raise SetUpError("%s: the fault library was not loaded" % pair.name())
         with open(file) as lines:
-            return {call: int(number) for call, number in map(str.split, lines)}
+            counts = {call: int(number) for call, number in map(str.split, lines)}
+        if not counts["read" if place == "source" else "write"]:
+            raise SetUpError("%s: the fault library sees no calls" % pair.name())
+        return counts
 
     def least_address_space(self, pair):
         """Megabytes with which the conversion succeeds, to the megabyte."""
