@@ -42,7 +42,8 @@ protected:
             ConversionSettings settings;
             FillConversionSettings(fOptions, fCodecs, settings);
             return ConvertFile(fClip, fFolder.Path("out"), TypeOfDestination(fOptions.selection),
-                               settings, &fResult, state);
+                               settings, nullptr, &fResult, state)
+                .Code();
         } catch (const std::bad_alloc&) {
             fResult.message = "thrown";
             return kFailed;
