@@ -190,8 +190,8 @@ private:
         FillConversionSettings(options, codecs, settings);
         ConversionResult result;
         const std::string out = fFolder.Path("ours.dv");
-        if (ConvertFile(fFolder.Path("in.dv"), out, kDestinationRawDV, settings, &result, state) !=
-            kOK) {
+        if (ConvertFile(fFolder.Path("in.dv"), out, kDestinationRawDV, settings, nullptr, &result,
+                        state) != kOK) {
             printf("%s: %s\n", method.name, result.message.c_str());
             return;
         }

@@ -10,7 +10,7 @@ uint64_t GetField(std::span<const uint8_t> body, const HeaderField& field, ByteO
     return LoadBytes(body.subspan(field.at, field.bytes), order);
 }
 
-int SetField(std::span<uint8_t> body, const HeaderField& field, uint64_t value, ByteOrder order)
+Status SetField(std::span<uint8_t> body, const HeaderField& field, uint64_t value, ByteOrder order)
 {
     if (size_t{field.at} + field.bytes > body.size()) return kError;
     StoreBytes(body.subspan(field.at, field.bytes), value, order);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -59,7 +60,6 @@ consteval FieldTable<N> HeaderFields(const HeaderField (&rows)[N])
 // 0 when the field lies beyond the body: a short header reads as one padded with zeros.
 uint64_t GetField(std::span<const uint8_t> body, const HeaderField& field, ByteOrder order);
 // -1 when the field lies beyond the body or the value is wider than the field.
-[[nodiscard]] int SetField(std::span<uint8_t> body, const HeaderField& field, uint64_t value,
-                           ByteOrder order);
+Status SetField(std::span<uint8_t> body, const HeaderField& field, uint64_t value, ByteOrder order);
 
 }  // namespace kelvane

@@ -4,9 +4,10 @@
 
 namespace kelvane {
 
-void FileHolder::Close()
+Status FileHolder::Close()
 {
-    if (fHandle != kNoFile) close(Release());
+    // After EINTR the handle is gone as well and must not be closed again.
+    return fHandle == kNoFile || close(Release()) == 0 ? Status(kOK) : Status::System();
 }
 
 }  // namespace kelvane

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/status.h"
+
 namespace kelvane {
 
 // A system file handle.
@@ -16,20 +18,22 @@ public:
     FileHolder& operator=(FileHolder&& other) noexcept
     {
         if (this != &other) {
-            Close();
+            static_cast<void>(Close());  // as the destructor
             fHandle = other.Release();
         }
         return *this;
     }
     FileHolder(const FileHolder&) = delete;
     FileHolder& operator=(const FileHolder&) = delete;
-    ~FileHolder() { Close(); }
+    // Whoever wrote closes before and asks: a file system may tell only then that it had no room.
+    ~FileHolder() { static_cast<void>(Close()); }
 
     FileHandle Handle() const { return fHandle; }
     bool IsOpen() const { return fHandle != kNoFile; }
     // Gives the handle away; the holder is empty afterwards.
     FileHandle Release() { return std::exchange(fHandle, kNoFile); }
-    void Close();
+    // kOK also for a holder that is empty.
+    Status Close();
 
 private:
     FileHandle fHandle;

@@ -217,6 +217,12 @@ bool ParseArguments(int count, char** values, Arguments& arguments, int& exitSta
         "Converts DV video files: from one container to another bit for bit, and from PAL "
         "to NTSC and back.",
         "kelvane-convert");
+    app.footer(
+        "Exit status: 0 when all files are done and nothing was lost; 1 when one failed, was\n"
+        "skipped or stopped, or is done with losses; 2 for wrong usage. A frame that can't be\n"
+        "read is replaced by the one before it: the film goes on and ends as failed, with the\n"
+        "number of frames that are missing. Ctrl-C finishes the file under way, a second one\n"
+        "ends at once.");
     ParsedOptions parsed;
     std::optional<std::string> future;
     app.add_option("files", arguments.files, "Files to convert")->type_name("FILE");

@@ -21,13 +21,7 @@ namespace kelvane {
 
 namespace {
 
-int ShowProgress(uint32_t framesRead, uint64_t total, uintptr_t cookie)
-{
-    reinterpret_cast<ProgressDisplay*>(cookie)->Frames(framesRead, total);
-    return StopRequested() ? 1 : 0;
-}
-
-class Batch {
+class Batch : private ConversionHost {
 public:
     Batch(const Arguments& arguments, const CodecDrivers& drivers)
         : fArguments(arguments),
@@ -38,15 +32,13 @@ public:
           fQuestion(arguments.options.overwrite),
           fSettings(SettingsFor(arguments, fCodecs))
     {
-        fSettings.progress = ShowProgress;
-        fSettings.progress_cookie = reinterpret_cast<uintptr_t>(&fDisplay);
     }
 
     int Run()
     {
         bool allDone = true;
         for (const std::string& file : fArguments.files) {
-            if (fCancelled || StopRequested()) return kExitFileFailed;
+            if (fCancelled || RequestedWish() != Wish::kGoOn) return kExitFileFailed;
             fDisplay.Start(file);
             allDone = ConvertOne(file) && allDone;
         }
@@ -54,6 +46,12 @@ public:
     }
 
 private:
+    Wish Progress(const ConversionProgress& progress) override
+    {
+        fDisplay.Frames(progress.frames_written, progress.frames_planned);
+        return RequestedWish();
+    }
+
     bool Fail(const std::string& message)
     {
         fDisplay.Failed(message);
@@ -97,12 +95,24 @@ private:
         if (!MayRead(file) || !MayWrite(file, output)) return false;
         ConversionResult result;
         const int32_t type = TypeOfDestination(fArguments.options.selection);
-        if (ConvertFile(file, output, type, fSettings, &result, fState) != kOK)
-            return Fail(result.message);
-        if (StopRequested()) return Fail("Interrupted.");
-        if (!result.warning.empty()) fDisplay.Warn(result.warning);
-        fDisplay.Done(output);
-        return true;
+        // Its status is the outcome's.
+        static_cast<void>(ConvertFile(file, output, type, fSettings, this, &result, fState));
+        for (const std::string& warning : result.warnings)
+            fDisplay.Warn(warning);
+        switch (result.outcome) {
+            case Outcome::kStopped:
+                fDisplay.Failed("Interrupted.", &result);
+                return false;
+            case Outcome::kEnded:
+                fDisplay.Failed("Interrupted by the system.", &result);
+                return false;
+            case Outcome::kFailed:
+                fDisplay.Failed(result.message, &result);
+                return false;
+            case Outcome::kDone:
+                fDisplay.Done(output, result);
+        }
+        return !result.losses.Any();
     }
 
     const Arguments& fArguments;
@@ -123,7 +133,6 @@ int ConvertFiles(const Arguments& arguments, const CodecDrivers& drivers)
         std::cerr << arguments.audio << ": cannot be read or is neither WAV nor AIFF\n";
         return kExitFileFailed;
     }
-    CatchStopRequests();
     return Batch(arguments, drivers).Run();
 }
 

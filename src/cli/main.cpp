@@ -1,11 +1,15 @@
 // kelvane-convert: the conversion engine for scripts, servers and tests.
 
+#include <cerrno>
 #include <iostream>
+#include <new>
 
+#include "base/status.h"
 #include "cli/arguments.h"
 #include "cli/conversion_batch.h"
 #include "cli/lists.h"
 #include "cli/sample_command.h"
+#include "cli/stop_request.h"
 
 using namespace kelvane;
 
@@ -19,9 +23,7 @@ CodecDrivers LoadCodecs()
     return drivers;
 }
 
-}  // namespace
-
-int main(int count, char** values)
+int Run(int count, char** values)
 {
     Arguments arguments;
     int status = kExitDone;
@@ -39,4 +41,30 @@ int main(int count, char** values)
             return ConvertFiles(arguments, LoadCodecs());
     }
     return kExitWrongUsage;
+}
+
+// What was said on standard output may not have been heard.
+bool StandardOutputIsWhole()
+{
+    const bool whole = std::cout.good();
+    errno = 0;
+    if (std::cout.flush().good() && whole) return true;
+    std::cerr << "kelvane-convert: Standard output can't be written."
+              << Status(kError, errno).Reason() << '\n';
+    return false;
+}
+
+}  // namespace
+
+int main(int count, char** values)
+{
+    CatchStopRequests();
+    int status = kExitFileFailed;
+    try {
+        status = Run(count, values);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "kelvane-convert: There is not enough memory.\n";
+    }
+    if (!StandardOutputIsWhole() && status == kExitDone) status = kExitFileFailed;
+    return status;
 }

@@ -19,6 +19,25 @@ std::string Text(const nlohmann::json& object)
     return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
+// Only what there is: an empty object is a run without losses.
+nlohmann::ordered_json LossesObject(const Losses& losses)
+{
+    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    const std::pair<const char*, uint64_t> frames[] = {
+        {"frames_unread", losses.frames_unread},
+        {"frames_missing", losses.frames_missing},
+        {"frames_short", losses.frames_short},
+        {"frames_undecodable", losses.frames_undecodable},
+        {"frames_salvaged", losses.frames_salvaged},
+    };
+    for (const auto& [name, count] : frames)
+        if (count > 0) object[name] = count;
+    if (losses.first_frame >= 0) object["first_frame"] = losses.first_frame;
+    if (losses.sound_unread > 0) object["seconds_of_sound_unread"] = losses.sound_unread;
+    if (losses.sound_silenced > 0) object["seconds_of_sound_silenced"] = losses.sound_silenced;
+    return object;
+}
+
 std::string HoursMinutesSeconds(double seconds)
 {
     const auto whole = static_cast<long>(std::clamp(seconds, 0.0, 359999.0));
@@ -45,9 +64,8 @@ void ProgressDisplay::Start(const std::string& file)
 
 void ProgressDisplay::Frames(uint64_t done, uint64_t total)
 {
-    // The engine counts the turns after the end of the source too.
     fTotal = total;
-    fDone = std::min(done, total);
+    fDone = done;
     const Clock::time_point now = Clock::now();
     const bool json = fStyle == ProgressStyle::kJSON;
     if (now - fDrawn < (json ? kBetweenEvents : kBetweenDraws)) return;
@@ -83,10 +101,17 @@ void ProgressDisplay::ClearBar()
     fBarShown = false;
 }
 
-void ProgressDisplay::PrintEvent(const char* event, const char* key, const std::string& text) const
+void ProgressDisplay::PrintEvent(const char* event, const char* key, const std::string& text,
+                                 const ConversionResult* result) const
 {
     nlohmann::ordered_json object = {{"event", event}, {"file", fFile}};
     if (key) object[key] = text;
+    if (result) {
+        object["frames"] = result->frames_written;
+        object["fps"] = std::round(FramesPerSecond() * 10) / 10;
+        object["losses"] = LossesObject(result->losses);
+        object["warning"] = result->warnings;
+    }
     std::cout << object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << std::endl;
 }
 
@@ -96,21 +121,24 @@ void ProgressDisplay::PrintLine(const std::string& text)
     std::cerr << fFile << ": " << text << '\n';
 }
 
-void ProgressDisplay::Done(const std::string& output)
+void ProgressDisplay::Done(const std::string& output, const ConversionResult& result)
 {
+    const std::string losses = LossesInWords(result.losses);
     if (fStyle == ProgressStyle::kJSON) {
-        PrintEvent("done", "output", output);
+        PrintEvent("done", "output", output, &result);
     } else if (fStyle != ProgressStyle::kNone) {
         char rate[64];
         snprintf(rate, sizeof rate, ", %llu frames, %.0f fps",
-                 static_cast<unsigned long long>(fDone), FramesPerSecond());
+                 static_cast<unsigned long long>(result.frames_written), FramesPerSecond());
         PrintLine("Done (" + output + rate + ")");
     }
+    // As an error, told whatever the style.
+    if (!losses.empty()) PrintLine("Losses: " + losses);
 }
 
-void ProgressDisplay::Failed(const std::string& message)
+void ProgressDisplay::Failed(const std::string& message, const ConversionResult* result)
 {
-    if (fStyle == ProgressStyle::kJSON) PrintEvent("failed", "message", message);
+    if (fStyle == ProgressStyle::kJSON) PrintEvent("failed", "message", message, result);
     // An error is told on standard error whatever the style.
     PrintLine(message);
 }

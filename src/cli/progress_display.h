@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/arguments.h"
+#include "engine/conversion_settings.h"
 
 namespace kelvane {
 
@@ -17,9 +18,11 @@ public:
     void Start(const std::string& file);
     // Draws at most ten times a second.
     void Frames(uint64_t done, uint64_t total);
-    void Done(const std::string& output);
-    void Failed(const std::string& message);
+    void Done(const std::string& output, const ConversionResult& result);
+    // `result` is null when nothing was begun.
+    void Failed(const std::string& message, const ConversionResult* result = nullptr);
     void Skipped(const std::string& reason);
+    // Of the file under way; told before its end.
     void Warn(const std::string& text);
 
 private:
@@ -28,7 +31,8 @@ private:
     double FramesPerSecond() const;
     void DrawBar();
     void ClearBar();
-    void PrintEvent(const char* event, const char* key, const std::string& text) const;
+    void PrintEvent(const char* event, const char* key, const std::string& text,
+                    const ConversionResult* result = nullptr) const;
     void PrintLine(const std::string& text);
 
     ProgressStyle fStyle;

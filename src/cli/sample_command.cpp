@@ -27,8 +27,9 @@ int MakeSample(const SampleArguments& arguments, const CodecDrivers& drivers)
     }
     const auto frames =
         static_cast<int64_t>(std::lround(arguments.seconds * double(clip.System().rate)));
-    if (WriteSampleFile(arguments.path, clip, frames) != kOK) {
-        std::cerr << arguments.path << ": cannot be written\n";
+    const Status written = WriteSampleFile(arguments.path, clip, frames);
+    if (written != kOK) {
+        std::cerr << arguments.path << ": cannot be written" << written.Reason() << '\n';
         return kExitFileFailed;
     }
     return kExitDone;

@@ -9,28 +9,46 @@ namespace kelvane {
 
 namespace {
 
-volatile std::sig_atomic_t gStop = 0;
+volatile std::sig_atomic_t gPersonStops = 0;
+volatile std::sig_atomic_t gSystemEnds = 0;
 
-extern "C" void NoteStop(int signal)
+extern "C" void NotePersonsStop(int signal)
 {
-    if (gStop) _exit(128 + signal);
-    gStop = 1;
+    if (gPersonStops) _exit(128 + signal);
+    gPersonStops = 1;
+}
+
+// The system may send several of them for one and the same end.
+extern "C" void NoteSystemsEnd(int)
+{
+    gSystemEnds = 1;
+}
+
+void Catch(int signal, void (*handler)(int))
+{
+    struct sigaction now {};
+    if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN) return;
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
 
 void CatchStopRequests()
 {
-    struct sigaction action {};
-    action.sa_handler = NoteStop;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    Catch(SIGINT, NotePersonsStop);
+    Catch(SIGTERM, NoteSystemsEnd);
+    Catch(SIGHUP, NoteSystemsEnd);
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
 }
 
-bool StopRequested()
+Wish RequestedWish()
 {
-    return gStop != 0;
+    if (gPersonStops) return Wish::kStop;
+    return gSystemEnds ? Wish::kEnd : Wish::kGoOn;
 }
 
 }  // namespace kelvane

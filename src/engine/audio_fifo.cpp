@@ -13,7 +13,7 @@ size_t AudioFifo::TailRoom() const
     return std::min(Free(), fStorage.size() - tail);
 }
 
-int AudioFifo::Grow(size_t bytes)
+Status AudioFifo::Grow(size_t bytes)
 {
     if (bytes > kMaximum - fStorage.size()) return kError;
     MoveToFront();
@@ -38,7 +38,7 @@ void AudioFifo::MoveToFront()
     fRead = 0;
 }
 
-int AudioFifo::MakeRoom(size_t bytes)
+Status AudioFifo::MakeRoom(size_t bytes)
 {
     if (bytes > Free()) return Grow(bytes - Free());
     const bool in_one_piece = fRead + fCount <= fStorage.size();
@@ -46,7 +46,7 @@ int AudioFifo::MakeRoom(size_t bytes)
     return kOK;
 }
 
-int AudioFifo::Put(std::span<const uint8_t> bytes)
+Status AudioFifo::Put(std::span<const uint8_t> bytes)
 {
     if (MakeRoom(bytes.size()) != kOK) return kError;
     while (!bytes.empty()) {
@@ -58,7 +58,7 @@ int AudioFifo::Put(std::span<const uint8_t> bytes)
     return kOK;
 }
 
-int AudioFifo::PutSilence(size_t bytes)
+Status AudioFifo::PutSilence(size_t bytes)
 {
     if (MakeRoom(bytes) != kOK) return kError;
     while (bytes > 0) {

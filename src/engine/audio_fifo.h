@@ -5,6 +5,8 @@
 #include <span>
 #include <vector>
 
+#include "base/status.h"
+
 namespace kelvane {
 
 // A ring of sound bytes between where they come from and where they go. It grows when it must, up
@@ -23,10 +25,10 @@ public:
 
     // Adds capacity and moves the contents to the front, so that all that is free is in one piece;
     // with 0 it only does the latter. -1, and nothing happens, beyond the limit.
-    [[nodiscard]] int Grow(size_t bytes);
+    Status Grow(size_t bytes);
     // Adds all of `bytes`, growing by what is short; -1, and nothing is added, beyond the limit.
-    [[nodiscard]] int Put(std::span<const uint8_t> bytes);
-    [[nodiscard]] int PutSilence(size_t bytes);
+    Status Put(std::span<const uint8_t> bytes);
+    Status PutSilence(size_t bytes);
     // Takes up to `bytes.size()` bytes; how many there were.
     size_t Get(std::span<uint8_t> bytes);
     // Takes up to `bytes` bytes and forgets them.
@@ -44,7 +46,7 @@ public:
 
 private:
     size_t Tail() const { return (fRead + fCount) % fStorage.size(); }
-    int MakeRoom(size_t bytes);
+    Status MakeRoom(size_t bytes);
     void MoveToFront();
 
     std::vector<uint8_t> fStorage;

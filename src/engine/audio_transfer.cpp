@@ -28,8 +28,8 @@ AudioTransfer::AudioTransfer(const AudioSetup& setup)
 {
 }
 
-int AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
-                                   uint32_t channels)
+Status AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding,
+                                      uint32_t rate, uint32_t channels)
 {
     if (!coding.IsSupported() || channels == 0 || channels > kMostChannels) {
         fMessage = "Source audio format is not supported (PCM or float is needed)!";
@@ -74,11 +74,11 @@ size_t AudioTransfer::Enough() const
                     AudioFifo::kMaximum / 3 * 2);
 }
 
-int AudioTransfer::FrameRead(std::span<uint8_t> frame)
+Status AudioTransfer::FrameRead(std::span<uint8_t> frame)
 {
     if (fStream) return kOK;
     if (fSetup.companions && !fCompanionsSought)
-        if (const int status = OpenCompanions(); status != kOK) return status;
+        if (const Status status = OpenCompanions(); status != kOK) return status;
     if (fCompanion.IsOpen())
         fCompanion.Fill(fFifo, Enough());
     else if (fSetup.source_is_dv)
@@ -86,11 +86,36 @@ int AudioTransfer::FrameRead(std::span<uint8_t> frame)
     return kOK;
 }
 
-int AudioTransfer::OpenCompanions()
+void AudioTransfer::FrameRepeated()
+{
+    if (fStream || fCompanion.IsOpen() || !fSetup.source_is_dv) return;
+    if (fRate == 0) {
+        fSilentFrames++;
+        return;
+    }
+    const size_t before = fFifo.Count();
+    // A full FIFO makes the silence short by that much.
+    static_cast<void>(fFrames.PutSilence(fFrameRate, fFifo));
+    fPut += fFifo.Count() - before;
+}
+
+double AudioTransfer::UnreadSeconds() const
+{
+    if (fRate == 0) return 0;
+    const uint64_t bytes = (fStream ? fStream->LostBytes() : 0) + fCompanion.LostBytes() + fLost;
+    return static_cast<double>(bytes) / static_cast<double>(Group()) / fRate;
+}
+
+Status AudioTransfer::Reason() const
+{
+    return fStream ? fStream->Reason() : fCompanion.Reason();
+}
+
+Status AudioTransfer::OpenCompanions()
 {
     fCompanionsSought = true;
     const bool named = !fSetup.companion.empty();
-    const int status =
+    const Status status =
         named ? fCompanion.OpenCompanionAudio(fSetup.companion, fSetup.separate_track)
               : fCompanion.FindCompanionAudio(fSetup.source_path, fSetup.separate_track);
     fMessage = fCompanion.Message();
@@ -113,10 +138,12 @@ void AudioTransfer::ExtractFrom(std::span<uint8_t> bytes)
     if (rate != 0 && rate != fFrameRate && !fSetup.separate_track) {
         fMarks.push_back({fPut, rate});
         fFrameRate = rate;
-    }
+    } else if (rate != 0 && rate != fFrameRate)
+        fSilenced += fSetup.source_is_pal ? 1 / 25.0 : 1001 / 30000.0;
     const size_t before = fFifo.Count();
-    // A full FIFO makes the sound short by that much.
-    static_cast<void>(fFrames.ExtractFrameAudio(fFrame, fFrameRate, fFifo));
+    // A full FIFO makes the sound short by a frame.
+    if (fFrames.ExtractFrameAudio(fFrame, fFrameRate, fFifo) != kOK)
+        fLost += fCadence.base * Group();
     fPut += fFifo.Count() - before;
 }
 
@@ -130,14 +157,14 @@ void AudioTransfer::StartFrames(uint32_t rate)
     if (fFifo.PutSilence(static_cast<size_t>(silence * Group())) == kOK) fPut += silence * Group();
 }
 
-int AudioTransfer::TurnRead()
+Status AudioTransfer::TurnRead()
 {
     // Some turns read no frame and need sound all the same.
     if (fCompanion.IsOpen()) fCompanion.Fill(fFifo, Enough());
     return fStream ? fStream->Fill(fFifo, Enough()) : kOK;
 }
 
-int AudioTransfer::CheckRate()
+Status AudioTransfer::CheckRate()
 {
     if (fRate == 0 || IsKnownRate(fRate)) return kOK;
     fMessage = WrongRate(fRate);
@@ -190,7 +217,7 @@ bool AudioTransfer::SourceEnded() const
     return !fSetup.source_is_dv;
 }
 
-int AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
+Status AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
 {
     if (fRate == 0 && fSetup.separate_track) {
         OweWithoutRate(number);
@@ -204,7 +231,7 @@ int AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
     return fSetup.separate_track ? fTrack.FrameWritten(fFifo, SourceEnded(), track) : kOK;
 }
 
-int AudioTransfer::Finish(AudioTrack& track)
+Status AudioTransfer::Finish(AudioTrack& track)
 {
     if (!fSetup.separate_track) return kOK;
     if (fRate == 0) Know(kAssumedRate, 2);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/audio_fifo.h"
 #include "engine/companion_audio.h"
@@ -42,26 +43,34 @@ public:
     // The source has an audio stream: neither companion files nor frames are looked at then. To be
     // called before the loop, if at all; `stream` outlives this object. -1 with a message for
     // samples that cannot be brought to 16 bits or a rate that DV does not know.
-    [[nodiscard]] int SetSourceStream(AudioStream& stream, const SampleCoding& coding,
-                                      uint32_t rate, uint32_t channels);
+    Status SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
+                           uint32_t channels);
     // After each source frame that was read, with its bytes. -18 with a message when companion
     // files do not fit together.
-    [[nodiscard]] int FrameRead(std::span<uint8_t> frame);
+    Status FrameRead(std::span<uint8_t> frame);
+    // After each source frame for which the one before stands: silence in place of its sound.
+    void FrameRepeated();
     // Once a turn, after its reads, if it had any. The status of the last read of the source's
     // audio stream; 0 without one.
-    int TurnRead();
+    Status TurnRead();
     // Once a turn, before its frame is finished. -13 with a message for a rate that DV does not
     // know.
-    [[nodiscard]] int CheckRate();
+    Status CheckRate();
     // For each DV frame of the destination before it is written: puts the sound of output frame
     // `number` into it. Leaves the frame alone while no sound is known, and when there is a
     // separate track.
     void EmbedInto(std::span<uint8_t> frame, uint64_t number);
     // After each frame was written. The status of writing to the track, whose format is set as soon
     // as it is known.
-    [[nodiscard]] int FrameWritten(uint64_t number, AudioTrack& track);
+    Status FrameWritten(uint64_t number, AudioTrack& track);
     // At the end, also of a run that was stopped: the last chunk.
-    int Finish(AudioTrack& track);
+    Status Finish(AudioTrack& track);
+
+    // What could not be read of the sound, or had no place in the output, in seconds; and what the
+    // system said.
+    double UnreadSeconds() const;
+    double SilencedSeconds() const { return fSilenced; }
+    Status Reason() const;
 
     // Hertz, and channels; 0 hertz while nothing is known.
     uint32_t Rate() const { return fRate; }
@@ -83,7 +92,7 @@ private:
     void Know(uint32_t rate, uint32_t channels);
     void OweWithoutRate(uint64_t number);
     uint64_t OwedWithoutRate() const;  // samples, at the rate now known
-    int OpenCompanions();
+    Status OpenCompanions();
     void ExtractFrom(std::span<uint8_t> frame);
     void StartFrames(uint32_t rate);
     void SwitchRate(uint64_t number);
@@ -105,9 +114,11 @@ private:
     FrameAudioReader fFrames;
     uint32_t fFrameRate = 0;        // of what enters the FIFO from frames, hertz
     uint64_t fSilentFrames = 0;     // source frames before the first with sound
+    uint64_t fLost = 0;             // bytes from frames that the FIFO could not take
     uint64_t fPut = 0, fTaken = 0;  // bytes from frames through the FIFO so far
     std::deque<RateMark> fMarks;
-    double fLate = 0.0;  // seconds by which changes of rate have put sound behind its pictures
+    double fSilenced = 0.0;  // seconds of frames whose sound had another rate than the track
+    double fLate = 0.0;      // seconds by which changes of rate have put sound behind its pictures
 
     TrackAudioWriter fTrack;
     bool fDeclared = false;

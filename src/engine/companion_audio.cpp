@@ -50,11 +50,10 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
         fRaw.resize(static_cast<size_t>(count) * frame_size);
         into = fRaw.data();
     }
-    if (fFile.Read(into, count) != kOK || count == 0) {
-        fLeft = 0;
-        return 0;
-    }
+    if (const Status status = fFile.Read(into, count); status != kOK || count == 0)
+        return PassUnread(samples, wanted, status);
     fLeft -= count;
+    fPosition += count;
     const auto got = static_cast<size_t>(count);
     if (!fCoding.IsPlain()) {
         const size_t bytes = got * frame_size;
@@ -64,7 +63,36 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
     return got;
 }
 
-int CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
+// The file was found to hold these, and does not give them.
+size_t CompanionReader::PassUnread(uint8_t* samples, size_t frames, Status status)
+{
+    if (fReason == kOK) fReason = status;
+    const auto passed = static_cast<int64_t>(frames);
+    fLeft -= passed;
+    fPosition += passed;
+    fLost += frames;
+    // It answers for every position; a read there tells more.
+    static_cast<void>(fFile.SetPosition(fPosition));
+    std::fill_n(samples, frames * kSample * Format().ch, uint8_t{0});
+    return frames;
+}
+
+uint64_t CompanionAudio::LostBytes() const
+{
+    uint64_t most = 0;
+    for (const auto& reader : fReaders)
+        most = std::max(most, reader->LostFrames());
+    return most * kSample * fChannels;
+}
+
+Status CompanionAudio::Reason() const
+{
+    for (const auto& reader : fReaders)
+        if (reader->Reason() != kOK) return reader->Reason();
+    return kOK;
+}
+
+Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
 {
     if (IsOpen()) return kOK;
     for (const CompanionName& name : CompanionNames(source_path))
@@ -72,7 +100,7 @@ int CompanionAudio::FindCompanionAudio(const std::string& source_path, bool sepa
     return kOK;
 }
 
-int CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
+Status CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
 {
     if (IsOpen() || !OpenRun(GivenCompanion(path))) return kOK;
     return Settle(separate_track);
@@ -92,7 +120,7 @@ bool CompanionAudio::OpenRun(CompanionName name)
     return IsOpen();
 }
 
-int CompanionAudio::Settle(bool separate_track)
+Status CompanionAudio::Settle(bool separate_track)
 {
     const RawAudioFormat format = fReaders[0]->Format();
     const bool same = std::ranges::all_of(
@@ -112,7 +140,7 @@ int CompanionAudio::Settle(bool separate_track)
     return kOK;
 }
 
-int CompanionAudio::Refuse(const char* message)
+Status CompanionAudio::Refuse(const char* message)
 {
     fMessage = message;
     fReaders.clear();

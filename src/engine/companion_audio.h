@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "engine/audio_fifo.h"
 #include "engine/companion_names.h"
 #include "engine/sample_coding.h"
@@ -22,15 +23,23 @@ public:
     bool IsUsable() const { return fUsable; }
     const RawAudioFormat& Format() const { return *fFile.Format(); }
     // Reads up to `frames` sample frames into `samples`, 2 bytes for each sample of each channel.
-    // How many there were; 0 at the end.
+    // How many there were; 0 at the end. What cannot be read is silence.
     size_t Read(uint8_t* samples, size_t frames);
     bool Ended() const { return fLeft == 0; }
+    // Sample frames that could not be read, and what the system said first.
+    uint64_t LostFrames() const { return fLost; }
+    Status Reason() const { return fReason; }
 
 private:
     AudioFile fFile;
     SampleCoding fCoding;
     bool fUsable = false;
+    size_t PassUnread(uint8_t* samples, size_t frames, Status status);
+
+    int64_t fPosition = 0;
     int64_t fLeft = 0;  // sample frames
+    uint64_t fLost = 0;
+    Status fReason = kOK;
     std::vector<uint8_t> fRaw;
 };
 
@@ -38,10 +47,10 @@ private:
 class CompanionAudio {
 public:
     // Looks for companion files beside the source by name.
-    [[nodiscard]] int FindCompanionAudio(const std::string& source_path, bool separate_track);
+    Status FindCompanionAudio(const std::string& source_path, bool separate_track);
     // Takes the named file, and those of its further channels, instead. Both do nothing when files
     // are open already. -18 with a message when the files do not fit together.
-    [[nodiscard]] int OpenCompanionAudio(const std::string& path, bool separate_track);
+    Status OpenCompanionAudio(const std::string& path, bool separate_track);
 
     bool IsOpen() const { return !fReaders.empty(); }
     // Of the sound that Fill delivers.
@@ -50,6 +59,9 @@ public:
     // The files found, up to four, in channel order.
     const std::vector<std::string>& Paths() const { return fPaths; }
     const std::string& Message() const { return fMessage; }
+    // Bytes of the sound delivered that could not be read and are silence; what the system said.
+    uint64_t LostBytes() const;
+    Status Reason() const;
 
     // Tops up the FIFO when it holds no more than `enough` bytes.
     void Fill(AudioFifo& fifo, size_t enough);
@@ -57,8 +69,8 @@ public:
 
 private:
     bool OpenRun(CompanionName name);
-    int Settle(bool separate_track);
-    int Refuse(const char* message);
+    Status Settle(bool separate_track);
+    Status Refuse(const char* message);
     void FillFromOne(AudioFifo& fifo);
     void FillFromMany(AudioFifo& fifo);
 

@@ -5,12 +5,14 @@
 namespace kelvane {
 
 ConversionRun::ConversionRun(const ConversionSettings& options, Source& from, Destination& to,
-                             AudioTransfer& sound, ConversionState& kept)
+                             AudioTransfer& sound, ConversionHost* told, ConversionState& kept)
     : settings(options),
       source(from),
       destination(to),
       audio(sound),
+      host(told),
       state(kept),
+      reader(from, losses),
       ring(LargestFrame(from.format)),
       time(options, from.is_pal, to.is_pal),
       decoder(from.format, kept),

@@ -5,11 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/audio_transfer.h"
+#include "engine/conversion_host.h"
 #include "engine/conversion_settings.h"
 #include "engine/conversion_state.h"
 #include "engine/destination.h"
+#include "engine/frame_reader.h"
 #include "engine/frame_ring.h"
 #include "engine/picture_decoder.h"
 #include "engine/picture_encoder.h"
@@ -28,7 +31,7 @@ struct WovenFrames {
 // One conversion under way: everything that is open and everything that is counted.
 struct ConversionRun {
     ConversionRun(const ConversionSettings& settings, Source& source, Destination& destination,
-                  AudioTransfer& audio, ConversionState& state);
+                  AudioTransfer& audio, ConversionHost* host, ConversionState& state);
     ConversionRun(const ConversionRun&) = delete;
     ConversionRun& operator=(const ConversionRun&) = delete;
 
@@ -36,8 +39,11 @@ struct ConversionRun {
     Source& source;
     Destination& destination;
     AudioTransfer& audio;
+    ConversionHost* host;  // may be null
     ConversionState& state;
 
+    Losses losses;
+    FrameReader reader;
     FrameRing ring;
     TimePosition time;
     PictureDecoder decoder;
@@ -47,11 +53,12 @@ struct ConversionRun {
     std::optional<WovenFrames> woven;  // what it is, when it is nothing more
     int32_t drop_counter = 0;          // output frames dropped by pulldown
 
-    uint64_t total_frames = 0;  // for progress
+    uint64_t frames_planned = 0;  // that the run will write
+    uint64_t frames_written = 0;
     uint64_t frames_read = 0;   // turns that tried to read, also after the end of the source
-    int64_t frames_output = 0;
-    int read_status = 0;   // of the last read of a frame
-    int audio_status = 0;  // of the last read of the source's audio stream
+    int64_t frames_output = 0;  // turns, whether they wrote or not
+    Status audio_status = kOK;  // of the last read of the source's audio stream
+    Wish wish = Wish::kGoOn;    // of the host
 
     DIFFrame frame;            // looks at one frame after another
     bool knows_first = false;  // the first DV frame was looked at
@@ -60,7 +67,8 @@ struct ConversionRun {
     int32_t source_aspect;  // 0 until known, 1 is 4:3, 2 is 16:9
     Timecode first_timecode, last_timecode;
 
-    std::string message;  // why the run failed
+    std::string message;       // why the run failed
+    Status write_error = kOK;  // of the destination
 };
 
 }  // namespace kelvane

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "base/four_cc.h"
 #include "codecs/dv_codec_entry.h"
 #include "codecs/media_format.h"
+#include "engine/losses.h"
 
 namespace kelvane {
 
@@ -52,10 +54,6 @@ enum DestinationType : int32_t {
     kDestinationOMF = 103,
 };
 
-// Called once for each output frame: the low 32 bits of the frames read so far, the total, the
-// cookie. A result other than 0 stops the conversion; the file is finished cleanly.
-using ProgressFunction = int (*)(uint32_t framesRead, uint64_t total, uintptr_t cookie);
-
 // Every option of one conversion. Filled once for a run over a list of files. The engine always
 // converts whole files with both stereo pairs: the limits and the channel mask are carried only.
 struct ConversionSettings {
@@ -73,8 +71,6 @@ struct ConversionSettings {
     const DVCodecEntry* dv_decoder = nullptr;
     const DVCodecEntry* dvcpro_encoder = nullptr;
     const DVCodecEntry* dvcpro_decoder = nullptr;
-    ProgressFunction progress = nullptr;
-    uintptr_t progress_cookie = 0;
     uint32_t op = 0;             // kOperationToPAL, kOperationToNTSC or kOperationConvert
     int32_t mode = 0;            // geometry mode, by operation
     int32_t timeresampling = 0;  // 0 nearest, 1 blend, 2 motion interpolation, 3 pulldown
@@ -87,15 +83,26 @@ struct ConversionSettings {
     MediaFormat destination_format;  // kind 0: DV at the destination's standard
 };
 
+// How a run ended.
+enum class Outcome {
+    kDone,
+    kStopped,  // a person stopped it
+    kEnded,    // the system ended the program, and nobody asked for it
+    kFailed    // whatever else happened as well
+};
+
 // What happened to one file.
 struct ConversionResult {
-    uint64_t frames_read = 0;         // valid when status is 0
+    Outcome outcome = Outcome::kFailed;
+    uint64_t frames_read = 0;         // of the source, with the turns after its end
+    uint64_t frames_written = 0;      // that stand in the output
     uint16_t first_timecode[4] = {};  // hours, minutes, seconds, frames; 0 without time code packs
     bool destination_is_pal = false;
     uint16_t last_timecode[4] = {};
     int32_t status = 0;
-    std::string message;  // the error in words, shown to the user
-    std::string warning;  // what a user should know of a run that went well
+    std::string message;                // the error in words, shown to the user
+    std::vector<std::string> warnings;  // what a user should know of a run that went well
+    Losses losses;                      // what the output lacks of the source
     std::string audio_file_1, audio_file_2, audio_file_3, audio_file_4;  // companions in use
 };
 

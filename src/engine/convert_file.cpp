@@ -1,6 +1,10 @@
 #include "engine/convert_file.h"
 
+#include <exception>
+#include <new>
+
 #include "base/status.h"
+#include "engine/conversion_outcome.h"
 #include "engine/destination.h"
 #include "engine/frame_loop.h"
 #include "engine/source.h"
@@ -12,8 +16,8 @@ namespace {
 constexpr int32_t kCanopusInterleave = 4;  // frames between two chunks of sound
 
 // Opens the four external codecs for their television systems, or keeps them open.
-int BindCodecs(const ConversionSettings& settings, const Source& source,
-               const Destination& destination, ConversionState& state, std::string& message)
+Status BindCodecs(const ConversionSettings& settings, const Source& source,
+                  const Destination& destination, ConversionState& state, std::string& message)
 {
     const struct {
         DVCodecRole role;
@@ -34,15 +38,16 @@ int BindCodecs(const ConversionSettings& settings, const Source& source,
     return kOK;
 }
 
-AudioSetup SoundSetup(const ConversionSettings& settings, const std::string& sourcePath,
-                      const Source& source, Destination& destination)
+AudioSetup SoundSetup(const ConversionSettings& settings, int32_t type,
+                      const std::string& sourcePath, const Source& source, Destination& destination)
 {
     AudioSetup setup;
     setup.source_is_pal = source.is_pal;
     setup.destination_is_pal = destination.is_pal;
     setup.source_is_dv = source.format.IsDV();
     setup.separate_track = destination.Audio() != nullptr;
-    setup.interleave = settings.audio_interleave_factor;
+    setup.interleave =
+        type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
     setup.companions =
         settings.audio_search != 0 && (source.kind == kAVISource || source.kind == kRawDVSource);
     setup.source_path = sourcePath;
@@ -50,7 +55,7 @@ AudioSetup SoundSetup(const ConversionSettings& settings, const std::string& sou
     return setup;
 }
 
-int ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
+Status ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
 {
     AudioStream* stream = source.Audio();
     if (!stream) return kOK;
@@ -61,7 +66,7 @@ int ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& messag
         format = source.audio_format.raw_audio;
         coding = source.kind == kQuickTimeSource ? QuickTimeCoding(format) : RIFFCoding(format);
     }
-    const int status =
+    const Status status =
         audio.SetSourceStream(*stream, coding, static_cast<uint32_t>(format.srate), format.ch);
     if (status != kOK) message = audio.Message();
     return status;
@@ -91,47 +96,62 @@ void CopyCompanions(const AudioTransfer& audio, ConversionResult& result)
         *places[i] = paths[i];
 }
 
-// With both files open. The destination is finished by the caller.
-int ConvertOpened(const std::string& sourcePath, Source& source, Destination& destination,
-                  const ConversionSettings& settings, ConversionState& state,
-                  ConversionResult& result)
+struct Job {
+    const std::string& source_path;
+    const std::string& destination_path;
+    int32_t type;
+    const ConversionSettings& settings;
+    ConversionHost* host;
+    ConversionState& state;
+};
+
+// With both files open.
+Status ConvertOpened(const Job& job, Source& source, Destination& destination,
+                     ConversionResult& result)
 {
+    const ConversionSettings& settings = job.settings;
     if (!CodecsAreSet(settings, result.message)) return kError;
-    if (BindCodecs(settings, source, destination, state, result.message) != kOK) return kError;
-    AudioTransfer audio(SoundSetup(settings, sourcePath, source, destination));
+    if (BindCodecs(settings, source, destination, job.state, result.message) != kOK) return kError;
+    AudioTransfer audio(SoundSetup(job.settings, job.type, job.source_path, source, destination));
     if (ConnectSourceSound(source, audio, result.message) != kOK) return kError;
     if (LosesSound(source, destination))
-        result.warning = "The output format carries no sound; that of the source is left out.";
-    ConversionRun run(settings, source, destination, audio, state);
-    const int status = RunFrameLoop(run);
-    result.message = run.message;
-    result.frames_read = run.frames_read;
+        result.warnings.push_back(
+            "The output format carries no sound; that of the source is left out.");
+    ConversionRun run(settings, source, destination, audio, job.host, job.state);
+    const Status loop = RunFrameLoop(run);
     CopyTimecode(run.first_timecode, result.first_timecode);
     CopyTimecode(run.last_timecode, result.last_timecode);
     CopyCompanions(audio, result);
-    return status;
+    return ConcludeRun(run, loop, job.destination_path, result);
 }
 
-int Convert(const std::string& sourcePath, const std::string& destinationPath, int32_t type,
-            ConversionSettings& settings, ConversionState& state, ConversionResult& result)
+Status Convert(const Job& job, ConversionResult& result)
 {
-    const auto source = OpenSource(sourcePath, result.message);
+    const auto source = OpenSource(job.source_path, result.message);
     if (!source) return kError;
-    if (type == kDestinationCanopus2) settings.audio_interleave_factor = kCanopusInterleave;
-    const DestinationPlan plan = PlanDestination(settings, *source, type);
-    AdaptiveDeinterlaceInit(state.deinterlace, plan.format.Width(), plan.format.Height());
-    const auto destination = CreateDestination(destinationPath, plan, result.message);
+    const DestinationPlan plan = PlanDestination(job.settings, *source, job.type);
+    AdaptiveDeinterlaceInit(job.state.deinterlace, plan.format.Width(), plan.format.Height());
+    const auto destination = CreateDestination(job.destination_path, plan, result.message);
     if (!destination) return kError;
     destination->format = plan.format;
     destination->is_pal = result.destination_is_pal = plan.is_pal;
-    const int status = ConvertOpened(sourcePath, *source, *destination, settings, state, result);
-    AdaptiveDeinterlaceEnd(state.deinterlace);
-    // What is due at the end must reach the disk too.
-    if (destination->Finish() != kOK && status == kOK) {
-        result.message = "Write error in destination file (video track)!";
-        return kError;
-    }
+    const Status status = ConvertOpened(job, *source, *destination, result);
+    AdaptiveDeinterlaceEnd(job.state.deinterlace);
     return status;
+}
+
+// What no operation answers for: memory that is not to be had.
+Status ConvertSafely(const Job& job, ConversionResult& result)
+{
+    try {
+        return Convert(job, result);
+    } catch (const std::bad_alloc&) {
+        result.message = "There is not enough memory.";
+    } catch (const std::exception& error) {
+        result.message = std::string("Unexpected failure: ") + error.what();
+    }
+    result.outcome = Outcome::kFailed;
+    return kError;
 }
 
 }  // namespace
@@ -149,16 +169,17 @@ bool CodecsAreSet(const ConversionSettings& settings, std::string& message)
     return true;
 }
 
-int ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
-                int32_t typeOfDestination, ConversionSettings& settings, ConversionResult* result,
-                ConversionState& state)
+Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
+                   int32_t typeOfDestination, const ConversionSettings& settings,
+                   ConversionHost* host, ConversionResult* result, ConversionState& state)
 {
     ConversionResult unseen;
     ConversionResult& filled = result ? *result : unseen;
     filled = ConversionResult();
-    filled.status =
-        Convert(sourcePath, destinationPath, typeOfDestination, settings, state, filled);
-    return filled.status;
+    const Status status = ConvertSafely(
+        {sourcePath, destinationPath, typeOfDestination, settings, host, state}, filled);
+    filled.status = status.Code();
+    return status;
 }
 
 }  // namespace kelvane

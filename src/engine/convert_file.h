@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "base/status.h"
+#include "engine/conversion_host.h"
 #include "engine/conversion_settings.h"
 #include "engine/conversion_state.h"
 
@@ -13,13 +15,13 @@ namespace kelvane {
 // existing file.
 bool CodecsAreSet(const ConversionSettings& settings, std::string& message);
 
-// Converts one file: opens the source, converts, closes both files and returns. 0 when the file was
-// converted or `progress` stopped it; -1 for a failure told in `result->message`, or another
-// negative Status. `result` may be null. May set the interleave of a Canopus destination in the
-// settings. A failed run leaves a closed, partial destination once that was created; the source is
-// never changed.
-int ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
-                int32_t typeOfDestination, ConversionSettings& settings, ConversionResult* result,
-                ConversionState& state);
+// Converts one file: opens the source, converts, closes both files and returns. kOK when the file
+// was converted or `host` stopped it; kError for a failure told in `result->message`, or another
+// Status. `host` and `result` may be null. A failed run leaves a closed destination once that was
+// created: with all that could be read when reading failed, else with what could be written. The
+// source is never changed.
+Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
+                   int32_t typeOfDestination, const ConversionSettings& settings,
+                   ConversionHost* host, ConversionResult* result, ConversionState& state);
 
 }  // namespace kelvane

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "engine/conversion_settings.h"
 #include "engine/source.h"
@@ -19,13 +20,13 @@ public:
     virtual ~Destination() = default;
 
     // Writes the next frame of the picture. 0 or -1.
-    [[nodiscard]] virtual int WriteFrame(std::span<const uint8_t> frame) = 0;
+    virtual Status WriteFrame(std::span<const uint8_t> frame) = 0;
     // Stores a bitmap header with its codec data for the picture, where the container can.
     virtual void SetStreamHeader(std::span<const uint8_t> header) { static_cast<void>(header); }
     // The separate audio track; null when sound goes into the frames or nowhere.
     virtual AudioTrack* Audio() { return nullptr; }
     // Writes what is due at the end. 0 or -1.
-    [[nodiscard]] virtual int Finish() { return 0; }
+    virtual Status Finish() { return kOK; }
 
     MediaFormat format;  // of the picture
     bool is_pal = false;

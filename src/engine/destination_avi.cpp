@@ -47,7 +47,7 @@ public:
         static_cast<void>(fFile.SetAudioFormat(kSoundStream, static_cast<int32_t>(rate),
                                                static_cast<int32_t>(channels), -1));
     }
-    int WriteChunk(std::span<const uint8_t> chunk) override
+    Status WriteChunk(std::span<const uint8_t> chunk) override
     {
         return fFile.WriteFrame(kSoundStream, chunk.data(), static_cast<int32_t>(chunk.size()));
     }
@@ -63,8 +63,8 @@ public:
         fFile.SetLimits(limits);
     }
 
-    int InitCheck() const { return fFile.InitCheck(); }
-    int WriteFrame(std::span<const uint8_t> frame) override
+    Status InitCheck() const { return fFile.InitCheck(); }
+    Status WriteFrame(std::span<const uint8_t> frame) override
     {
         return fFile.WriteFrame(kPictureStream, frame.data(), static_cast<int32_t>(frame.size()));
     }
@@ -73,9 +73,9 @@ public:
         static_cast<void>(fFile.SetVideoFormat(kPictureStream, header));
     }
     AudioTrack* Audio() override { return fHasTrack ? &fTrack : nullptr; }
-    int Finish() override { return fFile.Finish(); }
+    Status Finish() override { return fFile.Finish(); }
 
-    int BeginDV(const DestinationPlan& plan, const AVISetup& setup)
+    Status BeginDV(const DestinationPlan& plan, const AVISetup& setup)
     {
         uint32_t flags = setup.flags | (plan.is_pal ? kAVIPAL : kAVINTSC);
         if (setup.index_option && plan.settings.conversion_options & kOptionIdx1)
@@ -85,12 +85,13 @@ public:
     }
 
     // Pictures that are not DV.
-    int BeginOther(const DestinationPlan& plan, const AVISetup& setup)
+    Status BeginOther(const DestinationPlan& plan, const AVISetup& setup)
     {
         fHasTrack = setup.audio_track;
         if (fFile.BeginAVI(kNotDVFlags) != kOK) return kError;
-        const int status = plan.format.kind == kRawVideo ? fFile.AddVideoStream(plan.format)
-                                                         : fFile.AddEncodedVideoStream(plan.format);
+        const Status status = plan.format.kind == kRawVideo
+                                  ? fFile.AddVideoStream(plan.format)
+                                  : fFile.AddEncodedVideoStream(plan.format);
         if (status != kOK || !fHasTrack) return status;
         return fFile.AddAudioStream(MediaFormat(RawAudioFormat{kSamplePCM, 2, 16, 48000}));
     }
@@ -138,12 +139,12 @@ std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
     }
     auto destination = std::make_unique<AVIDestination>(path, plan.avi_limits);
     const AVISetup& setup = *SetupOf(plan.type);
-    int status = destination->InitCheck();
+    Status status = destination->InitCheck();
     if (status == kOK)
         status = dv || !TakesOtherPictures(plan.type) ? destination->BeginDV(plan, setup)
                                                       : destination->BeginOther(plan, setup);
     if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate;
+    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
     return nullptr;
 }
 

@@ -16,10 +16,11 @@ public:
     explicit QTTrackWriter(QTFile& file) : fFile(file) {}
     void SetFormat(uint32_t rate, uint32_t channels) override
     {
-        fFile.SetAudioFormat(kSoundTrack, static_cast<int32_t>(rate),
-                             static_cast<int32_t>(channels), -1);
+        // What cannot be declared stays as it was begun.
+        static_cast<void>(fFile.SetAudioFormat(kSoundTrack, static_cast<int32_t>(rate),
+                                               static_cast<int32_t>(channels), -1));
     }
-    int WriteChunk(std::span<const uint8_t> chunk) override
+    Status WriteChunk(std::span<const uint8_t> chunk) override
     {
         return fFile.WriteFrame(kSoundTrack, chunk.data(), static_cast<uint32_t>(chunk.size()));
     }
@@ -44,26 +45,26 @@ class QuickTimeDestination : public Destination {
 public:
     explicit QuickTimeDestination(const std::string& path) : fFile(path.c_str(), kCreate) {}
 
-    int InitCheck() const { return fFile.InitCheck(); }
-    int Begin(const DestinationPlan& plan)
+    Status InitCheck() const { return fFile.InitCheck(); }
+    Status Begin(const DestinationPlan& plan)
     {
         fFile.SetOptions(QuickTimeOptions(plan.settings), kInformation);
         const MediaFormat& picture = plan.format;
-        const int status = picture.kind == kRawVideo ? fFile.AddVideoTrack(picture)
-                           : picture.encoded_video.encoding == kEncodingQTRLE
-                               ? fFile.AddEncodedVideoTrack(picture)
-                               : fFile.AddDVTrack(plan.is_pal);
+        const Status status = picture.kind == kRawVideo ? fFile.AddVideoTrack(picture)
+                              : picture.encoded_video.encoding == kEncodingQTRLE
+                                  ? fFile.AddEncodedVideoTrack(picture)
+                                  : fFile.AddDVTrack(plan.is_pal);
         if (status != kOK || !(plan.settings.conversion_options & kOptionAudioTrack)) return status;
         fHasTrack = true;
         return fFile.AddPCMAudioTrack(TrackFormat(plan.source));
     }
 
-    int WriteFrame(std::span<const uint8_t> frame) override
+    Status WriteFrame(std::span<const uint8_t> frame) override
     {
         return fFile.WriteFrame(kPictureTrack, frame.data(), static_cast<uint32_t>(frame.size()));
     }
     AudioTrack* Audio() override { return fHasTrack ? &fTrack : nullptr; }
-    int Finish() override { return fFile.Close(); }
+    Status Finish() override { return fFile.Close(); }
 
 private:
     QTFile fFile;
@@ -78,10 +79,10 @@ std::unique_ptr<Destination> CreateQuickTimeDestination(const std::string& path,
                                                         std::string& message)
 {
     auto destination = std::make_unique<QuickTimeDestination>(path);
-    int status = destination->InitCheck();
+    Status status = destination->InitCheck();
     if (status == kOK) status = destination->Begin(plan);
     if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate;
+    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
     return nullptr;
 }
 

@@ -14,12 +14,13 @@ public:
         fFile.SetRecordSize(SystemFor(pal).dv_frame_size);
     }
 
-    int InitCheck() const { return fFile.InitCheck(); }
-    int WriteFrame(std::span<const uint8_t> frame) override
+    Status InitCheck() const { return fFile.InitCheck(); }
+    Status WriteFrame(std::span<const uint8_t> frame) override
     {
         if (frame.size() != static_cast<size_t>(SystemFor(is_pal).dv_frame_size)) return kError;
         return fFile.Write(frame.data(), 1);
     }
+    Status Finish() override { return fFile.Finish(); }
 
 private:
     RawDVFile fFile;
@@ -33,7 +34,7 @@ std::unique_ptr<Destination> CreateRawDVDestination(const std::string& path,
 {
     auto destination = std::make_unique<RawDVDestination>(path, plan.is_pal);
     if (destination->InitCheck() == kOK) return destination;
-    message = kCannotCreate;
+    message = kCannotCreate + destination->InitCheck().Reason();
     return nullptr;
 }
 

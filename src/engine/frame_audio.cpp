@@ -15,7 +15,7 @@ uint32_t FrameAudioReader::RateOf(DIFFrame& frame)
     return frame.GetAudioInfo(info) && info.samples > 0 ? info.sample_rate : 0;
 }
 
-int FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo)
+Status FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo)
 {
     constexpr uint32_t kFirstPair = 3;
     AudioInfo info;
@@ -31,6 +31,11 @@ int FrameAudioReader::ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFif
     bytes = std::min(bytes, usual);
     if (fifo.Put(std::span(fScratch).first(bytes)) != kOK) return kError;
     return fifo.PutSilence(usual - bytes);
+}
+
+Status FrameAudioReader::PutSilence(uint32_t rate, AudioFifo& fifo)
+{
+    return fifo.PutSilence(UsualSamples(rate) * kStereoSample);
 }
 
 // A thirtieth of a second for an NTSC frame is a little short: every fifth frame makes up for it.

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/audio_fifo.h"
 
@@ -21,7 +22,10 @@ public:
     // `rate` is that of the sound in the FIFO. A frame without sound or of another rate gives
     // silence; one whose number of samples cannot be right for its system is cut or padded to the
     // usual number. -1 when the FIFO is full: the sound is short by that much.
-    [[nodiscard]] int ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo);
+    Status ExtractFrameAudio(DIFFrame& frame, uint32_t rate, AudioFifo& fifo);
+
+    // A frame's length of silence. -1 when the FIFO is full.
+    Status PutSilence(uint32_t rate, AudioFifo& fifo);
 
 private:
     size_t UsualSamples(uint32_t rate);

@@ -3,79 +3,96 @@
 #include <algorithm>
 
 #include "base/status.h"
+#include "engine/planned_frames.h"
 #include "engine/reencoding.h"
 
 namespace kelvane {
 
 namespace {
 
-constexpr uint64_t kMostFrames = 1000000000;
-constexpr int64_t kPrefill = 3;
-constexpr int64_t kPrefillForFieldSwap = 4;
+constexpr uint64_t kLeastFrames = 3;
+
+constexpr char kVideoReadError[] = "Error reading source file (video) !";
 
 // What a step says about the turn.
 enum class Turn { kGoOn, kEnd, kFailed };
 
-int Fail(ConversionRun& run, int status, const std::string& message)
+Status Fail(ConversionRun& run, Status status, const std::string& message)
 {
     run.message = message;
     return status;
 }
 
+// What could be written is told when the destination is closed.
+Status FailToWrite(ConversionRun& run, Status status, const char* words)
+{
+    run.message = words;
+    run.write_error = status;
+    return kError;
+}
+
 int64_t CountToRead(ConversionRun& run)
 {
     const int64_t count = run.time.FramesToRead();
-    if (count != 0 || !run.ring.IsFresh()) return count;
-    return FieldsSwap(run.settings.src_interlace, run.settings.dst_interlace) ? kPrefillForFieldSwap
-                                                                              : kPrefill;
+    return count != 0 || !run.ring.IsFresh() ? count : FramesToPrefill(run.settings);
 }
 
-// After a failed read the remaining turns still advance the ring, so that it runs dry in order.
-int ReadFrames(ConversionRun& run, int64_t left)
+// Reads a frame into the ring. At the end of the source the turns still advance it, so that it runs
+// dry in order.
+Status ReadFrame(ConversionRun& run)
 {
-    int status = kOK;
-    while (left > 0) {
-        int64_t size = 0;
-        FrameSlot& slot = run.ring.AtWrite();
-        run.read_status = run.source.ReadFrame(slot.compressed, size);
-        run.ring.Filled(size, static_cast<int64_t>(run.frames_read++));
-        left--;
-        if (size > 0 && status == kOK)
-            status = run.audio.FrameRead(std::span(slot.compressed).first(size_t(size)));
-        if (run.read_status != kOK || status != kOK) break;
+    FrameSlot& slot = run.ring.AtWrite();
+    const auto number = static_cast<int64_t>(run.frames_read++);
+    int64_t size = 0;
+    switch (run.reader.Next(slot.compressed, size)) {
+        case FrameArrival::kFrame:
+            run.ring.Filled(size, number);
+            return run.audio.FrameRead(std::span(slot.compressed).first(size_t(size)));
+        case FrameArrival::kRepeat:
+            run.ring.Repeat(number);
+            run.audio.FrameRepeated();
+            return kOK;
+        default:
+            run.ring.MarkEmpty(number);
+            return kOK;
     }
-    for (; left > 0; left--)
-        run.ring.MarkEmpty(static_cast<int64_t>(run.frames_read++));
-    return status == kOK ? kOK : Fail(run, status, run.audio.Message());
 }
 
-int Read(ConversionRun& run)
+Status Read(ConversionRun& run)
 {
-    const int status = ReadFrames(run, CountToRead(run));
-    if (status == kOK) run.audio_status = run.audio.TurnRead();
-    return status;
+    for (int64_t left = CountToRead(run); left > 0; left--)
+        if (const Status status = ReadFrame(run); status != kOK)
+            return Fail(run, status, run.audio.Message());
+    run.audio_status = run.audio.TurnRead();
+    return kOK;
 }
 
-// A file that lost what it refers to is told, wherever in the ring its last frame stands.
-Turn EndOfSource(ConversionRun& run, int& status)
+std::string TooShort(uint64_t frames)
 {
-    if (run.read_status != kReferenceMissing && run.audio_status != kReferenceMissing)
-        return Turn::kEnd;
-    status = Fail(run, kError, "Error reading the referenced file.");
+    return std::string(kVideoReadError) + " The film has " + std::to_string(frames) +
+           (frames == 1 ? " frame." : " frames.");
+}
+
+// A film needs three frames, unless one more was read at once; and it needs its first one.
+Turn CheckStart(ConversionRun& run, Status& status)
+{
+    const Status end = run.reader.EndStatus();
+    const uint64_t given = run.reader.Given();
+    const bool first_lost = given == 0 && end == kUnread;
+    if (end == kOK || (run.frames_read != kLeastFrames && !first_lost)) return Turn::kGoOn;
+    std::string message = TooShort(given);
+    if (first_lost) message = std::string(kVideoReadError) + " The first frame can't be read.";
+    if (end == kReferenceMissing)
+        message = "Error reading source file! The referenced file is not found.";
+    status = Fail(run, kError, message + run.reader.Reason().Reason());
     return Turn::kFailed;
 }
 
-Turn CheckReads(ConversionRun& run, int& status)
+Turn CheckReads(ConversionRun& run, Status& status)
 {
-    if (run.frames_read == kPrefill && run.read_status != kOK) {
-        status = Fail(run, kError,
-                      run.read_status == kReferenceMissing
-                          ? "Error reading source file! The referenced file is not found."
-                          : "Error reading source file (video) !");
-        return Turn::kFailed;
-    }
-    if (run.read_status == kOK && run.audio_status == kOK) return Turn::kGoOn;
-    return run.ring.IsDry() ? EndOfSource(run, status) : Turn::kGoOn;
+    if (CheckStart(run, status) == Turn::kFailed) return Turn::kFailed;
+    if (run.reader.EndStatus() == kOK && run.audio_status == kOK) return Turn::kGoOn;
+    return run.ring.IsDry() ? Turn::kEnd : Turn::kGoOn;
 }
 
 // The first DV frame tells what the file is; every one tells its time code.
@@ -140,7 +157,7 @@ void TouchUp(ConversionRun& run, std::span<uint8_t> frame)
 class NoTrack : public AudioTrack {
 public:
     void SetFormat(uint32_t, uint32_t) override {}
-    int WriteChunk(std::span<const uint8_t>) override { return kOK; }
+    Status WriteChunk(std::span<const uint8_t>) override { return kOK; }
 };
 
 AudioTrack& TrackOf(ConversionRun& run, NoTrack& none)
@@ -149,20 +166,23 @@ AudioTrack& TrackOf(ConversionRun& run, NoTrack& none)
     return track ? *track : none;
 }
 
-int Write(ConversionRun& run, std::span<uint8_t> frame)
+Status Write(ConversionRun& run, std::span<uint8_t> frame)
 {
     if (run.audio.CheckRate() != kOK) return Fail(run, kWrongSampleRate, run.audio.Message());
     TouchUp(run, frame);
-    if (!frame.empty() && run.destination.WriteFrame(frame) != kOK)
-        return Fail(run, kError, "Write error in destination file (video track)!");
+    if (!frame.empty()) {
+        if (const Status status = run.destination.WriteFrame(frame); status != kOK)
+            return FailToWrite(run, status, kVideoWriteError);
+        run.frames_written++;
+    }
     NoTrack none;
-    if (run.audio.FrameWritten(static_cast<uint64_t>(run.frames_output), TrackOf(run, none)) != kOK)
-        return Fail(run, kError, "Write error in destination file (audio track)!");
-    return kOK;
+    const Status status =
+        run.audio.FrameWritten(static_cast<uint64_t>(run.frames_output), TrackOf(run, none));
+    return status == kOK ? Status(kOK) : FailToWrite(run, status, kAudioWriteError);
 }
 
 // Makes and writes the output frame of this turn.
-int MakeFrame(ConversionRun& run, FrameSlot& current)
+Status MakeFrame(ConversionRun& run, FrameSlot& current)
 {
     if (PassesThrough(run)) {
         if (run.frames_output == 0)
@@ -171,9 +191,25 @@ int MakeFrame(ConversionRun& run, FrameSlot& current)
         return Write(run, std::span(current.compressed).first(static_cast<size_t>(current.size)));
     }
     bool dropped = false;
-    const int status = Reencode(run, dropped);
+    const Status status = Reencode(run, dropped);
     if (status != kOK || dropped) return status;
     return Write(run, run.encoder.Frame());
+}
+
+void Report(ConversionRun& run)
+{
+    if (!run.host) return;
+    run.frames_planned = std::max(run.frames_planned, run.frames_written);
+    run.wish = run.host->Progress({run.frames_written, run.frames_planned, run.frames_read});
+}
+
+// The source can have held less than it promised: what was planned is what there is, at the end.
+void ReportEnd(ConversionRun& run)
+{
+    if (run.wish != Wish::kGoOn || run.frames_planned == run.frames_written) return;
+    run.frames_planned = run.frames_written;
+    Report(run);
+    run.wish = Wish::kGoOn;  // it is over already
 }
 
 // False when the run is to stop.
@@ -181,14 +217,11 @@ bool AdvanceAndReport(ConversionRun& run)
 {
     run.time.Advance(run.frames_output, run.frames_read);
     run.frames_output++;
-    const ConversionSettings& settings = run.settings;
-    if (settings.progress && settings.progress(static_cast<uint32_t>(run.frames_read),
-                                               run.total_frames, settings.progress_cookie) != 0)
-        return false;
-    return run.frames_read < kMostFrames;
+    Report(run);
+    return run.wish == Wish::kGoOn && run.frames_read < kMostFrames;
 }
 
-Turn TakeTurn(ConversionRun& run, int& status)
+Turn TakeTurn(ConversionRun& run, Status& status)
 {
     status = Read(run);
     if (status != kOK) return Turn::kFailed;
@@ -196,7 +229,7 @@ Turn TakeTurn(ConversionRun& run, int& status)
     if (reads != Turn::kGoOn) return reads;
     FrameSlot& current = run.ring.Current();
     LookAtFrame(run, current);
-    if (current.size == 0) return EndOfSource(run, status);
+    if (current.size == 0) return Turn::kEnd;
     status = MakeFrame(run, current);
     if (status != kOK) return Turn::kFailed;
     return AdvanceAndReport(run) ? Turn::kGoOn : Turn::kEnd;
@@ -204,15 +237,19 @@ Turn TakeTurn(ConversionRun& run, int& status)
 
 }  // namespace
 
-int RunFrameLoop(ConversionRun& run)
+Status RunFrameLoop(ConversionRun& run)
 {
-    run.total_frames = std::min(run.source.CountFrames(), kMostFrames);
-    int status = kOK;
+    run.frames_planned = PlannedFrames(run.settings, run.source.is_pal, run.destination.is_pal,
+                                       run.reader.Promised());
+    Status status = kOK;
     Turn turn = Turn::kGoOn;
     while (turn == Turn::kGoOn)
         turn = TakeTurn(run, status);
     if (turn == Turn::kFailed) return status;
-    if (AudioTrack* track = run.destination.Audio()) static_cast<void>(run.audio.Finish(*track));
+    if (AudioTrack* track = run.destination.Audio())
+        if (const Status last = run.audio.Finish(*track); last != kOK)
+            return FailToWrite(run, last, kAudioWriteError);
+    ReportEnd(run);
     return kOK;
 }
 

@@ -1,5 +1,7 @@
 #include "engine/frame_ring.h"
 
+#include <algorithm>
+
 namespace kelvane {
 
 FrameRing::FrameRing(size_t frameRoom)
@@ -16,6 +18,13 @@ void FrameRing::Filled(int64_t size, int64_t frameNumber)
     slot.is_decoded = false;
     slot.frame_number = frameNumber;
     Advance();
+}
+
+void FrameRing::Repeat(int64_t frameNumber)
+{
+    const FrameSlot& last = Newest();
+    std::copy_n(last.compressed.begin(), last.size, AtWrite().compressed.begin());
+    Filled(last.size, frameNumber);
 }
 
 void FrameRing::MarkEmpty(int64_t frameNumber)

@@ -29,6 +29,8 @@ public:
     FrameSlot& AtWrite() { return fSlots[fWrite]; }
     // Records the outcome of a read into that slot and moves on. `size` is 0 after a failure.
     void Filled(int64_t size, int64_t frameNumber);
+    // The frame read last stands for this one as well.
+    void Repeat(int64_t frameNumber);
     // The same for a turn that did not read: the ring runs dry in the right order.
     void MarkEmpty(int64_t frameNumber);
 

@@ -9,19 +9,20 @@
 
 namespace kelvane {
 
-int PictureDecoder::Fail(int status, std::string message)
+Status PictureDecoder::Fail(Status status, std::string message)
 {
     fMessage = std::move(message);
     return status;
 }
 
-int PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture)
+Status PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro,
+                              std::span<uint8_t> picture)
 {
     return fFormat.IsDV() ? DecodeDV(frame, dvcpro, picture) : DecodeBuiltIn(frame, picture);
 }
 
-int PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
-                             std::span<uint8_t> picture)
+Status PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
+                                std::span<uint8_t> picture)
 {
     DVCodecSlot& slot = fState.slots[dvcpro ? kDVCPRODecoder : kDVDecoder];
     if (dvcpro && !slot.IsOpen())
@@ -54,7 +55,7 @@ bool PictureDecoder::TurnsRows() const
     return fFormat.encoded_video.encoding == kEncodingHuffYUV;
 }
 
-int PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
+Status PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
 {
     if (!FindCodec()) return Fail(kError, "No suitable decoder is found.");
     const size_t pixels = PixelsOf(fFormat);

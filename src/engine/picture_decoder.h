@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/codec.h"
 #include "codecs/media_format.h"
 #include "engine/conversion_state.h"
@@ -23,16 +24,15 @@ public:
 
     // `frame` is as read from the file, `dvcpro` what the first frame of a DV source said. The
     // picture is of 4 bytes a pixel. 0, or a negative Status with the reason in Message().
-    [[nodiscard]] int Decode(std::span<const uint8_t> frame, bool dvcpro,
-                             std::span<uint8_t> picture);
+    Status Decode(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
     const std::string& Message() const { return fMessage; }
 
 private:
-    int DecodeDV(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
-    int DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture);
+    Status DecodeDV(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
+    Status DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture);
     bool FindCodec();
     bool TurnsRows() const;
-    int Fail(int status, std::string message);
+    Status Fail(Status status, std::string message);
 
     const MediaFormat& fFormat;
     ConversionState& fState;

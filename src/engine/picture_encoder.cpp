@@ -16,7 +16,7 @@ PictureEncoder::PictureEncoder(const MediaFormat& format, bool pal, ConversionSt
 {
 }
 
-int PictureEncoder::Fail(int status, std::string message)
+Status PictureEncoder::Fail(Status status, std::string message)
 {
     fMessage = std::move(message);
     return status;
@@ -27,13 +27,13 @@ bool PictureEncoder::IsHuffYUV() const
     return fFormat.kind == kEncodedVideo && fFormat.encoded_video.encoding == kEncodingHuffYUV;
 }
 
-int PictureEncoder::Encode(std::span<uint8_t> picture, bool dvcpro)
+Status PictureEncoder::Encode(std::span<uint8_t> picture, bool dvcpro)
 {
     fBuffer.resize(LargestFrame(fFormat));
     return fFormat.IsDV() ? EncodeDV(picture, dvcpro) : EncodeBuiltIn(picture);
 }
 
-int PictureEncoder::EncodeDV(std::span<uint8_t> picture, bool dvcpro)
+Status PictureEncoder::EncodeDV(std::span<uint8_t> picture, bool dvcpro)
 {
     DVCodecSlot& slot = fState.slots[dvcpro ? kDVCPROEncoder : kDVEncoder];
     if (dvcpro && !slot.IsOpen())
@@ -63,7 +63,7 @@ bool PictureEncoder::FindCodec()
     return fCodec != nullptr;
 }
 
-int PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
+Status PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
 {
     if (!FindCodec()) return Fail(kError, "No suitable encoder is found.");
     const size_t pixels = PixelsOf(fFormat);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/codec.h"
 #include "codecs/media_format.h"
 #include "engine/conversion_state.h"
@@ -20,7 +21,7 @@ public:
     // Codes the picture, which may be turned upside down or packed in place on the way. `dvcpro`
     // tells which kind of DV is wanted. 0 with the frame in Frame(), or a negative Status with the
     // reason in Message().
-    [[nodiscard]] int Encode(std::span<uint8_t> picture, bool dvcpro);
+    Status Encode(std::span<uint8_t> picture, bool dvcpro);
     // Makes the frame of the last picture again, without what was edited since.
     void Repeat();
     // The frame made last; may be edited in place.
@@ -31,11 +32,11 @@ public:
     const std::string& Message() const { return fMessage; }
 
 private:
-    int EncodeDV(std::span<uint8_t> picture, bool dvcpro);
-    int EncodeBuiltIn(std::span<uint8_t> picture);
+    Status EncodeDV(std::span<uint8_t> picture, bool dvcpro);
+    Status EncodeBuiltIn(std::span<uint8_t> picture);
     bool FindCodec();
     bool IsHuffYUV() const;
-    int Fail(int status, std::string message);
+    Status Fail(Status status, std::string message);
 
     const MediaFormat& fFormat;
     bool fPAL;

@@ -51,9 +51,14 @@ ResamplingPlan WeaveBySource(const ResamplingInput& in, Neighbour first, Neighbo
 
 }  // namespace
 
+bool PulldownDrops(int64_t output_index)
+{
+    return output_index > 0 && output_index % kDropPeriod == 0;
+}
+
 ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike, int32_t& dropCounter)
 {
-    if (in.output_index > 0 && in.output_index % kDropPeriod == 0) {
+    if (PulldownDrops(in.output_index)) {
         dropCounter++;
         ResamplingPlan plan;
         plan.base = ResamplingPlan::kDrop;

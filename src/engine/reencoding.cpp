@@ -37,14 +37,14 @@ bool DeinterlacesSource(const ConversionRun& run)
 
 // Decodes one frame and brings it to the destination's geometry. `pool` is null when the work is
 // done beside something else that uses the pool.
-int DecodeSlot(ConversionRun& run, FrameSlot& slot, WorkerPool* pool)
+Status DecodeSlot(ConversionRun& run, FrameSlot& slot, WorkerPool* pool)
 {
     const MediaFormat& from = run.source.format;
     const MediaFormat& to = run.destination.format;
     slot.decoded.resize(PictureRoom(from));
     slot.resized.resize(PictureRoom(to));
     const std::span<const uint8_t> frame(slot.compressed.data(), static_cast<size_t>(slot.size));
-    const int status = run.decoder.Decode(frame, run.is_dvcpro, slot.decoded);
+    const Status status = run.decoder.Decode(frame, run.is_dvcpro, slot.decoded);
     if (status != kOK) return status;
     if (run.source_aspect == 0) run.source_aspect = AspectOf(run);
     if (DeinterlacesSource(run))
@@ -75,12 +75,13 @@ public:
         else
             run.state.beside.Start([this, &slot] { fStatus = DecodeSlot(fRun, slot, nullptr); });
     }
-    ~NewestBeside() { fRun.state.beside.Wait(); }
+    // With work under way only when something else has failed, which is told instead.
+    ~NewestBeside() { static_cast<void>(fRun.state.beside.Settle()); }
     NewestBeside(const NewestBeside&) = delete;
     NewestBeside& operator=(const NewestBeside&) = delete;
 
     // The outcome of the decoding.
-    int Wait()
+    Status Wait()
     {
         fRun.state.beside.Wait();
         return fStatus;
@@ -88,7 +89,7 @@ public:
 
 private:
     ConversionRun& fRun;
-    int fStatus = kOK;
+    Status fStatus = kOK;
     bool fDone = false;
 };
 
@@ -153,8 +154,8 @@ std::optional<WovenFrames> WovenBy(const ResamplingPlan& plan, const Neighbours&
 }
 
 // Resamples and encodes. A failure to decode the newest picture is told before anything else.
-int MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBeside& newest,
-                bool& dropped)
+Status MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBeside& newest,
+                   bool& dropped)
 {
     run.resampler.BeginTurn([&](Neighbour which) -> const uint8_t* {
         FrameSlot& slot = neighbours.Of(which);
@@ -183,19 +184,19 @@ int MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBeside& 
 
 }  // namespace
 
-int Reencode(ConversionRun& run, bool& dropped)
+Status Reencode(ConversionRun& run, bool& dropped)
 {
     const Neighbours neighbours(run.ring);
     for (FrameSlot* slot : {&run.ring.Previous(), &run.ring.Current(), &run.ring.Next()}) {
         if (!NeedsDecoding(*slot)) continue;
-        if (const int status = DecodeSlot(run, *slot, &run.state.pool); status != kOK) {
+        if (const Status status = DecodeSlot(run, *slot, &run.state.pool); status != kOK) {
             run.message = run.decoder.Message();
             return status;
         }
     }
     NewestBeside newest(run, run.ring.Newest());
-    const int encoded = MakePicture(run, neighbours, newest, dropped);
-    if (const int status = newest.Wait(); status != kOK) {
+    const Status encoded = MakePicture(run, neighbours, newest, dropped);
+    if (const Status status = newest.Wait(); status != kOK) {
         run.message = run.decoder.Message();
         return status;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/status.h"
 #include "engine/conversion_run.h"
 
 namespace kelvane {
@@ -8,6 +9,6 @@ namespace kelvane {
 // yet, brings it to the destination's geometry, resamples in time and encodes. The frame is in
 // run.encoder then, unless it was dropped. 0, or a negative Status with the reason in
 // `run.message`.
-[[nodiscard]] int Reencode(ConversionRun& run, bool& dropped);
+Status Reencode(ConversionRun& run, bool& dropped);
 
 }  // namespace kelvane

@@ -6,11 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "engine/file_type.h"
 #include "engine/stream_audio.h"
 
 namespace kelvane {
+
+inline constexpr uint64_t kMostFrames = 1000000000;  // of a run
 
 // One opened source file: the facts that the engine needs of it, its frames in order, and its
 // separate audio stream if it has one.
@@ -18,10 +21,11 @@ class Source {
 public:
     virtual ~Source() = default;
 
-    // Reads the next frame of the picture into `buffer`. 0 with its size; -1, or kReferenceMissing,
-    // with size 0. A frame larger than the buffer is a failure.
-    [[nodiscard]] virtual int ReadFrame(std::span<uint8_t> buffer, int64_t& size) = 0;
-    // Frames of the picture, as far as the file tells.
+    // Reads a frame of the picture, from 0, into `buffer`; `size` is its bytes, 0 for a frame that
+    // holds the one before. kEnd, kMissing, kUnread, kReferenceMissing, with size 0; kTooLarge when
+    // only its first bytes fit into the buffer, with those. Cheap in rising order.
+    virtual Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) = 0;
+    // Frames of the picture that the file promises.
     virtual uint64_t CountFrames() const = 0;
     // The bitmap header of the picture with its codec's data, which frames that are copied need
     // beside them; empty when there is none.

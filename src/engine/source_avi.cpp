@@ -17,9 +17,15 @@ public:
     {
         return static_cast<uint32_t>(fFile.StreamAt(fStream)->largest_frame);
     }
-    int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
     {
         return fFile.ReadFrame(fStream, {buffer, room}, bytes);
+    }
+    uint64_t SkipChunk() override
+    {
+        const int64_t next = fFile.StreamAt(fStream)->position;
+        const uint32_t bytes = fFile.FrameBytes(fStream, next);
+        return fFile.SeekFrame(fStream, next + 1) == kOK ? bytes : 0;
     }
 
 private:
@@ -35,7 +41,7 @@ public:
     std::string Open()
     {
         if (fFile.InitCheck() == kCorrupted) return "AVI parsing error, corrupted file";
-        if (fFile.InitCheck() != kOK) return "AVI open error";
+        if (fFile.InitCheck() != kOK) return "AVI open error" + fFile.InitCheck().Reason();
         fVideo = fFile.VideoStream();
         if (fVideo < 0) return "Source contains no video streams.";
         if (fFile.CountStreams() <= 0) return "Source contains 0 streams.";
@@ -49,10 +55,12 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
     {
         uint32_t bytes = 0;
-        const int status = fFile.ReadFrame(fVideo, buffer, bytes);
+        size = 0;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         size = bytes;
         if (fIsTopDown && bytes >= BytesOfPicture(format))
             SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),
@@ -62,7 +70,7 @@ public:
 
     uint64_t CountFrames() const override
     {
-        return Get32(fFile.StreamAt(fVideo)->header, kStreamHeader["dwLength"]);
+        return static_cast<uint64_t>(fFile.CountFrames(fVideo));
     }
 
     std::vector<uint8_t> StreamHeader() const override

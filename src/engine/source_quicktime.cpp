@@ -20,9 +20,15 @@ public:
         return static_cast<uint32_t>(
             std::min<uint64_t>(size, std::numeric_limits<uint32_t>::max()));
     }
-    int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
     {
         return fFile.ReadFrame(fStream, {buffer, room}, bytes);
+    }
+    uint64_t SkipChunk() override
+    {
+        const int64_t next = fFile.FramePosition(fStream);
+        const uint64_t bytes = fFile.FrameSize(fStream, next);
+        return fFile.SeekFrame(fStream, next + 1) == kOK ? bytes : 0;
     }
 
 private:
@@ -37,7 +43,7 @@ public:
     // Empty when all is well, else the reason.
     std::string Open()
     {
-        if (fFile.InitCheck() != kOK) return "Quicktime open error";
+        if (fFile.InitCheck() != kOK) return "Quicktime open error" + fFile.InitCheck().Reason();
         kind = kQuickTimeSource;
         handler = FourCC("dvsd");
         for (int32_t stream = 0; stream < fFile.CountStreams(); stream++)
@@ -48,10 +54,12 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
     {
         uint32_t bytes = 0;
-        const int status = fFile.ReadFrame(fVideo, buffer, bytes);
+        size = 0;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         size = bytes;
         return status;
     }

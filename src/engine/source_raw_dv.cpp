@@ -36,17 +36,21 @@ public:
         return {};
     }
 
-    int ReadFrame(std::span<uint8_t> buffer, int64_t& size) override
+    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
     {
         int32_t count = 1;
         size = 0;
-        if (buffer.size() < static_cast<size_t>(fRecordSize)) return kError;
-        const int status = fFile.Read(buffer.data(), count);
+        if (buffer.size() < static_cast<size_t>(fRecordSize) || fFile.Seek(number) != kOK)
+            return kEnd;
+        const Status status = fFile.Read(buffer.data(), count);
         if (status == kOK) size = fRecordSize;
         return status;
     }
 
-    uint64_t CountFrames() const override { return static_cast<uint64_t>(fFile.CountRecords()); }
+    uint64_t CountFrames() const override
+    {
+        return static_cast<uint64_t>(fFile.CountRecords()) + fFile.EndsInPiece();
+    }
 
 private:
     RawDVFile fFile;

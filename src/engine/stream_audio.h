@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/status.h"
 #include "engine/audio_fifo.h"
 #include "engine/sample_coding.h"
 
@@ -17,7 +18,9 @@ public:
     virtual uint32_t ChunkSize() = 0;
     // Reads the next chunk into `room` bytes at `buffer`; `bytes` is what it had. 0, or the
     // container's status at the end or on failure.
-    virtual int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) = 0;
+    virtual Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) = 0;
+    // Passes over the next chunk, which could not be read: the bytes that it was to have.
+    virtual uint64_t SkipChunk() = 0;
 };
 
 // Fills the FIFO from the audio stream of a source, with samples brought to 16 bits on the way.
@@ -28,25 +31,36 @@ public:
     {
     }
 
-    // Reads chunks until the FIFO holds more than `enough` bytes; nothing when it does already.
-    // 0, or the status of the read that failed: then or before, for the stream is not tried again.
-    int Fill(AudioFifo& fifo, size_t enough);
-    bool Ended() const { return fStatus != 0 && fPoured == fWaiting.size(); }
+    // Reads chunks until the FIFO holds more than `enough` bytes; nothing when it does already. A
+    // chunk that cannot be read is silence. kOK, or the status of the read that ended the stream:
+    // then or before, for it is not tried again.
+    Status Fill(AudioFifo& fifo, size_t enough);
+    bool Ended() const { return fStatus != kOK && fPoured == fWaiting.size() && fSilence == 0; }
+
+    // Bytes of 16-bit samples that could not be read or had no place in the FIFO, and what the
+    // system said first.
+    uint64_t LostBytes() const { return fLost; }
+    Status Reason() const { return fReason; }
 
 private:
     // A claim of a chunk larger than this is taken for damage.
     static constexpr uint32_t kMostChunk = 256 << 20;  // bytes
 
-    int ReadInPlace(AudioFifo& fifo, uint32_t room, uint32_t& bytes);
-    int ReadAside(uint32_t room, uint32_t& bytes);
+    Status ReadInPlace(AudioFifo& fifo, uint32_t room, uint32_t& bytes);
+    Status ReadAside(uint32_t room, uint32_t& bytes);
     void PourWaiting(AudioFifo& fifo);
+    void PourSilence(AudioFifo& fifo);
+    void TakeFailure(Status status);
 
     AudioStream& fStream;
     SampleConverter fConverter;
-    int fStatus = 0;
+    Status fStatus = kOK;  // of the read that ended the stream
     std::vector<uint8_t> fChunk;
     std::vector<uint8_t> fWaiting;  // samples of a chunk that the FIFO could not take whole
     size_t fPoured = 0;             // of these
+    uint64_t fSilence = 0;          // bytes in place of a chunk that could not be read
+    uint64_t fLost = 0;
+    Status fReason = kOK;
 };
 
 }  // namespace kelvane

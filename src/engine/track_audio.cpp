@@ -6,20 +6,20 @@
 
 namespace kelvane {
 
-int TrackAudioWriter::FrameWritten(AudioFifo& fifo, bool ended, AudioTrack& track)
+Status TrackAudioWriter::FrameWritten(AudioFifo& fifo, bool ended, AudioTrack& track)
 {
     if (++fFramesSinceChunk < fInterleave) return kOK;
     fFramesSinceChunk = 0;
     return WriteOwed(fifo, ended, track);
 }
 
-int TrackAudioWriter::Finish(AudioFifo& fifo, size_t one_frame, AudioTrack& track)
+Status TrackAudioWriter::Finish(AudioFifo& fifo, size_t one_frame, AudioTrack& track)
 {
     fPending = std::clamp(fifo.Count(), fPending, fPending + one_frame);
     return WriteOwed(fifo, true, track);
 }
 
-int TrackAudioWriter::WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track)
+Status TrackAudioWriter::WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track)
 {
     // A chunk is never larger than what the ring can hold: after a long time of nothing the rest
     // goes out as chunks of its own.
@@ -32,7 +32,7 @@ int TrackAudioWriter::WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track)
         std::fill(fBuffer.begin() + static_cast<ptrdiff_t>(got),
                   fBuffer.begin() + static_cast<ptrdiff_t>(bytes), uint8_t{0});
         fPending -= bytes;
-        if (const int status = track.WriteChunk(std::span(fBuffer).first(bytes)); status != kOK)
+        if (const Status status = track.WriteChunk(std::span(fBuffer).first(bytes)); status != kOK)
             return status;
     }
     return kOK;

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "base/status.h"
 #include "engine/audio_fifo.h"
 
 namespace kelvane {
@@ -15,7 +16,7 @@ public:
     // Once, before the first chunk, when the sound is known: 16-bit samples.
     virtual void SetFormat(uint32_t rate, uint32_t channels) = 0;
     // 0, or the container's status.
-    virtual int WriteChunk(std::span<const uint8_t> chunk) = 0;
+    virtual Status WriteChunk(std::span<const uint8_t> chunk) = 0;
 };
 
 // Hands sound from the FIFO to a separate track, a chunk after so many frames. What the FIFO
@@ -33,13 +34,13 @@ public:
     // A frame was written, and its sound is owed. When it is a chunk's turn, writes one; `ended`
     // says that nothing will come into the FIFO any more, so that silence takes the place of what
     // it lacks. The status of the write.
-    int FrameWritten(AudioFifo& fifo, bool ended, AudioTrack& track);
+    Status FrameWritten(AudioFifo& fifo, bool ended, AudioTrack& track);
     // The last chunk: what is owed, with silence for what the FIFO lacks, and what else the FIFO
     // holds, up to `one_frame` bytes more.
-    int Finish(AudioFifo& fifo, size_t one_frame, AudioTrack& track);
+    Status Finish(AudioFifo& fifo, size_t one_frame, AudioTrack& track);
 
 private:
-    int WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track);
+    Status WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track);
 
     int32_t fInterleave;  // frames between two chunks
     int32_t fFramesSinceChunk = 0;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/chunk_tree.h"
 #include "media/sample_file.h"
@@ -22,29 +23,31 @@ public:
 
     // 0; -1 the file cannot be opened; -2 not an AIFF file; -3 not PCM, or an AIFC file whose
     // compression type is not written the way that this class does: with its halves exchanged.
-    int InitCheck() const { return fInitCheck; }
+    Status InitCheck() const { return fInitCheck; }
     // Of the "COMM" chunk; null without one, and then reads fail.
     const RawAudioFormat* Format() const { return fCommon ? &fRecord : nullptr; }
     // Lays down the headers of a destination, in the AIFC form if `compressed`. -3 for anything but
     // PCM. A second call writes the bare record over the "COMM" chunk: deliberate.
-    [[nodiscard]] int SetFormat(const RawAudioFormat& format, bool compressed);
+    Status SetFormat(const RawAudioFormat& format, bool compressed);
 
     // Whole sample frames of the "SSND" chunk that the file really has.
     int64_t CountFrames() const;
-    int SetPosition(int64_t frame);
+    int64_t PromisedFrames() const;
+    Status SetPosition(int64_t frame);
     // Samples begin behind the eight bytes of the "SSND" header; its offset field does not count.
-    [[nodiscard]] int Read(void* buffer, int32_t& count);
-    [[nodiscard]] int Write(const void* buffer, int32_t count);
+    Status Read(void* buffer, int32_t& count);
+    Status Write(const void* buffer, int32_t count);
+    Status Finish();
 
     const ChunkTree& Tree() const { return fTree; }
 
 private:
     void Parse();
-    void Finish();
+    Status WriteHeaders();
 
     SampleFile fSamples;
     ChunkTree fTree{ByteOrder::kBig};
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     RawAudioFormat fRecord{};
     Chunk* fCommon = nullptr;  // "COMM"
     Chunk* fSound = nullptr;   // "SSND"

@@ -15,7 +15,7 @@ Result With(Switch& file, Result otherwise, Operation operation)
     return otherwise;
 }
 
-constexpr int kNone = kFormatNotSupported;
+constexpr Status kNone = kFormatNotSupported;
 
 }  // namespace
 
@@ -31,7 +31,7 @@ AudioFile::AudioFile(const char* path, uint32_t mode, int32_t type)
     if (type == kAIFFFileType) fFile.emplace<AIFFFile>(path, mode);
 }
 
-int AudioFile::InitCheck() const
+Status AudioFile::InitCheck() const
 {
     return With(fFile, kNone, [](auto& file) { return file.InitCheck(); });
 }
@@ -42,7 +42,7 @@ const RawAudioFormat* AudioFile::Format() const
     return With(fFile, kNoFormat, [](auto& file) { return file.Format(); });
 }
 
-int AudioFile::SetFormat(const RawAudioFormat& format)
+Status AudioFile::SetFormat(const RawAudioFormat& format)
 {
     if (auto* aiff = std::get_if<AIFFFile>(&fFile)) {
         const bool plain = format.format == kSamplePCM || format.format == kSampleFloat;
@@ -54,22 +54,33 @@ int AudioFile::SetFormat(const RawAudioFormat& format)
 
 int64_t AudioFile::CountFrames() const
 {
-    return With(fFile, int64_t{kNone}, [](auto& file) { return file.CountFrames(); });
+    return With(fFile, int64_t{kFormatNotSupported}, [](auto& file) { return file.CountFrames(); });
 }
 
-int AudioFile::SetPosition(int64_t frame)
+int64_t AudioFile::PromisedFrames() const
+{
+    return With(fFile, int64_t{kFormatNotSupported},
+                [](auto& file) { return file.PromisedFrames(); });
+}
+
+Status AudioFile::SetPosition(int64_t frame)
 {
     return With(fFile, kNone, [&](auto& file) { return file.SetPosition(frame); });
 }
 
-int AudioFile::Read(void* buffer, int32_t& count)
+Status AudioFile::Read(void* buffer, int32_t& count)
 {
     return With(fFile, kNone, [&](auto& file) { return file.Read(buffer, count); });
 }
 
-int AudioFile::Write(const void* buffer, int32_t count)
+Status AudioFile::Write(const void* buffer, int32_t count)
 {
     return With(fFile, kNone, [&](auto& file) { return file.Write(buffer, count); });
+}
+
+Status AudioFile::Finish()
+{
+    return With(fFile, kNone, [](auto& file) { return file.Finish(); });
 }
 
 }  // namespace kelvane

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <variant>
 
+#include "base/status.h"
 #include "media/aiff_file.h"
 #include "media/wav_file.h"
 
@@ -20,13 +21,15 @@ class AudioFile {
 public:
     AudioFile(const char* path, uint32_t mode, int32_t type);
 
-    int InitCheck() const;
+    Status InitCheck() const;
     const RawAudioFormat* Format() const;
-    [[nodiscard]] int SetFormat(const RawAudioFormat& format);
+    Status SetFormat(const RawAudioFormat& format);
     int64_t CountFrames() const;
-    int SetPosition(int64_t frame);
-    [[nodiscard]] int Read(void* buffer, int32_t& count);
-    [[nodiscard]] int Write(const void* buffer, int32_t count);
+    int64_t PromisedFrames() const;
+    Status SetPosition(int64_t frame);
+    Status Read(void* buffer, int32_t& count);
+    Status Write(const void* buffer, int32_t count);
+    Status Finish();
 
     // True when samples come with the bytes of each 16-bit word exchanged from big-endian ones.
     bool IsAIFF() const { return std::holds_alternative<AIFFFile>(fFile); }

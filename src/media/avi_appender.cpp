@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <limits>
 
 #include "base/status.h"
 #include "media/file_access.h"
@@ -11,6 +13,7 @@ namespace kelvane {
 namespace {
 
 constexpr std::array<uint8_t, 512> kZeros{};
+constexpr size_t kLargestBody = std::numeric_limits<int32_t>::max();
 
 std::array<uint8_t, 8> ChunkHead(uint32_t id, uint32_t size)
 {
@@ -22,28 +25,30 @@ std::array<uint8_t, 8> ChunkHead(uint32_t id, uint32_t size)
 
 }  // namespace
 
-bool AVIAppender::Write(std::span<const FilePart> parts)
+Status AVIAppender::Write(std::span<const FilePart> parts)
 {
     uint64_t bytes = 0;
     for (const FilePart& part : parts)
         bytes += part.bytes;
     if (FileWriteAt(fFile, fEnd, parts) != static_cast<int64_t>(bytes)) {
         fTail = true;
-        return false;
+        return Status::System();
     }
     fEnd += bytes;
-    return true;
+    return kOK;
 }
 
-int AVIAppender::Reserve(uint32_t bytes)
+Status AVIAppender::Reserve(uint32_t bytes)
 {
     const Bytes zeros(bytes);
     const FilePart parts[] = {{zeros.data(), bytes}};
-    return Write(parts) ? kOK : kError;
+    return Write(parts);
 }
 
-Chunk* AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* parent, uint32_t padding)
+Status AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* parent, Chunk*& chunk,
+                        uint32_t padding)
 {
+    if (padding > kZeros.size() || body.size() > kLargestBody) return kError;
     const auto size = static_cast<uint32_t>(body.size());
     const auto head = ChunkHead(id, size);
     const auto junk = ChunkHead(FourCC("JUNK"), padding);
@@ -55,17 +60,17 @@ Chunk* AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* paren
                               {junk.data(), padding > 0 ? 8u : 0u},
                               {filling, padding}};
     const uint64_t offset = fEnd + 8;
-    if (padding > kZeros.size() || !Write(parts)) return nullptr;
+    const Status status = Write(parts);
+    if (status != kOK) return status;
     const uint32_t length = size + (size & 1);
-    Chunk* chunk =
-        fStructure.tree.NoteChunk({.id = id, .length = length, .parent = parent}, offset);
+    chunk = fStructure.tree.NoteChunk({.id = id, .length = length, .parent = parent}, offset);
     if (padding > 0)
         fStructure.tree.NoteChunk({.id = FourCC("JUNK"), .length = padding, .parent = parent},
                                   offset + length + 8);
-    return chunk;
+    return kOK;
 }
 
-int AVIAppender::PutSegment()
+Status AVIAppender::PutSegment()
 {
     uint8_t heads[24] = {};
     const uint32_t codes[] = {FourCC("RIFF"), 0, FourCC("AVIX"), FourCC("LIST"), 0, FourCC("movi")};
@@ -73,7 +78,9 @@ int AVIAppender::PutSegment()
         StoreBytes(std::span(heads).subspan(4 * i, 4), codes[i], ByteOrder::kLittle);
     const uint64_t offset = fEnd + 8;
     const FilePart parts[] = {{heads, sizeof heads}};
-    if (!Write(parts)) return kError;
+    const Status status = Write(parts);
+    if (status != kOK) return status;
+    fRiffStart = offset - 8;
     ChunkTree& tree = fStructure.tree;
     Chunk* riff = tree.NoteChunk({.id = codes[0], .name = codes[2], .length = 4}, offset);
     Chunk* media = tree.NoteChunk({.id = codes[3], .name = codes[5], .length = 4, .parent = riff},
@@ -83,11 +90,12 @@ int AVIAppender::PutSegment()
     return kOK;
 }
 
-int AVIAppender::CutTail()
+Status AVIAppender::CutTail()
 {
     if (!fTail) return kOK;
     fTail = false;
-    return FileTruncate(fFile, fEnd) ? kOK : kError;
+    // What is no regular file keeps nothing that could be cut.
+    return FileTruncate(fFile, fEnd) || errno == EINVAL ? kOK : Status::System();
 }
 
 }  // namespace kelvane

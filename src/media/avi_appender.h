@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 #include "media/avi_structure.h"
 
 namespace kelvane {
@@ -14,18 +15,21 @@ class AVIAppender {
 public:
     AVIAppender(AVIStructure& structure, FileHandle file) : fStructure(structure), fFile(file) {}
 
-    // Reserves the headers: so many zeros from the start of the file on. -1 on failure.
-    [[nodiscard]] int Reserve(uint32_t bytes);
-    // Appends a chunk to `parent`, padded to even length. With `padding`, a "JUNK" chunk whose
-    // body has that many bytes follows. Null on failure.
-    Chunk* Put(uint32_t id, std::span<const uint8_t> body, Chunk* parent, uint32_t padding = 0);
-    // Appends a RIFF "AVIX" with an empty "movi" to the structure. -1 on failure.
-    [[nodiscard]] int PutSegment();
-    // Cuts off what a failed write left behind. -1 on failure.
-    [[nodiscard]] int CutTail();
+    // Reserves the headers: so many zeros from the start of the file on.
+    Status Reserve(uint32_t bytes);
+    // Appends a chunk to `parent`, padded to even length, and gives it. With `padding`, a "JUNK"
+    // chunk whose body has that many bytes follows.
+    Status Put(uint32_t id, std::span<const uint8_t> body, Chunk* parent, Chunk*& chunk,
+               uint32_t padding = 0);
+    // Appends a RIFF "AVIX" with an empty "movi" to the structure.
+    Status PutSegment();
+    // Cuts off what a failed write left behind.
+    Status CutTail();
 
     // File position of the next chunk's head.
     uint64_t End() const { return fEnd; }
+    // Where the head of the last RIFF is.
+    uint64_t RiffStart() const { return fRiffStart; }
     // The "movi" that chunks go to now.
     Chunk* Media() const
     {
@@ -33,11 +37,12 @@ public:
     }
 
 private:
-    bool Write(std::span<const struct FilePart> parts);
+    Status Write(std::span<const struct FilePart> parts);
 
     AVIStructure& fStructure;
     FileHandle fFile;
     uint64_t fEnd = 0;
+    uint64_t fRiffStart = 0;
     bool fTail = false;  // there may be bytes behind the end
 };
 

@@ -2,10 +2,23 @@
 
 #include "base/status.h"
 #include "base/television.h"
+#include "media/avi_index.h"
 #include "media/avi_parser.h"
 #include "media/avi_stream_format.h"
 
 namespace kelvane {
+
+namespace {
+
+// Null with kError or the system's reason when it cannot be opened.
+FileHolder Opened(const char* path, uint32_t flags, Status& status)
+{
+    FileHolder file(path ? FileOpen(path, flags) : kNoFile);
+    if (!file.IsOpen()) status = path ? Status::System() : kError;
+    return file;
+}
+
+}  // namespace
 
 AVIFile::AVIFile(const char* path, uint32_t mode) : fMode(mode & ~kAVIListMedia)
 {
@@ -14,12 +27,8 @@ AVIFile::AVIFile(const char* path, uint32_t mode) : fMode(mode & ~kAVIListMedia)
         OpenSource(path);
         return;
     }
-    fFile = FileHolder(path ? FileOpen(path, kOpenCreate) : kNoFile);
-    if (fFile.IsOpen()) {
-        fWriter = std::make_unique<AVIWriter>(fStructure, fFile.Handle(), path);
-    } else {
-        fInitCheck = kError;
-    }
+    fFile = Opened(path, kOpenCreate, fInitCheck);
+    if (fFile.IsOpen()) fWriter = std::make_unique<AVIWriter>(fStructure, fFile.Handle(), path);
 }
 
 AVIFile::~AVIFile()
@@ -29,13 +38,10 @@ AVIFile::~AVIFile()
 
 void AVIFile::OpenSource(const char* path)
 {
-    fFile = FileHolder(path ? FileOpen(path, fMode == kUpdate ? kOpenUpdate : kOpenRead) : kNoFile);
-    if (!fFile.IsOpen()) {
-        fInitCheck = kError;
-        return;
-    }
+    fFile = Opened(path, fMode == kUpdate ? kOpenUpdate : kOpenRead, fInitCheck);
+    if (!fFile.IsOpen()) return;
     fInitCheck = AVIParser(fFile.Handle(), fMode == kDescribe, fStructure).Run();
-    if (fMode != kDescribe) fIndex.BuildTables(fFile.Handle());
+    if (fMode != kDescribe) AVIIndex(fStructure, fFile.Handle()).BuildTables();
 }
 
 AVIStream* AVIFile::StreamAt(int32_t index)
@@ -80,98 +86,111 @@ int32_t AVIFile::AudioStream() const
     return FirstStreamOf(true);
 }
 
-int64_t AVIFile::FrameOffset(int32_t stream, int32_t frame, uint32_t& size) const
+int64_t AVIFile::CountFrames(int32_t stream) const
+{
+    const AVIStream* counted = StreamAt(stream);
+    return counted ? static_cast<int64_t>(counted->frames.Count() + counted->missing) : 0;
+}
+
+int64_t AVIFile::FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const
 {
     size = 0;
     const AVIStream* searched = StreamAt(stream);
-    if (!searched || frame < 0) return -1;
-    const auto index = static_cast<uint32_t>(frame);
-    FrameEntry entry{};
-    if (index < searched->frames.Count()) {
-        entry = searched->frames[index];
-    } else if (!fIndex.Search(static_cast<size_t>(stream), index, entry)) {
+    if (!searched || frame < 0 || static_cast<uint64_t>(frame) >= searched->frames.Count())
         return -1;
-    }
+    const FrameEntry& entry = searched->frames[static_cast<size_t>(frame)];
     size = entry.size;
     return static_cast<int64_t>(entry.offset);
 }
 
-int AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
+uint32_t AVIFile::FrameBytes(int32_t stream, int64_t frame) const
+{
+    uint32_t size = 0;
+    FrameOffset(stream, frame, size);
+    return size;
+}
+
+Status AVIFile::SeekFrame(int32_t stream, int64_t frame)
+{
+    AVIStream* sought = StreamAt(stream);
+    if (!sought || frame < 0 || frame > CountFrames(stream)) return kError;
+    sought->position = frame;
+    return kOK;
+}
+
+Status AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
 {
     size = 0;
     AVIStream* read = StreamAt(stream);
     if (!read || !buffer.data() || fMode == kCreate) return kError;
-    uint32_t wanted = 0;
-    const int64_t offset = FrameOffset(stream, read->position, wanted);
-    if (offset < 0 || wanted > buffer.size()) return kError;
-    const int64_t got =
-        FileReadAt(fFile.Handle(), static_cast<uint64_t>(offset), buffer.data(), wanted);
-    if (got != wanted) return kError;
-    size = wanted;
-    if (IsReference(buffer.first(wanted))) {
-        const int status = ReadReferenced(*read, buffer, size);
-        if (status != kOK) return status;
+    if (read->position >= CountFrames(stream)) return kEnd;
+    const auto frame = static_cast<size_t>(read->position);
+    if (frame >= read->frames.Count()) return kMissing;
+    Status status = ReadEntry(fFile.Handle(), read->frames[frame], buffer, size);
+    if (status == kOK && !read->IsAudio() && IsReference(buffer.first(size))) {
+        const auto bytes = static_cast<uint32_t>(SystemFor(read->IsPAL()).dv_frame_size);
+        status = fReferenced.Read(ParseReference(buffer.first(size)), bytes, buffer, size);
     }
-    read->position++;
-    return kOK;
+    if (status == kOK) read->position++;
+    return status;
 }
 
-int AVIFile::ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size)
-{
-    const Reference reference = ParseReference(buffer.first(size));
-    const auto frame = static_cast<uint32_t>(SystemFor(stream.IsPAL()).dv_frame_size);
-    size = 0;
-    if (frame > buffer.size()) return kError;
-    if (!fReferenced.Read(reference, buffer.data(), frame)) return kReferenceMissing;
-    size = frame;
-    return kOK;
-}
-
-int AVIFile::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
+Status AVIFile::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
 {
     return fWriter ? fWriter->BeginDVAVI(flags, handler, audio_rate_code) : kError;
 }
 
-int AVIFile::BeginAVI(uint32_t flags)
+Status AVIFile::BeginAVI(uint32_t flags)
 {
     return fWriter ? fWriter->BeginAVI(flags) : kError;
 }
 
-int AVIFile::AddVideoStream(const MediaFormat& format)
+Status AVIFile::AddVideoStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddVideoStream(format) : kError;
 }
 
-int AVIFile::AddEncodedVideoStream(const MediaFormat& format)
+Status AVIFile::AddEncodedVideoStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddEncodedVideoStream(format) : kError;
 }
 
-int AVIFile::AddAudioStream(const MediaFormat& format)
+Status AVIFile::AddAudioStream(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddAudioStream(format) : kError;
 }
 
-int AVIFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
+Status AVIFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
 {
     return fWriter ? fWriter->SetAudioFormat(stream, rate, channels, bits) : kError;
 }
 
-int AVIFile::SetVideoFormat(int32_t stream, std::span<const uint8_t> block)
+Status AVIFile::SetVideoFormat(int32_t stream, std::span<const uint8_t> block)
 {
     return fWriter ? fWriter->SetVideoFormat(stream, block) : kError;
 }
 
-int AVIFile::WriteFrame(int32_t stream, const void* data, int32_t size)
+Status AVIFile::WriteFrame(int32_t stream, const void* data, int32_t size)
 {
     if (!fWriter || !data || size < 1) return kError;
     return fWriter->WriteFrame(stream,
                                {static_cast<const uint8_t*>(data), static_cast<size_t>(size)});
 }
 
-int AVIFile::Finish()
+Status AVIFile::Finish()
 {
-    return fWriter ? fWriter->Finish() : kOK;
+    if (!fWriter) return kOK;
+    if (!fFinished) {
+        const Status written = fWriter->Finish();
+        fFinished = FirstFailure(written, fFile.Close());
+    }
+    return *fFinished;
+}
+
+int64_t AVIFile::FramesWritten(int32_t stream) const
+{
+    const AVIStream* written = fWriter ? StreamAt(stream) : nullptr;
+    return written ? written->chunks : 0;
 }
 
 void AVIFile::SetLimits(const AVILimits& limits)

@@ -2,12 +2,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "base/file_handle.h"
+#include "base/status.h"
 #include "codecs/media_format.h"
-#include "media/avi_index.h"
 #include "media/avi_references.h"
 #include "media/avi_structure.h"
 #include "media/avi_writer.h"
@@ -31,9 +32,9 @@ public:
     AVIFile(const AVIFile&) = delete;
     AVIFile& operator=(const AVIFile&) = delete;
 
-    // kOK; kError: cannot be opened; kNotThisClass: the first chunk is no "RIFF" "AVI ";
-    // kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
-    int InitCheck() const { return fInitCheck; }
+    // kOK; kError: cannot be opened, for the reason given; kNotThisClass: the first chunk is no
+    // "RIFF" "AVI "; kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
+    Status InitCheck() const { return fInitCheck; }
 
     int32_t CountStreams() const { return static_cast<int32_t>(fStructure.streams.size()); }
     // Null past the end.
@@ -48,28 +49,46 @@ public:
     int32_t VideoStream() const;
     int32_t AudioStream() const;
 
+    // Frames, or pieces of sound, that the file promises: those of which it is known where they
+    // are, and behind them those of video that only a lost index knew.
+    int64_t CountFrames(int32_t stream) const;
+    // True when some frames are in no index and were found by a walk of the file.
+    bool WasWalked() const { return fStructure.walked; }
     // File position of a frame's data, and its size in bytes; -1 if there is none.
-    int64_t FrameOffset(int32_t stream, int32_t frame, uint32_t& size) const;
-    // Reads the stream's next frame and moves on. A buffer of the stream's largest_frame bytes,
-    // and of at least 144000 where frames may be references, holds any. kError: no such frame, or
-    // it cannot be read whole, or the buffer is too small. kReferenceMissing: the file that it
-    // lies in cannot be read. `size` is 0 then.
-    [[nodiscard]] int ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
+    int64_t FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const;
+    // Bytes of a frame, or of a piece of sound; 0 if there is none.
+    uint32_t FrameBytes(int32_t stream, int64_t frame) const;
+    // Goes to a frame, or behind the last one. kError when there is no such place.
+    Status SeekFrame(int32_t stream, int64_t frame);
+    // Reads the stream's next frame, and moves on when that is kOK. A buffer of the stream's
+    // largest_frame bytes, and of at least 144000 where frames may be references, holds any.
+    // - kEnd: behind the last frame of CountFrames.
+    // - kMissing: it lies, also in part, beyond the end that the file has now.
+    // - kUnread: the system could not read it, for the reason given.
+    // - kTooLarge: the buffer holds its first bytes, and `size` is the buffer's.
+    // - kReferenceMissing: the file that it lies in cannot be opened, for the reason given.
+    // - kError: no such stream, or a destination.
+    // `size` is 0 on all failures but kTooLarge.
+    Status ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
     // The frame that was captured in mode kDescribe; empty when there was none.
     std::span<const uint8_t> FirstFrame() const { return fStructure.first_frame; }
 
     // The destination's operations; see AVIWriter. kError for a source.
-    [[nodiscard]] int BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
-    [[nodiscard]] int BeginAVI(uint32_t flags);
-    [[nodiscard]] int AddVideoStream(const MediaFormat& format);
-    [[nodiscard]] int AddEncodedVideoStream(const MediaFormat& format);
-    [[nodiscard]] int AddAudioStream(const MediaFormat& format);
-    [[nodiscard]] int SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
-    [[nodiscard]] int SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
-    [[nodiscard]] int WriteFrame(int32_t stream, const void* data, int32_t size);
-    // Writes what is due at the end. The destructor does it otherwise, but cannot tell that it
-    // failed. kOK for a source.
-    [[nodiscard]] int Finish();
+    Status BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
+    Status BeginAVI(uint32_t flags);
+    Status AddVideoStream(const MediaFormat& format);
+    Status AddEncodedVideoStream(const MediaFormat& format);
+    Status AddAudioStream(const MediaFormat& format);
+    Status SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
+    Status SetVideoFormat(int32_t stream, std::span<const uint8_t> block);
+    Status WriteFrame(int32_t stream, const void* data, int32_t size);
+    // Writes what is due at the end and closes all files; the first failure of these. The
+    // destructor does it otherwise, but cannot tell that it failed. Done once; later calls give the
+    // same answer. kOK for a source.
+    Status Finish();
+    // Frames of a stream, or pieces of sound, that stand whole in the destination, after Finish
+    // too.
+    int64_t FramesWritten(int32_t stream) const;
     // Before the destination is begun.
     void SetLimits(const AVILimits& limits);
 
@@ -78,16 +97,15 @@ public:
 
 private:
     void OpenSource(const char* path);
-    int ReadReferenced(const AVIStream& stream, std::span<uint8_t> buffer, uint32_t& size);
     int32_t FirstStreamOf(bool audio) const;
 
     FileHolder fFile;
     uint32_t fMode;
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     AVIStructure fStructure;
-    AVIIndex fIndex{fStructure};
     ReferencedFiles fReferenced;
     std::unique_ptr<AVIWriter> fWriter;  // of a destination
+    std::optional<Status> fFinished;
 };
 
 }  // namespace kelvane

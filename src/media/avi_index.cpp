@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 #include "base/television.h"
 #include "media/avi_codecs.h"
@@ -37,37 +38,10 @@ FrameEntry StandardEntry(const Chunk& index, size_t entry)
 {
     constexpr size_t kSize = kStandardIndexEntry.Size();
     const uint64_t base = Get(&index, kStandardIndex["qwBaseOffset"]);
-    return {base + GetEntry(index, kHeadSize, entry, kSize, kStandardIndexEntry["dwOffset"]),
+    return {SumOfOffsets(base,
+                         GetEntry(index, kHeadSize, entry, kSize, kStandardIndexEntry["dwOffset"])),
             static_cast<uint32_t>(
                 GetEntry(index, kHeadSize, entry, kSize, kStandardIndexEntry["dwSize"]))};
-}
-
-uint64_t CountDropped(const Chunk& index)
-{
-    uint64_t dropped = 0;
-    for (size_t i = CountEntries(index, kStandardIndexEntry.Size()); i-- > 0;)
-        dropped += StandardEntry(index, i).size == kDropped;
-    return dropped;
-}
-
-// The entry after `skipped` others that give a frame.
-bool FindUndropped(const Chunk& index, uint64_t skipped, FrameEntry& found)
-{
-    const size_t count = CountEntries(index, kStandardIndexEntry.Size());
-    for (size_t i = 0; i < count; i++) {
-        found = StandardEntry(index, i);
-        if (found.size == kDropped || skipped-- > 0) continue;
-        found.size &= ~kDropped;
-        return true;
-    }
-    return false;
-}
-
-// 0 to 99 by the first two characters of a chunk's id, or -1.
-int StreamNumber(uint32_t id)
-{
-    const uint32_t tens = (id & 0xFF) - '0', units = (id >> 8 & 0xFF) - '0';
-    return tens < 10 && units < 10 ? static_cast<int>(tens * 10 + units) : -1;
 }
 
 struct OldEntry {
@@ -90,21 +64,28 @@ size_t CountOldEntries(const Chunk* index)
 
 }  // namespace
 
-void AVIIndex::BuildTables(FileHandle file)
+AVIIndex::AVIIndex(AVIStructure& structure, FileHandle file)
+    : fStructure(structure),
+      fSource(file, ByteOrder::kLittle),
+      fEntriesLeft(fSource.FileEnd() / kStandardIndexEntry.Size())
 {
-    ChunkSource source(file, ByteOrder::kLittle);
-    fFileEnd = source.FileEnd();
-    fEntriesLeft = fFileEnd / kStandardIndexEntry.Size();
+}
+
+void AVIIndex::BuildTables()
+{
+    fCoverage.resize(fStructure.streams.size());
     for (AVIStream& stream : fStructure.streams) {
         StartTable(stream);
-        if (stream.super_index && !(fStructure.flags & kAVIListMedia))
-            LoadStandardIndexes(source, stream);
+        if (stream.super_index && !(fStructure.flags & kAVIListMedia)) LoadStandardIndexes(stream);
     }
     for (size_t i = 0; const Chunk* chunk = fStructure.tree.ChunkAt(i); i++)
         if (chunk->data) fByOffset.try_emplace(chunk->offset, chunk);
-    for (AVIStream& stream : fStructure.streams)
-        if (stream.super_index) AddStandardIndexes(stream);
+    for (size_t i = 0; i < fCoverage.size(); i++)
+        if (fStructure.streams[i].super_index)
+            AddStandardIndexes(fStructure.streams[i], fCoverage[i]);
     AddOldIndex();
+    OpenLastGaps();
+    WalkGaps();
 }
 
 // The estimate only says how the table starts; a header that lies costs nothing.
@@ -129,23 +110,43 @@ void AVIIndex::AddFrame(AVIStream& stream, const FrameEntry& entry)
 {
     stream.frames.Add(entry);
     // A frame that is not in the file is not read, so nobody needs room for it.
-    const auto most = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
-    if (entry.size <= most && entry.offset <= fFileEnd && entry.size <= fFileEnd - entry.offset)
+    constexpr auto kMost = static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
+    if (entry.size <= kMost && entry.offset + entry.size <= fSource.FileEnd())
         stream.largest_frame = std::max(stream.largest_frame, static_cast<int32_t>(entry.size));
 }
 
+// An empty entry repeats the frame before it: writers drop frames that way. Those in front of the
+// first frame stand for that one, so that sound and picture stay in step.
+void AVIIndex::AddOrHold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry)
+{
+    const size_t count = stream.frames.Count();
+    if (entry.size == 0 && count == 0) {
+        coverage.waiting++;
+        return;
+    }
+    const FrameEntry frame = entry.size == 0 ? stream.frames[count - 1] : entry;
+    for (; coverage.waiting > 0; coverage.waiting--)
+        AddFrame(stream, frame);
+    AddFrame(stream, frame);
+}
+
+void AVIIndex::Cover(Coverage& coverage, const FrameEntry& named) const
+{
+    coverage.end = std::max(coverage.end, std::min(named.End(), fSource.FileEnd()));
+}
+
 // Enters the standard indexes as chunks. One that two entries name is loaded once.
-void AVIIndex::LoadStandardIndexes(ChunkSource& source, const AVIStream& stream)
+void AVIIndex::LoadStandardIndexes(const AVIStream& stream)
 {
     const Chunk& super = *stream.super_index;
     const size_t count = CountEntries(super, kSuperIndexEntry.Size());
     for (size_t i = 0; i < count && fLoaded < kMostStandardIndexes; i++) {
         uint32_t id = 0, length = 0;
-        source.Seek(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
-        if (fByOffset.contains(source.Position() + 8)) continue;
-        if (!source.Read32(id) || !source.ReadLength(length)) continue;
-        const uint64_t offset = source.Position();
-        ChunkPlan plan{.id = id, .length = length, .data = source.ReadBody(length)};
+        fSource.Seek(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
+        if (fByOffset.contains(SumOfOffsets(fSource.Position(), 8))) continue;
+        if (!fSource.Read32(id) || !IsIndexId(id) || !fSource.ReadLength(length)) continue;
+        const uint64_t offset = fSource.Position();
+        ChunkPlan plan{.id = id, .length = length, .data = fSource.ReadBody(length)};
         if (!plan.data) continue;
         if (IsStandardIndexId(id)) plan.datatype = kDataStandardIndex;
         // The one before shows the place without a search.
@@ -157,27 +158,48 @@ void AVIIndex::LoadStandardIndexes(ChunkSource& source, const AVIStream& stream)
     }
 }
 
-const Chunk* AVIIndex::IndexAt(uint64_t offset) const
+// By its head. Null when there is none, or one of another kind: an index of fields has entries that
+// are not ours.
+const Chunk* AVIIndex::StandardIndexAt(uint64_t offset) const
 {
-    const auto found = fByOffset.find(offset + 8);
-    return found == fByOffset.end() ? nullptr : found->second;
+    const auto found = fByOffset.find(SumOfOffsets(offset, 8));
+    if (found == fByOffset.end()) return nullptr;
+    const Chunk* index = found->second;
+    const bool known = IsIndexId(index->id) && index->data->size() >= kHeadSize &&
+                       Get(index, kStandardIndex["bIndexSubType"]) == 0;
+    return known ? index : nullptr;
 }
 
-void AVIIndex::AddStandardIndexes(AVIStream& stream)
+void AVIIndex::AddStandardIndexes(AVIStream& stream, Coverage& coverage)
 {
     const Chunk& super = *stream.super_index;
     stream.chunk_tag = Get32(&super, kSuperIndex["dwChunkId"]);
     const size_t count = CountEntries(super, kSuperIndexEntry.Size());
     for (size_t i = 0; i < count; i++) {
-        const Chunk* index = IndexAt(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
-        if (!index) continue;
-        const size_t frames = CountEntries(*index, kStandardIndexEntry.Size());
-        for (size_t k = 0; k < frames && fEntriesLeft > 0; k++, fEntriesLeft--) {
-            FrameEntry entry = StandardEntry(*index, k);
-            if (entry.size == kDropped) continue;
-            entry.size &= ~kDropped;
-            AddFrame(stream, entry);
-        }
+        const Chunk* index = StandardIndexAt(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
+        const uint64_t promised = SuperEntry(super, i, kSuperIndexEntry["dwDuration"]);
+        const size_t entries = index ? CountEntries(*index, kStandardIndexEntry.Size()) : 0;
+        if (entries > 0) AddEntries(*index, entries, stream, coverage);
+        // One that claims more than it holds is cut off; one without entries was never filled.
+        const bool whole = index && entries == Get(index, kStandardIndex["nEntriesInUse"]);
+        if (whole && (entries > 0 || promised == 0)) continue;
+        coverage.lost = true;
+        coverage.promised += promised - std::min<uint64_t>(promised, entries);
+    }
+}
+
+void AVIIndex::AddEntries(const Chunk& index, size_t count, AVIStream& stream, Coverage& coverage)
+{
+    if (coverage.lost)
+        coverage.gaps.push_back(
+            {stream.frames.Count(), coverage.end, StandardEntry(index, 0).offset});
+    coverage.lost = false;
+    for (size_t i = 0; i < count && fEntriesLeft > 0; i++, fEntriesLeft--) {
+        FrameEntry entry = StandardEntry(index, i);
+        const bool dropped = entry.size == kDropped;
+        entry.size &= ~kDropped;
+        Cover(coverage, entry);
+        if (!dropped) AddFrame(stream, entry);
     }
 }
 
@@ -201,70 +223,89 @@ void AVIIndex::AddOldIndex()
     const size_t count = CountOldEntries(fStructure.old_index);
     if (count == 0) return;
     const uint64_t correction = OldIndexCorrection();
-    struct {
-        AVIStream* stream = nullptr;
-        FrameEntry last{};
-        uint32_t empty = 0;  // entries before the first frame
-    } numbered[kMostNumberedStreams];
-    for (size_t i = 0; i < std::min(fStructure.streams.size(), std::size(numbered)); i++)
-        if (!fStructure.streams[i].super_index) numbered[i].stream = &fStructure.streams[i];
+    const size_t streams = std::min(fStructure.streams.size(), kMostNumberedStreams);
     for (size_t i = 0; i < count; i++) {
         const OldEntry entry = OldEntryAt(*fStructure.old_index, i);
         const int number = StreamNumber(entry.id);
-        if (number < 0 || !numbered[number].stream) continue;
-        auto& [stream, last, empty] = numbered[number];
-        stream->chunk_tag = entry.id;
-        // An empty entry repeats the frame before it: writers drop frames that way. Those in front
-        // of the first frame stand for that one, so that sound and picture stay in step.
-        if (entry.size != 0) last = {entry.offset + 8 + correction, entry.size};
-        if (last.size == 0) {
-            empty++;
-            continue;
-        }
-        for (; empty > 0; empty--)
-            AddFrame(*stream, last);
-        AddFrame(*stream, last);
+        if (number < 0 || static_cast<size_t>(number) >= streams) continue;
+        AVIStream& stream = fStructure.streams[static_cast<size_t>(number)];
+        if (stream.super_index) continue;
+        Coverage& coverage = fCoverage[static_cast<size_t>(number)];
+        const FrameEntry frame{SumOfOffsets(uint64_t{entry.offset} + 8, correction), entry.size};
+        stream.chunk_tag = entry.id;
+        Cover(coverage, frame);
+        AddOrHold(stream, coverage, frame);
     }
 }
 
-bool AVIIndex::Search(size_t stream, uint32_t frame, FrameEntry& found) const
+// Every stream has a gap behind what its indexes name. One of which they name nothing is looked for
+// from the first chunk on, unless its header says that it is empty.
+void AVIIndex::OpenLastGaps()
 {
-    const AVIStream& searched = fStructure.streams[stream];
-    return searched.super_index ? SearchSuperIndex(searched, frame, found)
-                                : SearchOldIndex(stream, frame, found);
+    uint64_t named = 0;
+    for (const Coverage& coverage : fCoverage)
+        named = std::max(named, coverage.end);
+    for (size_t i = 0; i < fCoverage.size(); i++) {
+        const AVIStream& stream = fStructure.streams[i];
+        Coverage& coverage = fCoverage[i];
+        const bool empty = coverage.end == 0 && !coverage.lost &&
+                           Get32(stream.header, kStreamHeader["dwLength"]) == 0;
+        const uint64_t begin = empty ? named : coverage.end;
+        coverage.gaps.push_back({stream.frames.Count(), begin, kBeyondAnyFile});
+    }
 }
 
-// By the running sum of the durations, which count chunks in a video stream. Dropped entries count
-// here as little as in the tables.
-bool AVIIndex::SearchSuperIndex(const AVIStream& stream, uint32_t frame, FrameEntry& found) const
+void AVIIndex::WalkGaps()
 {
-    const Chunk& super = *stream.super_index;
-    const size_t count = CountEntries(super, kSuperIndexEntry.Size());
-    uint64_t left = frame;
-    uint64_t looked_at = 0;  // as in the tables, no more than the file can hold
-    for (size_t i = 0; i < count && looked_at <= fFileEnd / kStandardIndexEntry.Size(); i++) {
-        const Chunk* index = IndexAt(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
-        if (index) looked_at += CountEntries(*index, kStandardIndexEntry.Size());
-        const uint64_t duration = SuperEntry(super, i, kSuperIndexEntry["dwDuration"]);
-        const uint64_t dropped = index ? CountDropped(*index) : 0;
-        const uint64_t frames = duration - std::min(duration, dropped);
-        if (left < frames) return index && FindUndropped(*index, left, found);
-        left -= frames;
+    const size_t streams = std::min(fStructure.streams.size(), kMostNumberedStreams);
+    uint64_t begin = kBeyondAnyFile;
+    for (size_t i = 0; i < streams; i++)
+        if (fStructure.streams[i].type != 0)
+            begin = std::min(begin, fCoverage[i].gaps.front().begin);
+    AVIWalk walk(fStructure, fSource, NamedBehind(begin));
+    walk.Run(begin);
+    for (size_t i = 0; i < fCoverage.size(); i++) {
+        AVIStream& stream = fStructure.streams[i];
+        const uint64_t found = FillGaps(stream, fCoverage[i], walk.Found(i));
+        fStructure.walked = fStructure.walked || found > 0;
+        if (stream.IsAudio() || stream.type == 0) continue;
+        stream.missing = fCoverage[i].promised - std::min(fCoverage[i].promised, found);
+        // Only the header can tell what is behind a head that cannot be read.
+        if (!walk.IsCutShort()) continue;
+        const uint64_t length = Get32(stream.header, kStreamHeader["dwLength"]);
+        const uint64_t count = stream.frames.Count();
+        const uint64_t behind = length > count ? length - count : length == 0;
+        stream.missing = std::max(stream.missing, behind);
     }
-    return false;
 }
 
-bool AVIIndex::SearchOldIndex(size_t stream, uint32_t frame, FrameEntry& found) const
+// Indexes and frames, as AVIWalk wants them.
+std::vector<FrameEntry> AVIIndex::NamedBehind(uint64_t begin) const
 {
-    const size_t count = CountOldEntries(fStructure.old_index);
-    uint32_t seen = 0;
-    for (size_t i = 0; i < count; i++) {
-        const OldEntry entry = OldEntryAt(*fStructure.old_index, i);
-        if (StreamNumber(entry.id) != static_cast<int>(stream) || seen++ != frame) continue;
-        found = {uint64_t{entry.offset} + 8, entry.size};
-        return true;
+    std::vector<FrameEntry> named;
+    for (const auto& [offset, chunk] : fByOffset)
+        if (offset > begin && IsIndexId(chunk->id)) named.push_back({offset, chunk->length});
+    for (const AVIStream& stream : fStructure.streams)
+        for (const FrameEntry& frame : stream.frames)
+            if (frame.offset > begin) named.push_back(frame);
+    return named;
+}
+
+// How many frames came in between.
+uint64_t AVIIndex::FillGaps(AVIStream& stream, Coverage& coverage,
+                            const std::vector<FrameEntry>& found)
+{
+    if (found.empty()) return 0;
+    const FrameTable indexed = std::exchange(stream.frames, {});
+    size_t at = 0;
+    for (const Gap& gap : coverage.gaps) {
+        for (; at < gap.at; at++)
+            stream.frames.Add(indexed[at]);
+        auto next = std::ranges::lower_bound(found, gap.begin, {}, &FrameEntry::offset);
+        for (; next != found.end() && next->offset < gap.end; ++next)
+            AddOrHold(stream, coverage, *next);
     }
-    return false;
+    return stream.frames.Count() - indexed.Count();
 }
 
 }  // namespace kelvane

@@ -2,42 +2,64 @@
 
 #include <cstdint>
 #include <unordered_map>
+#include <vector>
 
 #include "base/file_handle.h"
 #include "media/avi_structure.h"
+#include "media/avi_walk.h"
 #include "media/chunk_source.h"
 
 namespace kelvane {
 
-// The indexes of a source: makes the frame tables of its streams, from the standard indexes that
-// a super index points to ("indx", OpenDML) or else from "idx1", and finds frames that a table does
-// not reach. Time and memory are in proportion to the indexes that are really in the file.
+// Makes the frame tables of a source's streams: from the standard indexes that a super index points
+// to ("indx", OpenDML) or else from "idx1", and where these tell nothing of a stretch of "movi" by
+// a walk of it. Time and memory are in proportion to the indexes and chunks that are really in the
+// file. Used once.
 class AVIIndex {
 public:
-    explicit AVIIndex(AVIStructure& structure) : fStructure(structure) {}
+    AVIIndex(AVIStructure& structure, FileHandle file);
 
-    // Loads the standard indexes, as chunks under "movi" unless the walk entered them already, and
-    // fills the tables. Sets kAVICanopus in the structure's flags when "idx1" counts from "movi".
-    void BuildTables(FileHandle file);
-    // Looks a frame up in the index chunks themselves. False when it is in none.
-    bool Search(size_t stream, uint32_t frame, FrameEntry& found) const;
+    // Loads the standard indexes, as chunks under "movi" unless the parser entered them already,
+    // and fills the tables. Sets kAVICanopus in the structure's flags when "idx1" counts from
+    // "movi".
+    void BuildTables();
 
 private:
+    // A stretch of the file of which no index tells.
+    struct Gap {
+        size_t at;            // in the frame table, where its frames belong
+        uint64_t begin, end;  // file positions
+    };
+    // What the indexes tell of a stream.
+    struct Coverage {
+        uint64_t end = 0;       // behind the chunk named that lies last in the file; 0 for none
+        bool lost = false;      // a standard index could not be had, and none came since
+        uint64_t promised = 0;  // frames that lost ones were said to name
+        uint32_t waiting = 0;   // empty entries before the first frame
+        std::vector<Gap> gaps;
+    };
+
     void StartTable(AVIStream& stream);
-    void LoadStandardIndexes(ChunkSource& source, const AVIStream& stream);
-    void AddStandardIndexes(AVIStream& stream);
+    void LoadStandardIndexes(const AVIStream& stream);
+    const Chunk* StandardIndexAt(uint64_t offset) const;
+    void AddStandardIndexes(AVIStream& stream, Coverage& coverage);
+    void AddEntries(const Chunk& index, size_t count, AVIStream& stream, Coverage& coverage);
     uint64_t OldIndexCorrection();
     void AddOldIndex();
     void AddFrame(AVIStream& stream, const FrameEntry& entry);
-    const Chunk* IndexAt(uint64_t offset) const;
-    bool SearchSuperIndex(const AVIStream& stream, uint32_t frame, FrameEntry& found) const;
-    bool SearchOldIndex(size_t stream, uint32_t frame, FrameEntry& found) const;
+    void AddOrHold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
+    void Cover(Coverage& coverage, const FrameEntry& named) const;
+    void OpenLastGaps();
+    void WalkGaps();
+    std::vector<FrameEntry> NamedBehind(uint64_t begin) const;
+    uint64_t FillGaps(AVIStream& stream, Coverage& coverage, const std::vector<FrameEntry>& found);
 
     AVIStructure& fStructure;
+    ChunkSource fSource;
     std::unordered_map<uint64_t, const Chunk*> fByOffset;  // chunks with a body; the first of each
+    std::vector<Coverage> fCoverage;                       // by stream
     size_t fLoaded = 0;                                    // standard indexes
     Chunk* fLastLoaded = nullptr;                          // standard index entered last
-    uint64_t fFileEnd = 0;
     uint64_t fEntriesLeft = 0;  // of standard indexes, as many as the file has room for: two super
                                 // index entries can name the same one
 };

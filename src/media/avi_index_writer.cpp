@@ -55,12 +55,13 @@ uint32_t AVIIndexWriter::ChunksPerIndex(const AVIStream& stream) const
     return fLimits.chunks_per_index << doublings;
 }
 
-int AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
+Status AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
 {
     if (!stream.super_index) return kOK;
     if (Has(kAVIMatrox)) {
         const bool due =
-            !fMatroxIndex || EntriesInUse(*fMatroxIndex) > fLimits.matrox_index_entries;
+            !fMatroxIndex || EntriesInUse(*fMatroxIndex) > fLimits.matrox_index_entries ||
+            fAppender.End() + size > Get(fMatroxIndex, kStandardIndex["qwBaseOffset"]) + kReach;
         return due ? StartMatroxIndex(stream) : kOK;
     }
     const auto indexed = static_cast<size_t>(stream.indexed);
@@ -70,7 +71,7 @@ int AVIIndexWriter::BeforeChunk(AVIStream& stream, size_t size)
     return EntriesInUse(*stream.super_index) < RoomInSuperIndex(stream) ? kOK : kError;
 }
 
-int AVIIndexWriter::AfterChunk(AVIStream& stream)
+Status AVIIndexWriter::AfterChunk(AVIStream& stream)
 {
     if (!stream.super_index) return kOK;
     if (Has(kAVIMatrox)) {
@@ -81,17 +82,17 @@ int AVIIndexWriter::AfterChunk(AVIStream& stream)
     return waiting > ChunksPerIndex(stream) ? WriteStandardIndex(stream) : kOK;
 }
 
-int AVIIndexWriter::FinishStreams()
+Status AVIIndexWriter::FinishStreams()
 {
-    int status = kOK;
+    Status status = kOK;
     if (Has(kAVIMatrox)) return status;
     for (AVIStream& stream : fStructure.streams)
-        if (stream.super_index && WriteStandardIndex(stream) != kOK) status = kError;
+        if (stream.super_index) status = FirstFailure(status, WriteStandardIndex(stream));
     return status;
 }
 
 // Of the chunks that are in none yet; an empty index is not written.
-int AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
+Status AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
 {
     const auto first = static_cast<size_t>(stream.indexed);
     const size_t end = stream.frames.Count();
@@ -108,8 +109,9 @@ int AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
     size_t number = 0;
     while (&fStructure.streams[number] != &stream)
         number++;
-    const Chunk* index = fAppender.Put(StandardIndexId(number), body, fAppender.Media());
-    if (!index) return kError;
+    Chunk* index = nullptr;
+    const Status status = fAppender.Put(StandardIndexId(number), body, fAppender.Media(), index);
+    if (status != kOK) return status;
     AddToSuperIndex(stream, *index, DurationOf(stream));
     stream.indexed = static_cast<int32_t>(end);
     return kOK;
@@ -143,12 +145,13 @@ void AVIIndexWriter::AddToSuperIndex(AVIStream& stream, const Chunk& index, uint
 }
 
 // The file gets zeros now and the body at the end.
-int AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
+Status AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
 {
     if (EntriesInUse(*stream.super_index) >= RoomInSuperIndex(stream)) return kError;
     auto body = std::make_unique<Bytes>(kMatroxIndexSize);
-    Chunk* index = fAppender.Put(StandardIndexId(0), *body, fAppender.Media());
-    if (!index) return kError;
+    Chunk* index = nullptr;
+    const Status status = fAppender.Put(StandardIndexId(0), *body, fAppender.Media(), index);
+    if (status != kOK) return status;
     Bytes head;
     ByteWriter writer(head, ByteOrder::kLittle);
     PutStandardHead(writer, 0, stream.chunk_tag, fAppender.End());
@@ -177,16 +180,16 @@ void AVIIndexWriter::AddToMatroxIndex(AVIStream& stream)
     StoreBytes(std::span(*super.data).subspan(last + 12, 4), used + 1, ByteOrder::kLittle);
 }
 
-int AVIIndexWriter::WriteOldIndex()
+Status AVIIndexWriter::WriteOldIndex()
 {
     const Bytes body = MergedOldIndex();
     if (body.empty()) return kOK;
     Chunk* riff = fStructure.segments.empty() ? fStructure.riff : fStructure.segments.back().riff;
-    fStructure.old_index = fAppender.Put(FourCC("idx1"), body, riff);
-    if (!fStructure.old_index) return kError;
+    const Status status = fAppender.Put(FourCC("idx1"), body, riff, fStructure.old_index);
     Chunk& header = *fStructure.main_header;
-    Set(header, kMainHeader["dwFlags"], Get32(&header, kMainHeader["dwFlags"]) | kHasIndex);
-    return kOK;
+    const uint32_t others = Get32(&header, kMainHeader["dwFlags"]) & ~kHasIndex;
+    Set(header, kMainHeader["dwFlags"], others | (status == kOK ? kHasIndex : 0));
+    return status;
 }
 
 Bytes AVIIndexWriter::MergedOldIndex() const

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/status.h"
 #include "media/avi_appender.h"
 #include "media/avi_limits.h"
 #include "media/avi_structure.h"
@@ -18,22 +19,22 @@ public:
     {
     }
 
-    // Around the writing of every chunk of `size` bytes. -1: an index could not be written, or
-    // the super index is full (after days of tape).
-    [[nodiscard]] int BeforeChunk(AVIStream& stream, size_t size);
-    [[nodiscard]] int AfterChunk(AVIStream& stream);
-    // The indexes of the chunks since.
-    [[nodiscard]] int FinishStreams();
+    // Around the writing of every chunk of `size` bytes. kError without a reason: the super index
+    // is full (after days of tape).
+    Status BeforeChunk(AVIStream& stream, size_t size);
+    Status AfterChunk(AVIStream& stream);
+    // The indexes of the chunks since; the first failure.
+    Status FinishStreams();
     // "idx1" of all streams' chunks, in the order of their places; nothing without chunks. What
     // lies beyond its 32 bits is left out.
-    [[nodiscard]] int WriteOldIndex();
+    Status WriteOldIndex();
 
 private:
     bool Has(uint32_t flag) const { return fStructure.flags & flag; }
     uint32_t RoomInSuperIndex(const AVIStream& stream) const;
     uint32_t ChunksPerIndex(const AVIStream& stream) const;
-    int WriteStandardIndex(AVIStream& stream);
-    int StartMatroxIndex(AVIStream& stream);
+    Status WriteStandardIndex(AVIStream& stream);
+    Status StartMatroxIndex(AVIStream& stream);
     void AddToMatroxIndex(AVIStream& stream);
     void AddToSuperIndex(AVIStream& stream, const Chunk& index, uint64_t duration);
     uint64_t DurationOf(const AVIStream& stream) const;

@@ -273,7 +273,7 @@ void AVILayout::SetAudioFormat(AVIStream& stream, int32_t rate, int32_t channels
         2 * Get(&format, kWaveFormat["nChannels"]) * Get(&format, kWaveFormat["nSamplesPerSec"]));
 }
 
-int AVILayout::SetVideoFormat(AVIStream& stream, std::span<const uint8_t> block, bool fixed)
+Status AVILayout::SetVideoFormat(AVIStream& stream, std::span<const uint8_t> block, bool fixed)
 {
     const uint64_t length = GetField(block, kBitmapInfo["dwSize"], ByteOrder::kLittle);
     if (length < kBitmapInfo.Size() || length > block.size()) return kError;

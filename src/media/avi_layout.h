@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/bitmap_header.h"
+#include "base/status.h"
 #include "base/television.h"
 #include "media/avi_structure.h"
 
@@ -32,7 +33,7 @@ public:
     void SetAudioFormat(AVIStream& stream, int32_t rate, int32_t channels, int32_t bits);
     // `block` is a bitmap header that begins with its length, and must be in memory whole. -1 when
     // it is not, or when `fixed` forbids that the length changes.
-    [[nodiscard]] int SetVideoFormat(AVIStream& stream, std::span<const uint8_t> block, bool fixed);
+    Status SetVideoFormat(AVIStream& stream, std::span<const uint8_t> block, bool fixed);
 
     // Settles where "movi" begins, at 32768 when the headers leave room. Returns the position of
     // its head.

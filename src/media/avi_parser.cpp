@@ -29,15 +29,16 @@ AVIParser::AVIParser(FileHandle file, bool describe, AVIStructure& found)
 {
 }
 
-int AVIParser::Run()
+Status AVIParser::Run()
 {
     ParseList(fFound.tree.Root(), false);
+    if (fSource.Failure() != kOK && !fFound.riff) return fSource.Failure();
     if (fStatus == kOK && !fFound.riff) fStatus = kNotThisClass;
     if (fStatus == kOK && HeaderSeen()) CaptureFirstFrame();
     return fStatus;
 }
 
-void AVIParser::Stop(int status)
+void AVIParser::Stop(Status status)
 {
     fStopped = true;
     fStatus = status;
@@ -56,6 +57,7 @@ void AVIParser::ParseList(Chunk* parent, bool load)
     if (fStopped) return;
     NoteList(list);
     if (!fFound.riff) return Stop(kNotThisClass);
+    if (name == FourCC("movi")) fFound.media_lists.push_back({start + 4, end});
     if (name == FourCC("movi") && !(fFound.flags & kAVIListMedia)) {
         list->opaque = true;
         list->length = length;

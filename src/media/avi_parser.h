@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "base/status.h"
 #include "media/avi_structure.h"
 #include "media/chunk_source.h"
 
@@ -15,8 +16,9 @@ public:
     // `describe`: leave "movi" alone but for the first frame, and stop there.
     AVIParser(FileHandle file, bool describe, AVIStructure& found);
 
-    // kOK, kNotThisClass or kCorrupted (a list of size 0).
-    int Run();
+    // kOK, kNotThisClass, kCorrupted (a list of size 0), or kError with the system's reason where
+    // not even the first list can be read.
+    Status Run();
 
 private:
     void ParseList(Chunk* parent, bool load);
@@ -31,7 +33,7 @@ private:
     void NoteChunk(Chunk* chunk);
     void UseBody(Chunk* chunk);
     int32_t DataType(uint32_t id) const;
-    void Stop(int status = 0);
+    void Stop(Status status = kOK);
     bool HeaderSeen() const { return fDescribe && fFound.header_list; }
 
     AVIStructure& fFound;
@@ -39,7 +41,7 @@ private:
     bool fDescribe;
     uint32_t fStreamType = 0;  // of the "strh" read last
     bool fStopped = false;
-    int fStatus = 0;
+    Status fStatus = kOK;
 };
 
 // True for the ids of standard indexes, "ix00" to "ix07" and "00ix" to "07ix".

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "base/file_handle.h"
+#include "base/status.h"
+#include "media/avi_structure.h"
 
 namespace kelvane {
 
@@ -22,27 +24,36 @@ struct Reference {
     std::string path;
 };
 
+// True for a whole one, which names a file.
 bool IsReference(std::span<const uint8_t> chunk);
-// The path ends at its stored length, at a zero or with the chunk, whichever comes first.
+// The path ends at its stored length or at a zero. It is empty when the chunk ends before.
 Reference ParseReference(std::span<const uint8_t> chunk);
 std::vector<uint8_t> BuildReference(const Reference& reference);
+
+// Reads a frame, or as much of it as the buffer has room for: kTooLarge then. kMissing when it
+// lies, also in part, beyond the end that the file has now, kUnread with the reason when the system
+// failed; `size` is 0 with these.
+Status ReadEntry(FileHandle file, const FrameEntry& entry, std::span<uint8_t> buffer,
+                 uint32_t& size);
 
 // The files that reference chunks of one source name. They stay open, so that many frames share
 // one handle.
 class ReferencedFiles {
 public:
-    // Reads `bytes` bytes of the frame at the reference. False when the file or the frame is not
-    // there.
-    bool Read(const Reference& reference, void* buffer, uint32_t bytes);
+    // As ReadEntry, of a frame of `bytes` bytes. kReferenceMissing with the reason when its file
+    // cannot be opened.
+    Status Read(const Reference& reference, uint32_t bytes, std::span<uint8_t> buffer,
+                uint32_t& size);
 
 private:
     // A file of 4 GB each: no real film comes near.
     static constexpr size_t kMostOpen = 64;
     struct OpenFile {
         std::string path;
-        FileHolder file;  // empty when it could not be opened; that shows at the read
+        FileHolder file;
+        Status opened;  // shows at the read
     };
-    FileHandle HandleOf(const std::string& path);
+    const OpenFile& FileOf(const std::string& path);
 
     std::vector<OpenFile> fFiles;
     size_t fOldest = 0;  // to be replaced next when all places are taken
@@ -53,17 +64,21 @@ private:
 class ReferenceOutput {
 public:
     ReferenceOutput(const std::string& destination, uint64_t limit);
-    // Appends a chunk and gives the reference to it. -1 on failure.
-    [[nodiscard]] int Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference);
+    // Appends a chunk and gives the reference to it.
+    Status Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference);
+    // Closes the last file.
+    Status Finish() { return Close(); }
 
 private:
-    bool OpenNext();
+    Status Open();
+    Status Close();
 
     std::string fPath;
     uint64_t fLimit;  // bytes
     FileHolder fFile;
     uint64_t fEnd = 0;
-    int fNumber = -1;
+    bool fTail = false;  // there may be a piece of a chunk behind the end
+    int fNumber = 0;
 };
 
 }  // namespace kelvane

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <vector>
 
 #include "base/four_cc.h"
@@ -26,9 +27,20 @@ enum AVIFlag : uint32_t {
 // Added to the mode of a source: the chunks inside "movi" are entered in the tree as well.
 inline constexpr uint32_t kAVIListMedia = 0x4000;
 
+// Where a sum of a file's numbers lies that is no file position: no frame can be read there.
+inline constexpr uint64_t kBeyondAnyFile = std::numeric_limits<int64_t>::max();
+
+constexpr uint64_t SumOfOffsets(uint64_t a, uint64_t b)
+{
+    return a > kBeyondAnyFile || b > kBeyondAnyFile - a ? kBeyondAnyFile : a + b;
+}
+
 struct FrameEntry {
     uint64_t offset;  // of the data
     uint32_t size;
+
+    // Behind the data and its padding; at most a little beyond kBeyondAnyFile.
+    uint64_t End() const { return offset + size + (size & 1); }
 };
 
 // Where the frames of a stream are.
@@ -44,6 +56,8 @@ public:
     }
     size_t Count() const { return fEntries.size(); }
     const FrameEntry& operator[](size_t index) const { return fEntries[index]; }
+    auto begin() const { return fEntries.begin(); }
+    auto end() const { return fEntries.end(); }
 
 private:
     std::vector<FrameEntry> fEntries;
@@ -61,9 +75,10 @@ struct AVIStream {
     uint64_t bytes = 0;  // written
     uint64_t bytes_in_first_riff = 0;
     int32_t indexed = 0;        // chunks that stand in a standard index
-    int32_t position = 0;       // next frame to read
+    int64_t position = 0;       // next frame to read
     int32_t largest_frame = 0;  // bytes: what a buffer for ReadFrame must hold
     FrameTable frames;
+    uint64_t missing = 0;    // frames that the file promises behind those of the table
     uint32_t chunk_tag = 0;  // FourCC("00db") and the like
 
     bool IsVideo() const { return type == FourCC("vids"); }
@@ -77,6 +92,11 @@ struct AVIStream {
         return scale == 0 ? 0 : Get32(header, kStreamHeader["dwRate"]) / scale;
     }
     bool IsPAL() const { return WholeRate() == 25; }
+};
+
+// Where the chunks of a "movi" list are.
+struct MediaList {
+    uint64_t begin, end;  // of the first one's head; the end may lie beyond that of the file
 };
 
 // A RIFF "AVIX" behind the first RIFF.
@@ -102,7 +122,9 @@ struct AVIStructure {
     Chunk* junk = nullptr;             // the first one
     std::deque<AVIStream> streams;
     std::vector<AVISegment> segments;
-    Bytes first_frame;  // captured when a file is only described
+    std::vector<MediaList> media_lists;  // of a source: every "movi", in file order
+    bool walked = false;                 // some frames are in no index and were found by a walk
+    Bytes first_frame;                   // captured when a file is only described
 };
 
 }  // namespace kelvane

@@ -33,7 +33,7 @@ AVIStream* AVIWriter::StreamAt(int32_t index)
                : nullptr;
 }
 
-int AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
+Status AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
 {
     static constexpr uint32_t kRates[] = {48000, 44100, 32000};
     if (audio_rate_code < 0 || audio_rate_code > 2 || BeginAVI(flags) != kOK) return kError;
@@ -47,7 +47,7 @@ int AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_c
     return kOK;
 }
 
-int AVIWriter::BeginAVI(uint32_t flags)
+Status AVIWriter::BeginAVI(uint32_t flags)
 {
     if (fStructure.riff || fFinished) return kError;
     fLayout.Begin(flags);
@@ -60,7 +60,7 @@ bool AVIWriter::CanAddStream() const
     return fStructure.riff && !fReserved && !fFinished;
 }
 
-int AVIWriter::AddVideoStream(const MediaFormat& format)
+Status AVIWriter::AddVideoStream(const MediaFormat& format)
 {
     if (!CanAddStream()) return kError;
     if (Has(kAVIReference)) return kFormatNotSupported;
@@ -70,7 +70,7 @@ int AVIWriter::AddVideoStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
+Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
 {
     if (!CanAddStream() || format.kind != kEncodedVideo) return kError;
     const EncodedVideoFormat& view = format.encoded_video;
@@ -87,7 +87,7 @@ int AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::AddAudioStream(const MediaFormat& format)
+Status AVIWriter::AddAudioStream(const MediaFormat& format)
 {
     if (!CanAddStream()) return kError;
     uint16_t tag = 1;
@@ -103,7 +103,7 @@ int AVIWriter::AddAudioStream(const MediaFormat& format)
     return kOK;
 }
 
-int AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int32_t bits)
+Status AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int32_t bits)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || !stream->IsAudio() || fFinished) return kError;
@@ -111,65 +111,87 @@ int AVIWriter::SetAudioFormat(int32_t index, int32_t rate, int32_t channels, int
     return kOK;
 }
 
-int AVIWriter::SetVideoFormat(int32_t index, std::span<const uint8_t> block)
+Status AVIWriter::SetVideoFormat(int32_t index, std::span<const uint8_t> block)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || !stream->IsVideo() || fFinished) return kError;
     return fLayout.SetVideoFormat(*stream, block, fReserved);
 }
 
-int AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
+Status AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
 {
     AVIStream* stream = StreamAt(index);
     if (!stream || data.empty() || fFinished || IsFull(data.size())) return kError;
-    if (!fReserved && ReserveHeaders() != kOK) return kError;
+    if (!fReserved) {
+        const Status reserved = ReserveHeaders();
+        if (reserved != kOK) return reserved;
+    }
     const size_t frame_size = data.size();
     Bytes reference;
     if (fReferences && !stream->IsAudio()) {
-        if (WriteReference(*stream, data, reference) != kOK) return kError;
+        const Status written = WriteReference(*stream, data, reference);
+        if (written != kOK) return written;
         data = reference;
     }
-    if (fIndexes.BeforeChunk(*stream, data.size()) != kOK) return kError;
-    if (SegmentIsFull() && fAppender.PutSegment() != kOK) return kError;
-    const Chunk* chunk =
-        fAppender.Put(stream->chunk_tag, data, fAppender.Media(), PaddingBehind(data.size()));
-    if (!chunk) return kError;
+    Chunk* chunk = nullptr;
+    const Status status = PutFrame(*stream, data, chunk);
+    if (status != kOK) return status;
     Count(*stream, {chunk->offset, static_cast<uint32_t>(data.size())}, frame_size);
     return fIndexes.AfterChunk(*stream);
 }
 
-int AVIWriter::ReserveHeaders()
+Status AVIWriter::PutFrame(AVIStream& stream, std::span<const uint8_t> data, Chunk*& chunk)
+{
+    Status status = fIndexes.BeforeChunk(stream, data.size());
+    if (status == kOK && SegmentIsFull(data.size())) status = fAppender.PutSegment();
+    if (status != kOK) return status;
+    return fAppender.Put(stream.chunk_tag, data, fAppender.Media(), chunk,
+                         PaddingBehind(data.size()));
+}
+
+Status AVIWriter::ReserveHeaders()
 {
     const uint32_t bytes = fLayout.Settle() + kListHeadSize;
-    if (fAppender.Reserve(bytes) != kOK) return kError;
+    const Status status = fAppender.Reserve(bytes);
+    if (status != kOK) return status;
     fTotal = bytes;
     fReserved = true;
     return kOK;
 }
 
-// A file of one RIFF has its limit, and besides its size field has 32 bits.
-bool AVIWriter::IsFull(size_t size) const
+// What stands in the current RIFF, with a chunk more and the "idx1" that may come, reaches beyond
+// the 32 bits of its size field.
+bool AVIWriter::RiffOverflows(size_t size) const
 {
-    if (Has(kAVISegments)) return false;
     uint64_t chunks = 1;
     for (const AVIStream& stream : fStructure.streams)
         chunks += stream.frames.Count();
-    const uint64_t end = fAppender.End() + size + chunks * kOldIndexEntry.Size() + kRiffMargin;
-    return fTotal > fLimits.only_riff || end > std::numeric_limits<uint32_t>::max();
+    const uint64_t bytes = fAppender.End() - fAppender.RiffStart() + size;
+    return bytes + chunks * kOldIndexEntry.Size() + kRiffMargin >
+           std::numeric_limits<uint32_t>::max();
 }
 
-bool AVIWriter::SegmentIsFull() const
+// A file of one RIFF has its limit, and none takes a chunk that no RIFF could hold.
+bool AVIWriter::IsFull(size_t size) const
+{
+    if (size > std::numeric_limits<int32_t>::max()) return true;
+    return !Has(kAVISegments) && (fTotal > fLimits.only_riff || RiffOverflows(size));
+}
+
+bool AVIWriter::SegmentIsFull(size_t size) const
 {
     if (!Has(kAVISegments)) return false;
-    return fStructure.segments.empty() ? fTotal > fLimits.first_riff
-                                       : fStructure.segments.back().bytes > fLimits.later_riff;
+    return RiffOverflows(size) ||
+           (fStructure.segments.empty() ? fTotal > fLimits.first_riff
+                                        : fStructure.segments.back().bytes > fLimits.later_riff);
 }
 
-int AVIWriter::WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
-                              Bytes& reference)
+Status AVIWriter::WriteReference(const AVIStream& stream, std::span<const uint8_t> frame,
+                                 Bytes& reference)
 {
     Reference made;
-    if (fReferences->Write(stream.chunk_tag, frame, made) != kOK) return kError;
+    const Status status = fReferences->Write(stream.chunk_tag, frame, made);
+    if (status != kOK) return status;
     made.frame = static_cast<uint32_t>(stream.chunks);
     reference = BuildReference(made);
     return kOK;
@@ -199,24 +221,25 @@ void AVIWriter::Count(AVIStream& stream, const FrameEntry& chunk, size_t frame_s
     stream.frames.Add(chunk);
 }
 
-int AVIWriter::Finish()
+Status AVIWriter::Finish()
 {
     if (!fFinished) fFinished = fStructure.riff ? WriteEnd() : kOK;
     return *fFinished;
 }
 
 // Goes on after a failure, so that as much as possible of what was written can be read.
-int AVIWriter::WriteEnd()
+Status AVIWriter::WriteEnd()
 {
-    int status = fAppender.CutTail();
-    if (fIndexes.FinishStreams() != kOK) status = kError;
+    Status status = fAppender.CutTail();
+    status = FirstFailure(status, fIndexes.FinishStreams());
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.
     const bool old_index = Has(kAVIOldIndex) && (!Has(kAVISegments) || Has(kAVIMatrox));
-    if (old_index && fIndexes.WriteOldIndex() != kOK) status = kError;
-    if (fAppender.CutTail() != kOK) status = kError;
+    if (old_index) status = FirstFailure(status, fIndexes.WriteOldIndex());
+    status = FirstFailure(status, fAppender.CutTail());
     fStructure.tree.Layout();
-    return fStructure.tree.Flush(fFile) == kOK ? status : kError;
+    status = FirstFailure(status, fStructure.tree.Flush(fFile));
+    return fReferences ? FirstFailure(status, fReferences->Finish()) : status;
 }
 
 }  // namespace kelvane

@@ -6,6 +6,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/file_handle.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -19,6 +20,9 @@ public:
     uint64_t Position() const { return fPosition; }
     // Anywhere, beyond the end too, where nothing can be read.
     void Seek(uint64_t position) { fPosition = position; }
+    // kError with the reason when the system could not read what was asked for last; kOK where the
+    // file just ended.
+    Status Failure() const { return fFailure; }
     // Bytes of the file as it was found.
     uint64_t FileEnd() const { return fFileEnd; }
 
@@ -32,6 +36,8 @@ public:
     std::unique_ptr<Bytes> ReadBody(uint32_t length);
 
 private:
+    bool FillWindow();
+
     static constexpr uint64_t kMostBodies = 512 << 20;  // bytes; an index of a month of tape
 
     FileHandle fFile;
@@ -39,6 +45,7 @@ private:
     uint64_t fFileEnd;
     uint64_t fPosition = 0;
     uint64_t fBodiesLeft;  // bytes
+    Status fFailure = kOK;
     uint64_t fWindowStart = 0;
     uint32_t fWindowSize = 0;
     std::array<uint8_t, 2048> fWindow;

@@ -146,16 +146,16 @@ uint64_t ChunkTree::LayoutChildren(Chunk& parent, uint64_t start, size_t& at)
     return position - start;
 }
 
-int ChunkTree::Flush(FileHandle file)
+Status ChunkTree::Flush(FileHandle file)
 {
-    bool whole = true;
+    Status status = kOK;
     for (Chunk* chunk : fList)
         if (chunk != Root() && (chunk->dirty_header || chunk->dirty_data))
-            whole = FlushChunk(file, *chunk) && whole;
-    return whole ? kOK : kError;
+            status = FirstFailure(status, FlushChunk(file, *chunk));
+    return status;
 }
 
-bool ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
+Status ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
 {
     Bytes head;
     ByteWriter writer(head, fOrder);
@@ -169,8 +169,8 @@ bool ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
                     static_cast<uint32_t>(std::min<size_t>(chunk.length, chunk.data->size()))};
         chunk.dirty_data = false;
     }
-    return FileWriteAt(file, chunk.offset - kHeadSize, parts) ==
-           int64_t{parts[0].bytes} + parts[1].bytes;
+    const int64_t bytes = int64_t{parts[0].bytes} + parts[1].bytes;
+    return FileWriteAt(file, chunk.offset - kHeadSize, parts) == bytes ? kOK : Status::System();
 }
 
 }  // namespace kelvane

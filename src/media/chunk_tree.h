@@ -8,6 +8,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/file_handle.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -83,8 +84,8 @@ public:
     // headers that change. No padding is added: lengths in the tree are even.
     void Layout();
     // Writes the dirty headers and bodies to their offsets. Goes on after a failed write, so that
-    // as much of the file as possible is right; -1 when one failed.
-    [[nodiscard]] int Flush(FileHandle file);
+    // as much of the file as possible is right; the first failure.
+    Status Flush(FileHandle file);
 
     Chunk* Root() const { return fList.front(); }
     // Null past the end.
@@ -100,7 +101,7 @@ private:
     size_t PlaceUnder(const Chunk* parent, const Chunk* anchor) const;
     bool EndsInside(const Chunk* parent) const;
     uint64_t LayoutChildren(Chunk& parent, uint64_t start, size_t& at);
-    bool FlushChunk(FileHandle file, Chunk& chunk) const;
+    Status FlushChunk(FileHandle file, Chunk& chunk) const;
     uint32_t Code(const char (&text)[5]) const;
 
     ByteOrder fOrder;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 namespace kelvane {
 
@@ -17,20 +18,24 @@ namespace {
 // A file system without locks is used without; only somebody else's lock refuses.
 bool LockedByOther(FileHandle handle, int kind)
 {
-    return flock(handle, kind | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (flock(handle, kind | LOCK_NB) == 0 || errno != EWOULDBLOCK) return false;
+    errno = EBUSY;
+    return true;
 }
 
-bool IsRegular(FileHandle handle)
+// What a write answers that the system broke off. One that wrote nothing and said nothing had no
+// room.
+int64_t Stopped(ssize_t put, int64_t done)
 {
-    struct stat status;
-    return fstat(handle, &status) == 0 && S_ISREG(status.st_mode);
+    if (put == 0) errno = ENOSPC;
+    return done ? done : -1;
 }
 
 FileHandle OpenForReading(const char* path)
 {
     // Not blocking: a FIFO without a writer must not stop a batch.
     FileHolder file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.IsOpen() || !IsRegular(file.Handle()) || LockedByOther(file.Handle(), LOCK_SH))
+    if (!file.IsOpen() || !IsRegularFile(file.Handle()) || LockedByOther(file.Handle(), LOCK_SH))
         return kNoFile;
     return file.Release();
 }
@@ -39,7 +44,7 @@ FileHandle OpenForCreating(const char* path, uint32_t permissions)
 {
     FileHolder file(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, permissions));
     if (!file.IsOpen() || LockedByOther(file.Handle(), LOCK_EX)) return kNoFile;
-    if (IsRegular(file.Handle()) && ftruncate(file.Handle(), 0) != 0) return kNoFile;
+    if (IsRegularFile(file.Handle()) && ftruncate(file.Handle(), 0) != 0) return kNoFile;
     return file.Release();
 }
 
@@ -79,7 +84,7 @@ int64_t FileRead(FileHandle handle, void* buffer, uint32_t bytes)
     while (done < bytes) {
         const ssize_t got = read(handle, static_cast<uint8_t*>(buffer) + done, Left(bytes, done));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return done ? done : -1;
+        if (got < 0) return -1;
         if (got == 0) break;
         done += got;
     }
@@ -93,7 +98,7 @@ int64_t FileWrite(FileHandle handle, const void* buffer, uint32_t bytes)
         const ssize_t put =
             write(handle, static_cast<const uint8_t*>(buffer) + done, Left(bytes, done));
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return done ? done : -1;
+        if (put <= 0) return Stopped(put, done);
         done += put;
     }
     return done;
@@ -101,16 +106,31 @@ int64_t FileWrite(FileHandle handle, const void* buffer, uint32_t bytes)
 
 int64_t FileReadAt(FileHandle handle, uint64_t offset, void* buffer, uint32_t bytes)
 {
+    constexpr uint64_t kFarthest = std::numeric_limits<off_t>::max();
+    if (offset > kFarthest - bytes) return 0;
     int64_t done = 0;
     while (done < bytes) {
         const ssize_t got = pread(handle, static_cast<uint8_t*>(buffer) + done, Left(bytes, done),
                                   static_cast<off_t>(offset) + done);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return done ? done : -1;
+        if (got < 0) return -1;
         if (got == 0) break;
         done += got;
     }
     return done;
+}
+
+Status FileReadWhole(FileHandle handle, uint64_t offset, std::span<uint8_t> into)
+{
+    constexpr size_t kMostAtOnce = 1u << 30;
+    for (size_t done = 0; done < into.size();) {
+        const auto part = static_cast<uint32_t>(std::min(into.size() - done, kMostAtOnce));
+        const int64_t got = FileReadAt(handle, offset + done, into.data() + done, part);
+        if (got < 0) return Status::System(kUnread);
+        if (got < part) return kMissing;
+        done += part;
+    }
+    return kOK;
 }
 
 int64_t FileWriteAt(FileHandle handle, uint64_t offset, std::span<const FilePart> parts)
@@ -126,7 +146,7 @@ int64_t FileWriteAt(FileHandle handle, uint64_t offset, std::span<const FilePart
     while (left > 0) {
         const ssize_t put = pwritev(handle, next, left, static_cast<off_t>(offset) + done);
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) return done ? done : -1;
+        if (put <= 0) return Stopped(put, done);
         done += put;
         const int used = DropWritten(next, left, static_cast<size_t>(put));
         next += used;
@@ -140,9 +160,10 @@ bool FileTruncate(FileHandle handle, uint64_t bytes)
     return ftruncate(handle, static_cast<off_t>(bytes)) == 0;
 }
 
-void FileClose(FileHandle handle)
+Status FileClose(FileHandle handle)
 {
     FileHolder closer(handle);
+    return closer.Close();
 }
 
 int64_t FileReadHead(const char* path, void* buffer, uint32_t bytes)
@@ -155,6 +176,15 @@ uint64_t FileSize(FileHandle handle)
 {
     struct stat status;
     return fstat(handle, &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+}
+
+bool IsRegularFile(FileHandle handle)
+{
+    struct stat status;
+    if (fstat(handle, &status) != 0) return false;
+    if (S_ISREG(status.st_mode)) return true;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return false;
 }
 
 void SwapWords(const void* source, void* destination, size_t count)

@@ -15,7 +15,7 @@ namespace {
 constexpr uint64_t kSlack = 16;            // beyond the claimed size
 constexpr uint64_t kMostExpansion = 1032;  // of deflate, for long runs of one byte
 
-int Inflate(std::span<const uint8_t> packed, Bytes& expanded)
+Status Inflate(std::span<const uint8_t> packed, Bytes& expanded)
 {
     z_stream stream = {};
     if (inflateInit(&stream) != Z_OK) return kError;
@@ -33,7 +33,7 @@ int Inflate(std::span<const uint8_t> packed, Bytes& expanded)
 
 }  // namespace
 
-int ExpandCompressedHeader(std::span<const uint8_t> cmov, Bytes& expanded)
+Status ExpandCompressedHeader(std::span<const uint8_t> cmov, Bytes& expanded)
 {
     AtomWalker walker(cmov);
     Atom compressor, data;
@@ -46,7 +46,7 @@ int ExpandCompressedHeader(std::span<const uint8_t> cmov, Bytes& expanded)
     if (in.Failed() || packed.empty()) return kCorrupted;
     const uint64_t most = packed.size() * kMostExpansion + kSlack;
     expanded.resize(static_cast<size_t>(std::min({claimed, most, kMaxExpandedHeader})));
-    const int status = Inflate(packed, expanded);
+    const Status status = Inflate(packed, expanded);
     if (status != kOK) expanded.clear();
     return status;
 }

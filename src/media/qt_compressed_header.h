@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -16,6 +17,6 @@ inline constexpr uint64_t kMaxExpandedHeader = 64u << 20;
 // "cmvd" with the expanded size and zlib data (RFC 1950). Data that end early give what they hold.
 // The size is a claim: no more is allocated than the data can unpack to, and no more than
 // kMaxExpandedHeader. kCorrupted when there is nothing to be had.
-[[nodiscard]] int ExpandCompressedHeader(std::span<const uint8_t> cmov, Bytes& expanded);
+Status ExpandCompressedHeader(std::span<const uint8_t> cmov, Bytes& expanded);
 
 }  // namespace kelvane

@@ -51,14 +51,15 @@ Bytes HeaderOf(const RawAudioFormat& format)
 WAVFile::WAVFile(const char* path, uint32_t mode) : fSamples(path, mode)
 {
     if (!fSamples.IsOpen())
-        fInitCheck = kError;
+        fInitCheck = fSamples.InitCheck();
     else if (mode != kCreate)
         Parse();
 }
 
 WAVFile::~WAVFile()
 {
-    if (fSamples.Mode() == kCreate && fData) Finish();
+    // Who wants to know finishes before.
+    static_cast<void>(Finish());
 }
 
 void WAVFile::Parse()
@@ -69,14 +70,14 @@ void WAVFile::Parse()
     }
     fFormat = LastChunk(fTree, FourCC("fmt "));
     fData = LastChunk(fTree, FourCC("data"));
-    if (fData) fSamples.SetStart(fData->offset);
+    if (fData) fSamples.SetStart(fData->offset, SampleBytes(*fData, 0));
     if (!fFormat) return;
     fRecord = RecordOf(*fFormat);
     if (fRecord.format != kSamplePCM && fRecord.format != kSampleFloat)
         fInitCheck = kAudioNotSupported;
 }
 
-int WAVFile::SetFormat(const RawAudioFormat& format)
+Status WAVFile::SetFormat(const RawAudioFormat& format)
 {
     if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
     fRecord = format;
@@ -97,36 +98,47 @@ int WAVFile::SetFormat(const RawAudioFormat& format)
     return kOK;
 }
 
-void WAVFile::Finish()
+Status WAVFile::Finish()
+{
+    if (fSamples.Mode() != kCreate) return kError;
+    return fSamples.Finish(fSamples.IsOpen() && fData ? WriteHeaders() : Status(kOK));
+}
+
+Status WAVFile::WriteHeaders()
 {
     fData->length = static_cast<uint32_t>(fSamples.BytesWritten());
     fData->dirty_header = true;
     fTree.Layout();
     fFormat->dirty_data = true;
-    // A destructor has nobody to tell.
-    static_cast<void>(fTree.Flush(fSamples.Handle()));
+    return fTree.Flush(fSamples.Handle());
 }
 
 int64_t WAVFile::CountFrames() const
 {
     if (!fFormat || !fData) return 0;
-    return fSamples.CountFrames(SampleBytes(*fData, 0), SampleFrameSize(fRecord));
+    return fSamples.CountFrames(SampleFrameSize(fRecord));
 }
 
-int WAVFile::SetPosition(int64_t frame)
+int64_t WAVFile::PromisedFrames() const
+{
+    if (!fFormat || !fData) return 0;
+    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
+}
+
+Status WAVFile::SetPosition(int64_t frame)
 {
     fSamples.SetPosition(frame);
     return kOK;
 }
 
-int WAVFile::Read(void* buffer, int32_t& count)
+Status WAVFile::Read(void* buffer, int32_t& count)
 {
     if (fFormat && fData) return fSamples.Read(buffer, count, SampleFrameSize(fRecord));
     count = 0;
     return kError;
 }
 
-int WAVFile::Write(const void* buffer, int32_t count)
+Status WAVFile::Write(const void* buffer, int32_t count)
 {
     if (!fData) return kError;
     return fSamples.Write(buffer, count, SampleFrameSize(fRecord));

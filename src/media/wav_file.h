@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/status.h"
 #include "codecs/media_format.h"
 #include "media/chunk_tree.h"
 #include "media/sample_file.h"
@@ -11,7 +12,7 @@ namespace kelvane {
 
 // A RIFF WAVE file of PCM or float samples, little-endian in the file as in memory. Broadcast WAVE
 // (EBU Tech 3285) reads like any other. For one thread at a time; the destructor finishes a file
-// that was created.
+// that was created and cannot tell.
 class WAVFile {
 public:
     // `mode` is a FileMode. A source is parsed at once.
@@ -21,32 +22,37 @@ public:
     WAVFile& operator=(const WAVFile&) = delete;
 
     // 0; -1 the file cannot be opened; -2 not a WAVE file; -3 neither PCM nor float.
-    int InitCheck() const { return fInitCheck; }
+    Status InitCheck() const { return fInitCheck; }
     // Of the "fmt " chunk, refused encodings too; null without one, and then reads fail.
     const RawAudioFormat* Format() const { return fFormat ? &fRecord : nullptr; }
     // Lays down the headers of a destination. A second call changes the frame size of what follows
     // and writes the bare record over the "fmt " chunk, without turning it into one: deliberate.
-    [[nodiscard]] int SetFormat(const RawAudioFormat& format);
+    Status SetFormat(const RawAudioFormat& format);
 
     // Whole sample frames of the "data" chunk that the file really has.
     int64_t CountFrames() const;
+    // Those that the "data" chunk promises.
+    int64_t PromisedFrames() const;
     // Makes `frame` the next one to read. Not checked, always 0.
-    int SetPosition(int64_t frame);
+    Status SetPosition(int64_t frame);
     // As SampleFile::Read. Not limited to the "data" chunk: whoever asks for more than
     // CountFrames() gets what stands behind it.
-    [[nodiscard]] int Read(void* buffer, int32_t& count);
+    Status Read(void* buffer, int32_t& count);
     // As SampleFile::Write.
-    [[nodiscard]] int Write(const void* buffer, int32_t count);
+    Status Write(const void* buffer, int32_t count);
+    // Ends a file that was created: its headers are written and it is closed. Further calls answer
+    // the same.
+    Status Finish();
 
     const ChunkTree& Tree() const { return fTree; }
 
 private:
     void Parse();
-    void Finish();
+    Status WriteHeaders();
 
     SampleFile fSamples;
     ChunkTree fTree{ByteOrder::kLittle};
-    int fInitCheck = 0;
+    Status fInitCheck = kOK;
     RawAudioFormat fRecord{};
     Chunk* fFormat = nullptr;  // "fmt "
     Chunk* fData = nullptr;

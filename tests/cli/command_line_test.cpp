@@ -145,32 +145,67 @@ TEST_F(CommandLine, PrintsProgressAsJSON)
     EXPECT_THAT(fPrinted, HasSubstr("\"message\":\"No such file or directory\""));
 }
 
-// A clip that is long because it is sparse: Ctrl-C arrives while it is being copied.
-TEST_F(CommandLine, FinishesTheFileCleanlyOnCtrlC)
+TEST_F(CommandLine, TellsWhatIsMissing)
+{
+    // The last frame is cut in two.
+    ASSERT_EQ(0, truncate(fClip.c_str(), 25 * 144000 - 1));
+    EXPECT_EQ(1, Run("--progress json " + fClip + " -o " + fFolder.Path("copy.dv")));
+    EXPECT_EQ(24u * 144000, SizeOf("copy.dv"));
+    EXPECT_THAT(fPrinted, HasSubstr("\"message\":\"Error reading source file (video) ! 1 of 25 "
+                                    "frames is missing, the first is number 24.\",\"frames\":24"));
+    EXPECT_THAT(fPrinted, HasSubstr("\"losses\":{\"frames_missing\":1,\"first_frame\":24}"));
+    EXPECT_THAT(fSaid, HasSubstr("1 of 25 frames is missing, the first is number 24."));
+}
+
+TEST_F(CommandLine, SaysWhenStandardOutputCannotBeWritten)
+{
+    const std::string said = "kelvane-convert: Standard output can't be written.";
+    for (const char* list : {"--list-formats", "--list-codecs", "--help", "--version"}) {
+        EXPECT_EQ(1, Run(std::string(list) + " >/dev/full")) << list;
+        EXPECT_THAT(fSaid, HasSubstr(said + " (No space left on device)\n"));
+    }
+    EXPECT_EQ(1, Run("--describe " + fClip + " >/dev/full"));
+    EXPECT_THAT(fSaid, HasSubstr(said));
+    EXPECT_EQ(1,
+              Run("--progress json " + fClip + " -o " + fFolder.Path("copy.dv") + " >/dev/full"));
+    EXPECT_EQ(ReadWhole(fClip), ReadWhole(fFolder.Path("copy.dv"))) << "the conversion goes on";
+    EXPECT_THAT(fSaid, HasSubstr(said));
+}
+
+// A clip that is long because it is sparse: the signal arrives while it is being copied.
+TEST_F(CommandLine, FinishesTheFileCleanlyWhenItIsToEnd)
 {
     constexpr uint64_t kLong = 2000000ull * 144000;
     ASSERT_EQ(0, truncate(fClip.c_str(), static_cast<off_t>(kLong)));
-    const std::string copy = fFolder.Path("copy.dv");
-    const pid_t child = fork();
-    if (child == 0) {
-        execl(kProgram.c_str(), kProgram.c_str(), "--progress", "none", fClip.c_str(), "-o",
-              copy.c_str(), nullptr);
-        _exit(99);
+    const std::string errors = fFolder.Path("errors");
+    for (const auto& [signal, said] : {std::pair(SIGINT, ": Interrupted.\n"),
+                                       {SIGTERM, ": Interrupted by the system.\n"},
+                                       {SIGHUP, ": Interrupted by the system.\n"}}) {
+        SCOPED_TRACE(said);
+        const std::string copy = fFolder.Path("copy" + std::to_string(signal) + ".avi");
+        const pid_t child = fork();
+        if (child == 0) {
+            freopen(errors.c_str(), "w", stderr);
+            execl(kProgram.c_str(), kProgram.c_str(), "--progress", "none", fClip.c_str(),
+                  "--format", "avi1", "-o", copy.c_str(), nullptr);
+            _exit(99);
+        }
+        std::error_code error;
+        for (int i = 0; i < 1000; i++) {
+            const auto size = std::filesystem::file_size(copy, error);
+            if (!error && size > 100 * 144000) break;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        kill(child, signal);
+        int status = 0;
+        ASSERT_EQ(child, waitpid(child, &status, 0));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1);
+        const auto text = ReadWhole(errors);
+        EXPECT_THAT(std::string(text.begin(), text.end()), HasSubstr(said));
+        EXPECT_EQ(0, Run("--describe " + copy)) << "it has its head";
+        EXPECT_LT(std::filesystem::file_size(copy), kLong);
+        std::filesystem::remove(copy);
     }
-    std::error_code error;
-    for (int i = 0; i < 1000; i++) {
-        const auto size = std::filesystem::file_size(copy, error);
-        if (!error && size > 100 * 144000) break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    kill(child, SIGINT);
-    int status = 0;
-    ASSERT_EQ(child, waitpid(child, &status, 0));
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1);
-    const auto size = std::filesystem::file_size(copy);
-    EXPECT_EQ(0u, size % 144000);
-    EXPECT_GT(size, 0u);
-    EXPECT_LT(size, kLong);
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ TEST(AudioFifo, BehavesLikeAQueueWhateverTheOrderOfWork)
             ASSERT_TRUE(std::equal(piece.begin(), piece.begin() + got, model.begin()));
             model.erase(model.begin(), model.begin() + got);
         } else if (work == 2) {
-            ASSERT_EQ(0, turn % 7 == 0 ? fifo.Grow(piece.size() % 100) : 0);
+            ASSERT_EQ(0, turn % 7 == 0 ? fifo.Grow(piece.size() % 100) : kOK);
             ASSERT_EQ(0, fifo.PutSilence(piece.size()));
             model.insert(model.end(), piece.size(), 0);
         } else {
@@ -134,7 +134,7 @@ TEST(StreamAudio, BringsChunksOfAnySizeInOrder)
     AudioFifo fifo;
     size_t most = 0;
     for (int turn = 0; turn < 1000; turn++) {
-        const int status = reader.Fill(fifo, 7936);
+        const Status status = reader.Fill(fifo, 7936);
         most = std::max(most, fifo.Count());
         EXPECT_TRUE(status != 0 || fifo.Count() > 7936) << turn;
         Bytes frame(7680);
@@ -142,7 +142,7 @@ TEST(StreamAudio, BringsChunksOfAnySizeInOrder)
         got.insert(got.end(), frame.begin(), frame.end());
     }
     EXPECT_TRUE(reader.Ended());
-    EXPECT_EQ(-1, reader.Fill(fifo, 7936)) << "the status stays";
+    EXPECT_EQ(kEnd, reader.Fill(fifo, 7936)) << "the status stays";
     EXPECT_TRUE(all == got);
     EXPECT_LT(most, 300000u) << "a large chunk waits outside";
 }
@@ -155,7 +155,7 @@ TEST(StreamAudio, ConvertsSamplesCutInTwoByTheirChunks)
     MadeUpStream stream(wide, {100, 1, 199});
     StreamAudioReader reader(stream, {.bits = 24});
     AudioFifo fifo;
-    EXPECT_EQ(-1, reader.Fill(fifo, 10000));
+    EXPECT_EQ(kEnd, reader.Fill(fifo, 10000));
     ASSERT_EQ(200u, fifo.Count());
     Bytes samples(200);
     fifo.Get(samples);
@@ -168,7 +168,7 @@ TEST(StreamAudio, AStreamOfNothingDoesNotHoldUpTheRun)
     MadeUpStream stream({}, {0, 0, 0, 0, 0});
     StreamAudioReader reader(stream, SampleCoding{});
     AudioFifo fifo;
-    for (const int status : {0, 0, -1})
+    for (const StatusCode status : {kOK, kOK, kEnd})
         EXPECT_EQ(status, reader.Fill(fifo, 100));
 }
 
@@ -182,7 +182,7 @@ TEST(TrackAudio, WritesAChunkEachTurnAndMakesUpForWhatWasShort)
     ASSERT_EQ(0, fifo.Put(Bytes(250)));
     for (int frame = 0; frame < 6; frame++) {
         writer.Owe(100);
-        ASSERT_EQ(0, frame == 4 ? fifo.Put(Bytes(1000)) : 0);
+        ASSERT_EQ(0, frame == 4 ? fifo.Put(Bytes(1000)) : kOK);
         EXPECT_EQ(0, writer.FrameWritten(fifo, false, track));
     }
     // Whole samples, and the rest later; at the end what is owed and up to one frame more.

@@ -70,7 +70,7 @@ struct SoundLoop {
                 if (make) make(frame, read);
                 ASSERT_EQ(0, transfer.FrameRead(frame));
             }
-            transfer.TurnRead();
+            static_cast<void>(transfer.TurnRead());
             if (current >= frames) break;
             ASSERT_EQ(0, transfer.CheckRate());
             shown.push_back(current);

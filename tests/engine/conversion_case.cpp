@@ -14,10 +14,14 @@ namespace kelvane {
 
 namespace {
 
-int CallAtProgress(uint32_t read, uint64_t total, uintptr_t cookie)
-{
-    return (*reinterpret_cast<ProgressCall*>(cookie))(read, total);
-}
+class CallingHost : public ConversionHost {
+public:
+    explicit CallingHost(const ProgressCall& call) : fCall(call) {}
+    Wish Progress(const ConversionProgress& progress) override { return fCall(progress); }
+
+private:
+    const ProgressCall& fCall;
+};
 
 }  // namespace
 
@@ -58,12 +62,10 @@ int ConversionCase::Convert(const std::string& source, const std::string& destin
     ConversionSettings settings;
     FillConversionSettings(fOptions, fCodecs, settings);
     if (fAdjust) fAdjust(settings);
-    if (fAtProgress) {
-        settings.progress = CallAtProgress;
-        settings.progress_cookie = reinterpret_cast<uintptr_t>(&fAtProgress);
-    }
+    CallingHost host(fAtProgress);
     return ConvertFile(source, destination, TypeOfDestination(fOptions.selection), settings,
-                       &fResult, fState);
+                       fAtProgress ? &host : nullptr, &fResult, fState)
+        .Code();
 }
 
 std::string ConversionCase::Converted(const std::string& source, const std::string& name)
@@ -79,7 +81,8 @@ Film::Film(const std::string& path)
     source = OpenSource(path, message);
     if (!source) throw std::runtime_error(path + ": " + message);
     Bytes buffer(LargestFrame(source->format));
-    for (int64_t size = 0; source->ReadFrame(buffer, size) == 0 && size > 0;)
+    int64_t number = 0;
+    for (int64_t size = 0; source->ReadFrame(number++, buffer, size) == 0 && size > 0;)
         frames.emplace_back(buffer.begin(), buffer.begin() + size);
     while (AudioStream* stream = source->Audio()) {
         buffer.resize(std::max<uint32_t>(stream->ChunkSize(), 1));

@@ -17,7 +17,7 @@
 
 namespace kelvane {
 
-using ProgressCall = std::function<int(uint32_t read, uint64_t total)>;
+using ProgressCall = std::function<Wish(const ConversionProgress&)>;
 
 // Files made by the test and the conversions of them, chosen as on the command line: by the names
 // of formats and codecs.

@@ -53,10 +53,10 @@ TEST_F(ConversionMatrix, ACopyTellsItsTimecodesAndItsProgress)
 {
     for (const bool pal : {true, false}) {
         uint64_t calls = 0;
-        fAtProgress = [&](uint32_t, uint64_t total) {
-            EXPECT_EQ(40u, total);
-            calls++;
-            return 0;
+        fAtProgress = [&](const ConversionProgress& progress) {
+            EXPECT_EQ(40u, progress.frames_planned);
+            EXPECT_EQ(++calls, progress.frames_written);
+            return Wish::kGoOn;
         };
         const std::string source = MakeClip("wide.dv", 40, {.pal = pal, .wide = true});
         EXPECT_TRUE(Film(source).Pictures() == Film(Converted(source, "copy.dv")).Pictures());
@@ -249,7 +249,7 @@ TEST_F(ConversionMatrix, OneThreadAndTwoGiveTheSameBytes)
         ConversionSettings settings;
         FillConversionSettings(fOptions, fCodecs, settings);
         EXPECT_EQ(0, ConvertFile(clip, fFolder.Path("out"), TypeOfDestination(fOptions.selection),
-                                 settings, nullptr, state));
+                                 settings, nullptr, nullptr, state));
         return ReadWhole(fFolder.Path("out"));
     };
     fOptions.opselection = kOperationToNTSC;

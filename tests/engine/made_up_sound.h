@@ -21,15 +21,23 @@ public:
     {
     }
     uint32_t ChunkSize() override { return fSizes[std::min(fNext, fSizes.size() - 1)]; }
-    int ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
     {
-        if (fNext >= fSizes.size() && fAt == fSamples.size()) return -1;
+        if (fNext >= fSizes.size() && fAt == fSamples.size()) return kEnd;
         bytes = uint32_t(std::min<size_t>(ChunkSize(), fSamples.size() - fAt));
         EXPECT_LE(bytes, room);
         std::copy_n(fSamples.begin() + ptrdiff_t(fAt), bytes, buffer);
         fAt += bytes;
         fNext++;
-        return 0;
+        return kOK;
+    }
+
+    uint64_t SkipChunk() override
+    {
+        const uint32_t skipped = uint32_t(std::min<size_t>(ChunkSize(), fSamples.size() - fAt));
+        fAt += skipped;
+        fNext++;
+        return skipped;
     }
 
 private:
@@ -45,12 +53,12 @@ struct MadeUpTrack : AudioTrack {
         EXPECT_EQ(0u, rate) << "once";
         rate = hertz, channels = count;
     }
-    int WriteChunk(std::span<const uint8_t> chunk) override
+    Status WriteChunk(std::span<const uint8_t> chunk) override
     {
         EXPECT_NE(0u, rate) << "the format comes first";
         sizes.push_back(chunk.size());
         samples.insert(samples.end(), chunk.begin(), chunk.end());
-        return 0;
+        return kOK;
     }
     uint32_t rate = 0, channels = 0;
     std::vector<size_t> sizes;

@@ -39,7 +39,7 @@ TEST_F(Threads, GiveTheSameBytesWhereAHistoryIsKept)
             FillConversionSettings(fOptions, fCodecs, settings);
             const std::string out = fFolder.Path("out");
             EXPECT_EQ(0, ConvertFile(clip, out, TypeOfDestination(fOptions.selection), settings,
-                                     nullptr, state));
+                                     nullptr, nullptr, state));
             return ReadWhole(out);
         };
         const Bytes one = with(1);

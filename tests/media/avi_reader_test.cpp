@@ -1,9 +1,12 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 
+#include "base/file_handle.h"
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "media/avi_description.h"
@@ -19,6 +22,18 @@ using namespace std::string_literals;
 
 const std::string kAll = "frame 0!frame 1.frame 2?";
 const auto Entry = TinyAVI::IndexEntry;
+
+// As NextFrame tells it.
+std::string Failed(int code)
+{
+    return "(" + std::to_string(code) + ")";
+}
+
+// The number that the file that is opened next gets.
+int NextHandle()
+{
+    return FileHolder(dup(STDIN_FILENO)).Handle();
+}
 
 class AVIReader : public testing::Test {
 protected:
@@ -54,11 +69,9 @@ TEST_F(AVIReader, TakesAnyOldIndex)
     for (const uint32_t first : {4u, 0u, 20u})
         EXPECT_EQ(kAll, Frames({.first_offset = first})) << "from movi, first entry " << first;
     EXPECT_EQ(kAll, Frames({.from_movi = false})) << "from the start of the file";
-    EXPECT_EQ("frame 0!", Frames({.index = Entry("7Fxx", 0, 0) + Entry("00dc", 4, 8)}))
+    EXPECT_EQ("frame 0!frame 2?",
+              Frames({.index = Entry("7Fxx", 0, 0) + Entry("00dc", 4, 8) + Entry("00dc", 36, 8)}))
         << "as dvgrab begins an index";
-    const AVIFile none = Open(TinyAVI{.has_index = false}.Build());
-    EXPECT_EQ(0u, none.StreamAt(0)->frames.Count()) << "no index, no frames";
-    EXPECT_EQ(144000, none.StreamAt(0)->largest_frame);
     const std::string repeating = Entry("00db", 4, 0) + Entry("00db", 4, 8) + Entry("01wb", 20, 8) +
                                   Entry("00dc", 0, 0) + Entry("00db", 36, 8);
     EXPECT_EQ("frame 0!frame 0!frame 0!frame 2?", Frames({.index = repeating}))
@@ -90,15 +103,34 @@ TEST_F(AVIReader, ReadsStandardIndexesOfAllSegments)
     EXPECT_EQ(kAll + "frame 3,", FramesOf(Put(film.Build() + segment)));
 }
 
-TEST_F(AVIReader, SurvivesEveryTruncation)
+TEST_F(AVIReader, ReadsAllWholeFramesOfATruncatedFile)
 {
     TinyAVI film = TinyAVI::OpenDML({8, 8, 8});
     film.more_header = RiffList("odml", {RiffChunk("dmlh", Little(3, 4))});
-    for (const std::string& whole : {TinyAVI().Build(), film.Build()}) {
+    for (const TinyAVI& cut : {TinyAVI(), film}) {
+        const std::string whole = cut.Build();
         for (size_t length = 0; length < whole.size(); length++) {
             const std::string path = Put(whole.substr(0, length));
             Described(path, length >= 12);
-            EXPECT_TRUE(length < 12 || kAll.starts_with(FramesOf(path))) << length;
+            if (length < 12) continue;
+            size_t frames = 0;
+            while (frames < 3 && length >= cut.FrameHead(frames) + 16)
+                frames++;
+            AVIFile file(path.c_str(), kRead);
+            std::string all;
+            for (size_t i = 0; i < frames; i++)
+                all += NextFrame(file);
+            EXPECT_EQ(kAll.substr(0, all.size()), all) << length;
+            EXPECT_EQ(frames * 8, all.size()) << length;
+            // A super index in front tells of frames that are gone.
+            const bool promised = !cut.has_index && length >= cut.FrameHead(0) - 12;
+            if (file.CountStreams() == 0) continue;
+            if (promised) {
+                EXPECT_EQ(3, file.CountFrames(0)) << length;
+            }
+            EXPECT_EQ(Failed(file.CountFrames(0) > int64_t(frames) ? kMissing : kEnd),
+                      NextFrame(file))
+                << length;
         }
     }
 }
@@ -162,9 +194,12 @@ TEST_F(AVIReader, FollowsReferencesIntoOtherFiles)
     };
     const std::string here = reference(media), there = reference(fFolder.Path("film.001"));
     const std::string film = TinyAVI{.frames = {here, here, there}}.Build();
-    const std::string missing = "(" + std::to_string(kReferenceMissing) + ")";
+    const std::string missing = Failed(kReferenceMissing);
     AVIFile file = Open(film);
-    EXPECT_EQ("(-1)", NextFrame(file, 0, 100000)) << "no room for what it refers to";
+    Bytes small(100000);
+    uint32_t size = 0;
+    EXPECT_EQ(kTooLarge, file.ReadFrame(0, small, size)) << "no room for what it refers to";
+    EXPECT_EQ(small, Bytes(100000, 'v'));
     EXPECT_EQ(frame, NextFrame(file));
     EXPECT_EQ(frame, NextFrame(file));
     EXPECT_EQ(missing, NextFrame(file));
@@ -172,35 +207,126 @@ TEST_F(AVIReader, FollowsReferencesIntoOtherFiles)
     Put("too short", "film.000");
     ASSERT_EQ(0, mkfifo(fFolder.Path("film.001").c_str(), 0600));
     AVIFile again = Open(film);
-    EXPECT_EQ(missing, NextFrame(again)) << "short";
+    EXPECT_EQ(Failed(kMissing), NextFrame(again)) << "short";
     again.StreamAt(0)->position = 2;
     EXPECT_EQ(missing, NextFrame(again)) << "no regular file";
-    // Only small chunks are taken for references, and a head of four bytes names nothing.
-    const std::string large = "REF " + std::string(119996, 'x');
-    EXPECT_EQ(large + "REF ", Frames({.frames = {large, "REF "}}));
-    AVIFile endless =
-        Open(TinyAVI{.frames = {"REF " + Little(0, 8) + Little(0xFFFFFFFF, 4) + "not terminated"}}
-                 .Build());
-    EXPECT_EQ(missing, NextFrame(endless));
 }
 
-TEST_F(AVIReader, RefusesFramesThatAreNotInTheFile)
+TEST_F(AVIReader, TakesOnlyWholeReferencesForReferences)
+{
+    const std::string head = "REF " + Little(0, 8);
+    for (const std::string& chunk :
+         {"REF "s, "REF 2345"s, head, head + Little(0, 4), head + Little(0, 4) + "film.000",
+          head + Little(4, 4) + "\0000"s, head + Little(9, 4) + "film.000",
+          head + Little(0xFFFFFFFF, 4) + "film.000", "REF " + std::string(119996, 'x')})
+        EXPECT_EQ(chunk, Frames({.frames = {chunk}})) << chunk.size();
+    AVIFile file = Open(TinyAVI{.frames = {head + Little(8, 4) + "film.000"}}.Build());
+    EXPECT_EQ(Failed(kReferenceMissing), NextFrame(file)) << "a path needs no zero";
+    uint32_t size = 0;
+    Bytes buffer(144000);
+    EXPECT_EQ(" (No such file or directory)", file.ReadFrame(0, buffer, size).Reason());
+    const std::string sound = TinyAVI{.type = "auds",
+                                      .frames = {head + Little(8, 4) + "film.000"},
+                                      .index = Entry("00wb", 4, 24)}
+                                  .Build();
+    AVIFile audio = Open(sound);
+    EXPECT_EQ(24u, NextFrame(audio).size()) << "sound is never elsewhere";
+}
+
+TEST_F(AVIReader, TellsWhyAFrameDoesNotCome)
 {
     const TinyAVI film{.index = Entry("00db", 4, 8) + Entry("00db", 0x7FFFFFF0, 8) +
                                 Entry("00db", 20, 0x7FFFFFFF)};
     AVIFile file = Open(film.Build());
     AVIStream& stream = *file.StreamAt(0);
-    EXPECT_EQ(3u, stream.frames.Count());
+    EXPECT_EQ(3, file.CountFrames(0));
     EXPECT_EQ(144000, stream.largest_frame) << "nobody needs room for them";
     EXPECT_EQ("frame 0!", NextFrame(file));
     for (const int32_t bad : {1, 2}) {
-        stream.position = bad;
-        EXPECT_EQ("(-1)", NextFrame(file));
+        EXPECT_EQ(0, file.SeekFrame(0, bad));
+        EXPECT_EQ(Failed(kMissing), NextFrame(file));
+        EXPECT_EQ(Failed(kMissing), NextFrame(file, 0, 4)) << "not too large first";
         EXPECT_EQ(bad, stream.position);
     }
-    stream.position = 0;
-    EXPECT_EQ("(-1)", NextFrame(file, 0, 0));
-    EXPECT_EQ("(-1)", NextFrame(file, 7));
+    EXPECT_EQ(0x7FFFFFFFu, file.FrameBytes(0, 2));
+    EXPECT_EQ(0u, file.FrameBytes(0, 3));
+    EXPECT_EQ(0, file.SeekFrame(0, 3));
+    EXPECT_EQ(Failed(kEnd), NextFrame(file));
+    for (const int64_t nowhere : {int64_t{-1}, int64_t{4}, int64_t{1} << 32})
+        EXPECT_EQ(kError, file.SeekFrame(0, nowhere));
+    EXPECT_EQ(kError, file.SeekFrame(1, 0));
+    EXPECT_EQ(3, stream.position);
+
+    EXPECT_EQ(0, file.SeekFrame(0, 0));
+    EXPECT_EQ(Failed(kError), NextFrame(file, 0, 0));
+    Bytes buffer(7);
+    uint32_t size = 0;
+    EXPECT_EQ(kTooLarge, file.ReadFrame(0, buffer, size));
+    EXPECT_EQ("frame 0", AsText(buffer));
+    EXPECT_EQ(7u, size);
+    EXPECT_EQ("frame 0!", NextFrame(file)) << "the place stays";
+}
+
+TEST_F(AVIReader, TellsAFileThatGotShorterFromOneThatIsUnreadable)
+{
+    const std::string path = Put(TinyAVI().Build());
+    const int handle = NextHandle();
+    AVIFile file(path.c_str(), kRead);
+    const FileHolder whole(dup(handle)), unreadable(open("/dev/null", O_WRONLY));
+    EXPECT_EQ("frame 0!", NextFrame(file));
+    ASSERT_EQ(handle, dup2(unreadable.Handle(), handle));
+    Bytes buffer(144000);
+    uint32_t size = 0;
+    const Status status = file.ReadFrame(0, buffer, size);
+    EXPECT_EQ(kUnread, status);
+    EXPECT_EQ(EBADF, status.SystemError());
+    ASSERT_EQ(handle, dup2(whole.Handle(), handle));
+    EXPECT_EQ(0, file.SeekFrame(0, 2));
+    EXPECT_EQ("frame 2?", NextFrame(file)) << "it goes on behind";
+    ASSERT_EQ(0, truncate(path.c_str(), static_cast<off_t>(TinyAVI().FrameHead(2) + 15)));
+    EXPECT_EQ(0, file.SeekFrame(0, 1));
+    EXPECT_EQ("frame 1.", NextFrame(file));
+    EXPECT_EQ(Failed(kMissing), NextFrame(file));
+    buffer.resize(4);
+    EXPECT_EQ(kMissing, file.ReadFrame(0, buffer, size)) << "also when only its head is wanted";
+    EXPECT_EQ(3, file.CountFrames(0)) << "promised is promised";
+}
+
+TEST_F(AVIReader, NeverTakesASumThatOverflowsForAPlace)
+{
+    const uint32_t highest = 0xFFFFFFFF;
+    for (const bool from_movi : {true, false}) {
+        TinyAVI film{.from_movi = from_movi};
+        const uint64_t first = from_movi ? 4 : film.FrameHead(0);
+        film.index = Entry("00db", static_cast<uint32_t>(first), 8);
+        for (const uint32_t offset : {highest, highest - 7, highest - 8, highest - 20})
+            film.index += Entry("00db", offset, 8);
+        AVIFile file = Open(film.Build());
+        EXPECT_EQ("frame 0!", NextFrame(file));
+        for (int32_t i = 1; i < 5; i++) {
+            EXPECT_EQ(0, file.SeekFrame(0, i));
+            EXPECT_EQ(Failed(kMissing), NextFrame(file)) << i;
+            uint32_t size = 0;
+            EXPECT_LT(0xFFFFFF00, file.FrameOffset(0, i, size));
+        }
+    }
+    const uint64_t most = ~uint64_t{0};
+    for (const uint64_t base : {most, most - 7, most - 15, most / 2, most / 2 - 15, most / 2 + 1}) {
+        TinyAVI film = TinyAVI::OpenDML({8, 0x80000008});
+        film.media_end = StandardIndex(base, {8, 0x80000008});
+        AVIFile file = Open(film.Build());
+        for (int32_t i = 0; i < 2; i++) {
+            EXPECT_EQ(0, file.SeekFrame(0, i));
+            EXPECT_EQ(Failed(kMissing), NextFrame(file)) << base << " " << i;
+        }
+    }
+    // A place of an index that wraps round to a header in the file.
+    const TinyAVI plain = TinyAVI::OpenDML({8});
+    for (const uint64_t place : {most, most - 7, most - 7 + 32, uint64_t{32} - 8, most / 2}) {
+        TinyAVI film = plain;
+        film.super_index = SuperIndex({place}, 3);
+        EXPECT_EQ(kAll, Frames(film)) << place;
+    }
 }
 
 TEST_F(AVIReader, KeepsMemoryInProportionToTheIndex)

@@ -69,7 +69,7 @@ protected:
     template <class File>
     int Status(std::string_view bytes)
     {
-        return File(Put(bytes).c_str(), kRead).InitCheck();
+        return File(Put(bytes).c_str(), kRead).InitCheck().Code();
     }
     // The bytes of a file of this format with what `write` adds to it.
     template <class Write>
@@ -153,14 +153,16 @@ TEST_F(SampleFiles, ReadsByPositionAndPastTheSamples)
               RiffChunk("data", "0123456789"), "LISTtail"});
     WAVFile file(Put(wave).c_str(), kRead);
     EXPECT_EQ(2, file.CountFrames()) << "whole ones";
-    file.SetPosition(1);
+    EXPECT_EQ(0, file.SetPosition(1));
     EXPECT_EQ("4567", ReadFrames(file, 1, 4));
     EXPECT_EQ("89LISTta", ReadFrames(file, 9, 4))
         << "no check against the chunk, and the partial frame does not count";
     uint8_t frame[4];
-    EXPECT_EQ(0, ReadRecords(file, 1, frame)) << "two bytes are left";
-    file.SetPosition(100);
-    EXPECT_EQ(-1, ReadRecords(file, 1, frame));
+    EXPECT_EQ(kEnd, ReadRecords(file, 1, frame)) << "two bytes are left";
+    for (const int64_t behind : {int64_t{100}, int64_t{1} << 62, INT64_MAX}) {
+        EXPECT_EQ(0, file.SetPosition(behind));
+        EXPECT_EQ(kEnd, ReadRecords(file, 1, frame)) << behind;
+    }
     EXPECT_EQ(-1, ReadRecords(file, -1, frame));
     EXPECT_EQ(-1, ReadRecords(file, 1, nullptr));
 }

@@ -74,17 +74,18 @@ std::span<const uint8_t> SampleClip::Frame(int64_t number)
     return fFrame;
 }
 
-int WriteSampleFile(const std::string& path, SampleClip& clip, int64_t frames)
+Status WriteSampleFile(const std::string& path, SampleClip& clip, int64_t frames)
 {
     if (clip.InitCheck() != kOK) return kError;
     RawDVFile file(path.c_str(), kCreate);
-    if (file.InitCheck() != kOK) return kError;
+    if (file.InitCheck() != kOK) return file.InitCheck();
     file.SetRecordSize(clip.System().dv_frame_size);
     for (int64_t number = 0; number < frames; number++) {
         const auto frame = clip.Frame(number);
-        if (frame.empty() || file.Write(frame.data(), 1) != kOK) return kError;
+        if (frame.empty()) return kError;
+        if (const Status status = file.Write(frame.data(), 1); status != kOK) return status;
     }
-    return kOK;
+    return file.Finish();
 }
 
 }  // namespace kelvane

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "base/television.h"
 #include "platform/codec_drivers.h"
 #include "support/clip_maker/moving_picture.h"
@@ -48,6 +49,6 @@ private:
 };
 
 // Writes `frames` frames as a raw DV file. 0 or -1.
-[[nodiscard]] int WriteSampleFile(const std::string& path, SampleClip& clip, int64_t frames);
+Status WriteSampleFile(const std::string& path, SampleClip& clip, int64_t frames);
 
 }  // namespace kelvane
