@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 namespace kelvane {
 
@@ -20,15 +21,6 @@ bool LockedByOther(FileHandle handle, int kind)
     if (flock(handle, kind | LOCK_NB) == 0 || errno != EWOULDBLOCK) return false;
     errno = EBUSY;
     return true;
-}
-
-bool IsRegular(FileHandle handle)
-{
-    struct stat status;
-    if (fstat(handle, &status) != 0) return false;
-    if (S_ISREG(status.st_mode)) return true;
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    return false;
 }
 
 // What a write answers that the system broke off. One that wrote nothing and said nothing had no
@@ -43,7 +35,7 @@ FileHandle OpenForReading(const char* path)
 {
     // Not blocking: a FIFO without a writer must not stop a batch.
     FileHolder file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.IsOpen() || !IsRegular(file.Handle()) || LockedByOther(file.Handle(), LOCK_SH))
+    if (!file.IsOpen() || !IsRegularFile(file.Handle()) || LockedByOther(file.Handle(), LOCK_SH))
         return kNoFile;
     return file.Release();
 }
@@ -52,7 +44,7 @@ FileHandle OpenForCreating(const char* path, uint32_t permissions)
 {
     FileHolder file(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, permissions));
     if (!file.IsOpen() || LockedByOther(file.Handle(), LOCK_EX)) return kNoFile;
-    if (IsRegular(file.Handle()) && ftruncate(file.Handle(), 0) != 0) return kNoFile;
+    if (IsRegularFile(file.Handle()) && ftruncate(file.Handle(), 0) != 0) return kNoFile;
     return file.Release();
 }
 
@@ -114,6 +106,8 @@ int64_t FileWrite(FileHandle handle, const void* buffer, uint32_t bytes)
 
 int64_t FileReadAt(FileHandle handle, uint64_t offset, void* buffer, uint32_t bytes)
 {
+    constexpr uint64_t kFarthest = std::numeric_limits<off_t>::max();
+    if (offset > kFarthest - bytes) return 0;
     int64_t done = 0;
     while (done < bytes) {
         const ssize_t got = pread(handle, static_cast<uint8_t*>(buffer) + done, Left(bytes, done),
@@ -124,6 +118,19 @@ int64_t FileReadAt(FileHandle handle, uint64_t offset, void* buffer, uint32_t by
         done += got;
     }
     return done;
+}
+
+Status FileReadWhole(FileHandle handle, uint64_t offset, std::span<uint8_t> into)
+{
+    constexpr size_t kMostAtOnce = 1u << 30;
+    for (size_t done = 0; done < into.size();) {
+        const auto part = static_cast<uint32_t>(std::min(into.size() - done, kMostAtOnce));
+        const int64_t got = FileReadAt(handle, offset + done, into.data() + done, part);
+        if (got < 0) return Status::System(kUnread);
+        if (got < part) return kMissing;
+        done += part;
+    }
+    return kOK;
 }
 
 int64_t FileWriteAt(FileHandle handle, uint64_t offset, std::span<const FilePart> parts)
@@ -169,6 +176,15 @@ uint64_t FileSize(FileHandle handle)
 {
     struct stat status;
     return fstat(handle, &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+}
+
+bool IsRegularFile(FileHandle handle)
+{
+    struct stat status;
+    if (fstat(handle, &status) != 0) return false;
+    if (S_ISREG(status.st_mode)) return true;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return false;
 }
 
 void SwapWords(const void* source, void* destination, size_t count)

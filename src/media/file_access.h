@@ -47,8 +47,11 @@ struct FilePart {
 inline constexpr size_t kMaxFileParts = 8;
 
 // As FileRead and FileWrite, at an offset of their own: the file pointer does not count and does
-// not move.
+// not move. An offset that no file can have is read as one behind the end.
 [[nodiscard]] int64_t FileReadAt(FileHandle handle, uint64_t offset, void* buffer, uint32_t bytes);
+// Reads all of `into`: kOK; kMissing when the file, as it is now, ends before that; kUnread with
+// errno when the system failed.
+Status FileReadWhole(FileHandle handle, uint64_t offset, std::span<uint8_t> into);
 // Writes up to kMaxFileParts parts one behind the other. Bytes written in all; fewer than the sum
 // when the disk filled up on the way, -1 when nothing was written.
 [[nodiscard]] int64_t FileWriteAt(FileHandle handle, uint64_t offset,
@@ -58,8 +61,10 @@ inline constexpr size_t kMaxFileParts = 8;
 Status FileClose(FileHandle handle);
 // Opens for reading, reads once from the start, closes. Bytes read, -1 when it cannot be opened.
 [[nodiscard]] int64_t FileReadHead(const char* path, void* buffer, uint32_t bytes);
-// Length of an open file in bytes, 0 when it cannot be told.
+// Length of an open file in bytes as it is now, 0 when it cannot be told.
 uint64_t FileSize(FileHandle handle);
+// False for devices and pipes too, which have nothing to cut off.
+bool IsRegularFile(FileHandle handle);
 
 constexpr uint32_t Swap32(uint32_t value)
 {

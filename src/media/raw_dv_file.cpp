@@ -19,22 +19,29 @@ RawDVFile::RawDVFile(const char* path, uint32_t mode)
     if (path) static_cast<void>(Open(path, mode));
 }
 
+RawDVFile::~RawDVFile()
+{
+    // Who wants to know finishes before.
+    static_cast<void>(Finish());
+}
+
 Status RawDVFile::Open(const char* path, uint32_t mode)
 {
+    // Finished first: the old file may be the one that is opened.
+    static_cast<void>(Finish());
     fPath = path;
     fMode = mode;
     fPosition = 0;
-    fFileSize = 0;
-    fInitCheck = kOK;
-    fFile = FileHolder();  // closed first: the old file may be the one that is opened
+    fBytes = 0;
+    fInitCheck = fReadable = fWritten = fFinished = kOK;
     fFile = FileHolder(FileOpen(path, mode == kCreate   ? kOpenCreate
                                       : mode == kUpdate ? kOpenUpdate
                                                         : kOpenRead));
     if (mode == kCreate) {
-        fInitCheck = fFile.IsOpen() ? kOK : kError;
+        if (!fFile.IsOpen()) fInitCheck = Status::System();
     } else {
-        const int64_t end = FileSeek(fFile.Handle(), 0, kFromEnd);
-        fFileSize = end > 0 ? static_cast<uint64_t>(end) : 0;
+        if (!fFile.IsOpen()) fReadable = Status::System(kUnread);
+        fBytes = FileSize(fFile.Handle());
     }
     return fInitCheck;
 }
@@ -48,13 +55,15 @@ Status RawDVFile::Read(void* buffer, int32_t& count)
 {
     const int64_t wanted = count;
     count = 0;
-    if (!buffer || wanted < 0 || fMode == kCreate || fPosition < 0 || fRecordSize < 1)
+    if (!buffer || wanted < 1 || fMode == kCreate || fPosition < 0 || fRecordSize < 1)
         return kError;
     const int64_t bytes = wanted * fRecordSize;
     if (bytes > std::numeric_limits<uint32_t>::max()) return kError;
-    if (FileSeek(fFile.Handle(), int64_t{fPosition} * fRecordSize, kFromStart) < 0) return kError;
-    const int64_t got = FileRead(fFile.Handle(), buffer, static_cast<uint32_t>(bytes));
-    if (got < fRecordSize) return kError;
+    if (!fFile.IsOpen()) return fReadable;
+    const uint64_t at = static_cast<uint64_t>(fPosition) * static_cast<uint64_t>(fRecordSize);
+    const int64_t got = FileReadAt(fFile.Handle(), at, buffer, static_cast<uint32_t>(bytes));
+    if (got < 0) return Status::System(kUnread);
+    if (got < fRecordSize) return got > 0 || at < fBytes ? kMissing : kEnd;
     count = static_cast<int32_t>(got / fRecordSize);
     fPosition += count;
     return kOK;
@@ -62,11 +71,26 @@ Status RawDVFile::Read(void* buffer, int32_t& count)
 
 Status RawDVFile::Write(const void* buffer, int32_t count)
 {
-    if (!buffer || count < 1 || fMode == kRead || fRecordSize < 1) return kError;
+    if (!buffer || count < 1 || fMode != kCreate || fRecordSize < 1) return kError;
     const int64_t bytes = int64_t{count} * fRecordSize;
     if (bytes > std::numeric_limits<uint32_t>::max()) return kError;
+    // Behind a piece of a record all others would be read at the wrong place.
+    if (fWritten != kOK) return fWritten;
     const int64_t put = FileWrite(fFile.Handle(), buffer, static_cast<uint32_t>(bytes));
-    return put == bytes ? kOK : kError;
+    if (put < bytes) fWritten = Status::System();
+    fBytes += static_cast<uint64_t>(std::max<int64_t>(put, 0));
+    return fWritten;
+}
+
+Status RawDVFile::Finish()
+{
+    if (!fFile.IsOpen()) return fFinished;
+    Status cut = kOK;
+    if (fWritten != kOK && IsRegularFile(fFile.Handle())) {
+        const uint64_t whole = static_cast<uint64_t>(CountRecords() * fRecordSize);
+        if (!FileTruncate(fFile.Handle(), whole)) cut = Status::System();
+    }
+    return fFinished = FirstFailure(cut, fFile.Close());
 }
 
 Status RawDVFile::Seek(int64_t record)
@@ -79,10 +103,12 @@ Status RawDVFile::Seek(int64_t record)
 
 int64_t RawDVFile::CountRecords() const
 {
-    if (fRecordSize < 1) return 0;
-    const int64_t bytes = fMode == kCreate ? FileSeek(fFile.Handle(), 0, kFromCurrent)
-                                           : static_cast<int64_t>(fFileSize);
-    return std::max<int64_t>(bytes, 0) / fRecordSize;
+    return fRecordSize < 1 ? 0 : static_cast<int64_t>(fBytes) / fRecordSize;
+}
+
+bool RawDVFile::EndsInPiece() const
+{
+    return fRecordSize > 0 && fMode != kCreate && static_cast<int64_t>(fBytes) % fRecordSize != 0;
 }
 
 void RawDVFile::DeleteFile()

@@ -11,33 +11,40 @@ namespace kelvane {
 
 // Records of a fixed size one after the other with no header: record N starts at byte
 // N * record size. With a record of one DV frame this is a raw DV file. One system call for each
-// read and write. For one thread at a time; the file is closed by the destructor.
+// read and write. For one thread at a time; the destructor finishes.
 class RawDVFile {
 public:
     // A null path leaves the object closed and InitCheck() 0; otherwise as Open.
     explicit RawDVFile(const char* path, uint32_t mode);
-    virtual ~RawDVFile() = default;
+    virtual ~RawDVFile();
     RawDVFile(const RawDVFile&) = delete;
     RawDVFile& operator=(const RawDVFile&) = delete;
 
     // `mode` is a FileMode. Creating fails with -1. Opening for reading or update does not fail:
-    // who asks has looked at the file already, and reads of a closed file answer -1. A file opened
-    // for update is read-only.
+    // who asks has looked at the file already, and reads answer why it could not be opened. A file
+    // opened for update is read-only.
     Status Open(const char* path, uint32_t mode);
     Status InitCheck() const { return fInitCheck; }
     // Bytes of a record; 1 until it is set. Not checked, always 0.
     void SetRecordSize(int32_t bytes);
 
     // Reads up to `count` records from the current one and moves past them; the buffer holds
-    // count * record size bytes. -1 with `count` 0 when not one whole record was left; the bytes
-    // that did arrive stay in the buffer.
+    // count * record size bytes. On failure `count` is 0: kEnd behind the last byte; kMissing when
+    // less than a record was left, whose bytes stay in the buffer, or when the file has become
+    // shorter since it was opened; kUnread when the system failed.
     Status Read(void* buffer, int32_t& count);
-    // Appends `count` records. -1 when they could not be written whole.
+    // Appends `count` records. After one that could not be written whole nothing more is, and all
+    // further ones answer the same.
     Status Write(const void* buffer, int32_t count);
+    // Ends a file that was created: what a failed write left is cut off, so that whole records
+    // remain, and the file closed. Further calls answer the same.
+    Status Finish();
     // Makes `record` the next one to read; the record behind the last is allowed.
     Status Seek(int64_t record);
     // Whole records: of the file as it was opened, or written so far.
     int64_t CountRecords() const;
+    // The file, as it was opened, ends in less than a record.
+    bool EndsInPiece() const;
     // Closes the file and deletes it from the disk. Always 0.
     void DeleteFile();
 
@@ -45,9 +52,12 @@ private:
     FileHolder fFile;
     uint32_t fMode = kRead;
     Status fInitCheck = kOK;
+    Status fReadable = kError;  // what reads of a closed file answer
+    Status fWritten = kOK;      // the first failure
+    Status fFinished = kOK;
     int32_t fPosition = 0;    // next record to read
     int32_t fRecordSize = 1;  // bytes
-    uint64_t fFileSize = 0;   // bytes at open; not kept up to date while writing
+    uint64_t fBytes = 0;      // of the file at open, or written so far
     std::string fPath;
 };
 
