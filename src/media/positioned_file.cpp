@@ -1,64 +1,45 @@
 #include "media/positioned_file.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-
-#include "base/status.h"
 
 namespace kelvane {
 
 Status PositionedFile::Open(const char* path, uint32_t flags)
 {
     fFile = FileHolder(FileOpen(path, flags));
-    fPosition = fReal = fLength = 0;
-    if (!fFile.IsOpen()) return kError;
+    fPosition = fLength = 0;
+    if (!fFile.IsOpen()) return Status::System();
     fLength = FileSize(fFile.Handle());
     return kOK;
 }
 
-bool PositionedFile::Agree()
+Status PositionedFile::Read(std::span<uint8_t> into, size_t& got) const
 {
-    if (fReal == fPosition) return true;
-    if (fPosition > static_cast<uint64_t>(std::numeric_limits<int64_t>::max())) return false;
-    const int64_t now = FileSeek(fFile.Handle(), static_cast<int64_t>(fPosition), kFromStart);
-    fReal = now < 0 ? kUnknown : static_cast<uint64_t>(now);
-    return fReal == fPosition;
+    const int64_t read =
+        FileReadAt(fFile.Handle(), fPosition, into.data(), static_cast<uint32_t>(into.size()));
+    got = static_cast<size_t>(std::max<int64_t>(read, 0));
+    if (read < 0) return Status::System(kUnread);
+    return got == 0 && !into.empty() ? kEnd : kOK;
 }
 
-int64_t PositionedFile::Read(void* buffer, uint32_t bytes)
+Status PositionedFile::Write(std::span<const uint8_t> bytes)
 {
-    if (fPosition >= fLength) return 0;
-    if (!Agree()) return kError;
-    const int64_t got = FileRead(fFile.Handle(), buffer, bytes);
-    if (got < 0) {
-        fReal = kUnknown;
-        return kError;
+    constexpr size_t kMostAtOnce = 1u << 30;
+    for (size_t done = 0; done < bytes.size();) {
+        const FilePart part = {bytes.data() + done,
+                               static_cast<uint32_t>(std::min(bytes.size() - done, kMostAtOnce))};
+        if (FileWriteAt(fFile.Handle(), fPosition + done, {&part, 1}) != part.bytes)
+            return Status::System();
+        done += part.bytes;
     }
-    fReal = fPosition += static_cast<uint64_t>(got);
-    return got;
-}
-
-Status PositionedFile::Write(const void* bytes, uint64_t count)
-{
-    constexpr uint64_t kMostAtOnce = 1u << 30;
-    if (!Agree()) return kError;
-    for (uint64_t done = 0; done < count;) {
-        const uint32_t part = static_cast<uint32_t>(std::min(count - done, kMostAtOnce));
-        if (FileWrite(fFile.Handle(), static_cast<const uint8_t*>(bytes) + done, part) != part) {
-            fReal = kUnknown;
-            return kError;
-        }
-        done += part;
-    }
-    fReal = fPosition += count;
+    fPosition += bytes.size();
     return kOK;
 }
 
-void PositionedFile::Truncate()
+Status PositionedFile::Truncate()
 {
-    // A file that stays longer is still good; there is nothing to report.
-    if (ftruncate(fFile.Handle(), static_cast<off_t>(fPosition)) != 0) return;
+    if (!IsRegularFile(fFile.Handle())) return kOK;
+    return FileTruncate(fFile.Handle(), fPosition) ? Status(kOK) : Status::System();
 }
 
 }  // namespace kelvane

@@ -10,8 +10,9 @@ namespace kelvane {
 QTFile::QTFile(const char* path, uint32_t mode, const VolumeTable& volumes)
     : fPath(path ? path : ""), fMode(mode), fVolumes(volumes)
 {
-    if (!path || fFile.Open(path, mode == kCreate ? kOpenCreate : kOpenRead) != kOK) return;
-    mode == kCreate ? Create() : Parse();
+    if (!path) return;
+    fInitCheck = fFile.Open(path, mode == kCreate ? kOpenCreate : kOpenRead);
+    if (fInitCheck == kOK) mode == kCreate ? Create() : Parse();
 }
 
 QTFile::~QTFile()

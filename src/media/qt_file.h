@@ -31,7 +31,8 @@ public:
     QTFile(const QTFile&) = delete;
     QTFile& operator=(const QTFile&) = delete;
 
-    // 0, -1 not opened, -2 no "moov", -11 a "moov" too large to be one.
+    // 0; -1 not opened, or its headers could not be read; -2 no "moov"; -11 a "moov" too large to
+    // be one.
     Status InitCheck() const { return fInitCheck; }
     const std::string& Path() const { return fPath; }
 
@@ -59,9 +60,11 @@ public:
     // For the dump: the sample (from 0) and chunk (from 1) that stand next.
     int64_t CurrentSample(int32_t stream) const;
     int64_t CurrentChunk(int32_t stream) const;
-    // Reads the next frame or chunk and moves past it. Sound of 16 bits is little-endian. 0; -1 at
-    // the end, when the buffer is too small or the file ends early; -5 when the media lie in
-    // another file that cannot be opened or read. `size` is 0 on failure.
+    // Reads the next frame or chunk and moves past it. Sound of 16 bits is little-endian. Only kOK
+    // moves; who goes on behind a failure seeks. kEnd; kMissing when the place is beyond the tables
+    // or beyond the end of the file as it is now; kUnread when the system failed; kReferenceMissing
+    // when the media lie in another file that cannot be opened. `size` is then 0. kTooLarge when
+    // the buffer is too small; it is then full of the first bytes.
     Status ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size);
 
     // -- Writing. All answer -1 on a source.
@@ -80,13 +83,14 @@ public:
     // Replaces rate (hertz), channels and bits of a sound track that holds no sound yet; a value
     // below 1 leaves the old one. -1 for any other stream.
     Status SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
-    // Appends a frame, or a block of little-endian sound. -1 when it could not be written whole: it
-    // is then not part of the movie.
+    // Appends a frame, or a block of little-endian sound. What could not be written whole is not
+    // part of the movie.
     Status WriteFrame(int32_t stream, const void* data, uint32_t size);
-    // Writes the "moov" and the size of the "mdat". On a full disk the movie gives up its last
-    // megabyte of media, or as many as a larger "moov" takes, so that a file with a header remains.
-    // -1 when even that failed or the file is no destination; the destructor closes and cannot
-    // tell.
+    // Writes the "moov" and the size of the "mdat" and closes the file. On a full disk the movie
+    // gives up its last megabyte of media, or as many as a larger "moov" takes, so that a file with
+    // a header remains; the status is that of the write that failed all the same. SampleCount()
+    // then says what the file really holds: nothing where even that failed. Further calls answer
+    // the same; the destructor closes and cannot tell.
     Status Close();
 
     // The whole image, as read or as written so far.
@@ -110,8 +114,9 @@ private:
     void ParseMovieAtom(const AtomHead& head);
     Status ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
     Status ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
-    Status ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into);
-    Status ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into);
+    Status ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t bytes,
+                     std::span<uint8_t> buffer, uint32_t& size);
+    Status OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle& file);
 
     // Writer (qt_writer.cpp)
     void Create();
@@ -120,6 +125,8 @@ private:
     Status WriteSound(QTTrack& track, const void* data, uint32_t size);
     Status WriteMedia(const void* data, uint32_t size, uint64_t& offset);
     Status WriteMovie(uint64_t start, uint64_t& size);
+    Status WriteMovieOverMedia(uint64_t& end, uint64_t size);
+    Status WriteMediaSize(uint64_t end);
     void GiveUpMedia(uint64_t from);
     bool IsDestination() const { return fMode == kCreate && fInitCheck == 0; }
 
@@ -139,6 +146,7 @@ private:
     uint64_t fMediaEnd = 0;         // byte behind the last media written
     std::vector<uint8_t> fSwapped;  // sound on its way to the file
     bool fClosed = false;
+    Status fCloseStatus = kError;  // of what is no destination
 };
 
 // True when the first 100 bytes look like a movie: one of the atoms that begin such files, or a

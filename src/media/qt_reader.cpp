@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 #include "base/four_cc.h"
+#include "base/saturating.h"
 #include "base/status.h"
 #include "media/qt_compressed_header.h"
 #include "media/qt_file.h"
@@ -38,8 +40,8 @@ uint64_t ChunkBytes(QTTrack& track, const QTSamplePlace& chunk)
         static_cast<uint32_t>(track.Described(kSoundDescription["number of channels"]));
     const auto bits = static_cast<uint32_t>(track.Described(kSoundDescription["sample size"]));
     if (!IsQTPackedSound(format))
-        return QTSoundBytes(format, chunk.samples, channels, bits) *
-               track.samples.SampleDuration(chunk.first_sample);
+        return SaturatingMultiply(QTSoundBytes(format, chunk.samples, channels, bits),
+                                  track.samples.SampleDuration(chunk.first_sample));
     const uint32_t size = track.samples.sample_size;
     return size > 1 ? chunk.samples * size : QTSoundBytes(format, chunk.samples, channels, bits);
 }
@@ -54,9 +56,14 @@ void QTFile::Parse()
         std::array<uint8_t, kMaxAtomHead> window;
         const uint64_t position = i ? head.Next() : 0;
         fFile.SetPosition(position);
-        const int64_t got = fFile.Read(window.data(), window.size());
-        if (got <= 0) break;
-        if (!ReadAtomHead(std::span(window).first(static_cast<size_t>(got)), position, head)) break;
+        size_t got = 0;
+        const Status status = fFile.Read(window, got);
+        // Without the heads before it nobody knows where the movie is.
+        if (status == kUnread && !movie_seen) {
+            fInitCheck = {kError, status.SystemError()};
+            return;
+        }
+        if (!ReadAtomHead(std::span(window).first(got), position, head)) break;
         if (!IsLetters(head.type)) break;
         if (head.type == "mdat"_4cc) media_seen = true;
         if (head.type == "moov"_4cc && !movie_seen) {
@@ -77,8 +84,12 @@ void QTFile::ParseMovieAtom(const AtomHead& head)
     }
     Bytes body(static_cast<size_t>(size));
     fFile.SetPosition(head.body);
-    const int64_t got = fFile.Read(body.data(), static_cast<uint32_t>(size));
-    body.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
+    size_t got = 0;
+    if (const Status status = fFile.Read(body, got); status == kUnread) {
+        fInitCheck = {kError, status.SystemError()};
+        return;
+    }
+    body.resize(got);
     ParseQTMovie(body, fMovie);
     for (size_t track = 0; track < fMovie.tracks.size(); track++)
         AddStreams(track);
@@ -129,13 +140,11 @@ Status QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& si
 {
     QTTrack& track = fMovie.tracks[stream.track];
     QTSamplePlace place;
+    if (stream.sample >= track.samples.SampleCount()) return kEnd;
+    if (!track.samples.FindSample(stream.sample, place)) return kMissing;
     const uint32_t bytes = track.samples.SampleSize(stream.sample);
-    if (stream.sample >= track.samples.SampleCount() || bytes > buffer.size() ||
-        !track.samples.FindSample(stream.sample, place))
-        return kError;
-    const Status status = ReadMedia(track, place, buffer.first(bytes));
+    const Status status = ReadMedia(track, place, bytes, buffer, size);
     if (status != kOK) return status;
-    size = bytes;
     stream.sample++;
     stream.chunk = place.chunk;
     return kOK;
@@ -145,50 +154,57 @@ Status QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& si
 {
     QTTrack& track = fMovie.tracks[stream.track];
     QTSamplePlace place;
-    if (!track.samples.FindChunk(stream.chunk, place)) return kError;
-    const uint64_t bytes = ChunkBytes(track, place);
-    if (bytes > buffer.size()) return kError;
-    const auto sound = buffer.first(static_cast<size_t>(bytes));
-    const Status status = ReadMedia(track, place, sound);
-    if (status != kOK) return status;
+    if (!track.samples.FindChunk(stream.chunk, place)) {
+        const bool end = stream.chunk > track.samples.ChunkCount() && !track.samples.LacksChunks();
+        return end ? kEnd : kMissing;
+    }
+    const Status status = ReadMedia(track, place, ChunkBytes(track, place), buffer, size);
     // Words of 16 bits whatever the sample size is, as the writer does.
-    if (track.Format() == "twos"_4cc) SwapWords(sound.data(), sound.data(), sound.size() / 2);
-    size = static_cast<uint32_t>(bytes);
-    stream.sample = place.first_sample + place.samples;
+    if (track.Format() == "twos"_4cc) SwapWords(buffer.data(), buffer.data(), size / 2);
+    if (status != kOK) return status;
+    stream.sample = SaturatingAdd(place.first_sample, place.samples);
     stream.chunk++;
     return kOK;
 }
 
-Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, std::span<uint8_t> into)
+// Reads `bytes` bytes, or the first of them that the buffer has room for.
+Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t bytes,
+                         std::span<uint8_t> buffer, uint32_t& size)
 {
-    const auto& descriptions = track.samples.descriptions;
-    if (!descriptions.empty()) {
-        const size_t which = std::clamp<size_t>(place.description, 1, descriptions.size()) - 1;
-        const size_t reference = static_cast<size_t>(
-            descriptions[which].fields.Get(kDescriptionHead["data reference index"]));
-        const auto& references = track.data_references;
-        if (reference >= 1 && reference <= track.external_names.size() &&
-            !(reference <= references.size() && references[reference - 1].IsSelfContained()))
-            return ReadExternal(track, reference - 1, place.offset, into);
-    }
-    fFile.SetPosition(place.offset);
-    const int64_t got = fFile.Read(into.data(), static_cast<uint32_t>(into.size()));
-    return got == static_cast<int64_t>(into.size()) ? kOK : kError;
+    FileHandle file = kNoFile;
+    if (const Status status = OpenMedia(track, place, file); status != kOK) return status;
+    constexpr size_t kMostAtOnce = std::numeric_limits<uint32_t>::max();
+    const auto into = buffer.first(
+        static_cast<size_t>(std::min<uint64_t>(bytes, std::min(buffer.size(), kMostAtOnce))));
+    if (const Status status = FileReadWhole(file, place.offset, into); status != kOK) return status;
+    const bool too_large = into.size() < bytes;
+    if (too_large && SaturatingAdd(place.offset, bytes) > FileSize(file)) return kMissing;
+    size = static_cast<uint32_t>(into.size());
+    return too_large ? kTooLarge : kOK;
 }
 
-Status QTFile::ReadExternal(QTTrack& track, size_t file, uint64_t offset, std::span<uint8_t> into)
+// The file that holds the media: this one, or another that is opened when it is first read from.
+Status QTFile::OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle& file)
 {
+    file = fFile.Handle();
+    const auto& descriptions = track.samples.descriptions;
+    if (descriptions.empty()) return kOK;
+    const size_t which = std::clamp<size_t>(place.description, 1, descriptions.size()) - 1;
+    const size_t reference = static_cast<size_t>(
+        descriptions[which].fields.Get(kDescriptionHead["data reference index"]));
+    const auto& references = track.data_references;
+    if (reference < 1 || reference > track.external_names.size() ||
+        (reference <= references.size() && references[reference - 1].IsSelfContained()))
+        return kOK;
     track.external_files.resize(track.external_names.size());
-    FileHolder& holder = track.external_files[file];
+    FileHolder& holder = track.external_files[reference - 1];
     if (!holder.IsOpen()) {
-        const std::string path = ResolveReference(track.external_names[file], fVolumes);
+        const std::string path = ResolveReference(track.external_names[reference - 1], fVolumes);
         holder = FileHolder(FileOpen(path.c_str(), kOpenRead));
+        if (!holder.IsOpen()) return Status::System(kReferenceMissing);
     }
-    const int64_t place = static_cast<int64_t>(offset);
-    if (!holder.IsOpen() || place < 0 || FileSeek(holder.Handle(), place, kFromStart) != place)
-        return kReferenceMissing;
-    const int64_t got = FileRead(holder.Handle(), into.data(), static_cast<uint32_t>(into.size()));
-    return got == static_cast<int64_t>(into.size()) ? kOK : kReferenceMissing;
+    file = holder.Handle();
+    return kOK;
 }
 
 }  // namespace kelvane

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/saturating.h"
+
 namespace kelvane {
 
 namespace {
@@ -81,7 +83,9 @@ void QTSampleTables::LoadOffsets(std::span<const uint8_t> body, size_t offset_by
 {
     ByteReader in(body, ByteOrder::kBig);
     in.Skip(4);
+    const uint64_t claimed = ByteReader(in).Get32();
     offsets.resize(EntryCount(in, offset_bytes));
+    fLacksChunks = offsets.size() < claimed;
     for (uint64_t& offset : offsets)
         offset = in.Get(offset_bytes);
 }
@@ -150,24 +154,21 @@ bool QTSampleTables::FindSample(uint64_t sample, QTSamplePlace& place)
                          [](uint64_t s, const Run& r) { return s < r.first_sample; });
     if (after == fRuns.begin()) return false;
     const Run& run = *std::prev(after);
-    if (run.samples == 0) return false;
+    if (run.samples == 0 || (sample_size == 0 && sample >= sizes.size())) return false;
     const uint64_t chunk = run.first_chunk + (sample - run.first_sample) / run.samples;
     if (chunk > offsets.size()) return false;
     const uint64_t first = sample - (sample - run.first_sample) % run.samples;
 
     uint64_t from = first, within = 0;
     if (sample_size != 0) {
-        within = (sample - first) * sample_size;
+        within = SaturatingMultiply(sample - first, sample_size);
         from = sample;
     } else if (fLastFirst == first && fLastSample <= sample) {
         from = fLastSample;
         within = fLastOffset;
     }
-    // Beyond the table every sample has the size of the last one, as SampleSize says.
-    const uint64_t listed = std::clamp<uint64_t>(sizes.size(), from, sample);
-    for (; from < listed; from++)
+    for (; from < sample; from++)  // 32-bit sizes of fewer than 2^32 samples
         within += sizes[static_cast<size_t>(from)];
-    within += (sample - from) * SampleSize(sample);
     fLastSample = sample;
     fLastFirst = first;
     fLastOffset = within;
@@ -175,7 +176,7 @@ bool QTSampleTables::FindSample(uint64_t sample, QTSamplePlace& place)
     place = {};
     place.chunk = static_cast<uint32_t>(chunk);
     place.description = run.description;
-    place.offset = offsets[static_cast<size_t>(chunk - 1)] + within;
+    place.offset = SaturatingAdd(offsets[static_cast<size_t>(chunk - 1)], within);
     return true;
 }
 
@@ -187,7 +188,7 @@ bool QTSampleTables::FindChunk(uint64_t chunk, QTSamplePlace& place) const
     const Run& run = *std::prev(after);  // the first run begins at chunk 1
     place.offset = offsets[static_cast<size_t>(chunk - 1)];
     place.samples = run.samples;
-    place.first_sample = run.first_sample + (chunk - run.first_chunk) * run.samples;
+    place.first_sample = SaturatingAdd(run.first_sample, (chunk - run.first_chunk) * run.samples);
     place.chunk = static_cast<uint32_t>(chunk);
     place.description = run.description;
     return true;

@@ -74,7 +74,10 @@ public:
     uint32_t SampleSize(uint64_t sample) const;
     // Like the size; cheap for samples in rising order, as FindSample is.
     uint32_t SampleDuration(uint64_t sample);
-    // The byte of the file where a sample begins. Cheap for samples in rising order.
+    // True when the chunk offsets are fewer than their table claims.
+    bool LacksChunks() const { return fLacksChunks; }
+    // The byte of the file where a sample begins. Cheap for samples in rising order. Where the
+    // numbers add up to more than any file has, the place is the largest number.
     [[nodiscard]] bool FindSample(uint64_t sample, QTSamplePlace& place);
     [[nodiscard]] bool FindChunk(uint64_t chunk, QTSamplePlace& place) const;
 
@@ -100,6 +103,7 @@ private:
     uint64_t fSamples = 0;   // in all: by "stts", or written so far
     uint64_t fDuration = 0;  // of a source
     bool fGrowing = false;   // a destination
+    bool fLacksChunks = false;
     // The last sample found and its offset within its chunk.
     uint64_t fLastSample = 0, fLastFirst = UINT64_MAX, fLastOffset = 0;
     // The entry of `times` last used and the sample it begins at.

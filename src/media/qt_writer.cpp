@@ -90,7 +90,7 @@ void QTFile::Create()
     fMovie.texts[QTMovie::kInformation] = kDefaultInformation;
     fMediaEnd = kMediaHead;
     // A device that is full already is no destination.
-    fInitCheck = fFile.Write(head.data(), head.size());
+    fInitCheck = fFile.Write(head);
 }
 
 void QTFile::SetOptions(uint32_t options, const char* information)
@@ -187,9 +187,9 @@ Status QTFile::WriteFrame(int32_t stream, const void* data, uint32_t size)
     QTTrack& track = fMovie.tracks[s->track];
     if (s->kind == kSound) return WriteSound(track, data, size);
     uint64_t offset;
-    if (WriteMedia(data, size, offset) != kOK) return kError;
-    track.samples.AddSample(offset, size);
-    return kOK;
+    const Status status = WriteMedia(data, size, offset);
+    if (status == kOK) track.samples.AddSample(offset, size);
+    return status;
 }
 
 Status QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
@@ -207,55 +207,73 @@ Status QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
         data = fSwapped.data();
     }
     uint64_t offset;
-    if (WriteMedia(data, size, offset) != kOK) return kError;
-    track.samples.AddChunk(offset, static_cast<uint32_t>(samples));
-    return kOK;
+    const Status status = WriteMedia(data, size, offset);
+    if (status == kOK) track.samples.AddChunk(offset, static_cast<uint32_t>(samples));
+    return status;
 }
 
 Status QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
 {
     offset = fMediaEnd;
     fFile.SetPosition(fMediaEnd);
-    if (fFile.Write(data, size) != kOK) return kError;
+    const Status status = fFile.Write({static_cast<const uint8_t*>(data), size});
     fMediaEnd = fFile.Position();
-    return kOK;
+    return status;
 }
 
 Status QTFile::Close()
 {
-    if (!IsDestination() || fClosed) return kError;
+    if (!IsDestination() || fClosed) return fCloseStatus;
     fClosed = true;
-    uint64_t start = fMediaEnd, given_up = 0, needed = 0;
-    Status status = WriteMovie(start, needed);
-    // A megabyte first; a header that is larger then gets as much as it needs.
-    while (status != kOK && start > kMediaHead && given_up < needed) {
-        given_up = given_up ? (needed / kGivenUp + 1) * kGivenUp : kGivenUp;
-        start = fMediaEnd - std::min(given_up, fMediaEnd - kMediaHead);
-        GiveUpMedia(start);
-        status = WriteMovie(start, needed);
-        if (status == kOK) break;
-        // Some file systems never write in place: they need the room back first.
-        fFile.SetPosition(start);
-        fFile.Truncate();
-        status = WriteMovie(start, needed);
-    }
-    uint8_t size[8];
-    StoreBytes(size, start, ByteOrder::kBig);  // the "mdat" begins at byte 0
-    fFile.SetPosition(kMediaSizeAt);
-    return fFile.Write(size, sizeof size) == kOK ? status : kError;
+    uint64_t end = fMediaEnd, size = 0;
+    fCloseStatus = WriteMovie(end, size);
+    const bool has_movie = fCloseStatus == kOK || WriteMovieOverMedia(end, size) == kOK;
+    // What a broken write or given up media left behind the header would be taken for atoms.
+    // A header that is there in part goes as well.
+    if (!has_movie) fFile.SetPosition(end);
+    fCloseStatus = FirstFailure(fCloseStatus, fFile.Truncate());
+    const Status sized = WriteMediaSize(end);
+    fCloseStatus = FirstFailure(fCloseStatus, FirstFailure(sized, fFile.Close()));
+    // Without either of them no reader finds a frame.
+    if (!has_movie || sized != kOK) GiveUpMedia(0);
+    return fCloseStatus;
 }
 
-// Writes the header and ends the file behind it: what a broken write or given up media left there
-// would be taken for atoms.
+// Where there is no room for a header of `size` bytes the last megabyte of media makes it; for a
+// header that is larger then as much as it needs. `end` is where the media that stay end.
+Status QTFile::WriteMovieOverMedia(uint64_t& end, uint64_t size)
+{
+    Status status = kError;
+    uint64_t given_up = 0;
+    while (status != kOK && end > kMediaHead && given_up < size) {
+        given_up = given_up ? (size / kGivenUp + 1) * kGivenUp : kGivenUp;
+        end = fMediaEnd - std::min(given_up, fMediaEnd - kMediaHead);
+        GiveUpMedia(end);
+        status = WriteMovie(end, size);
+        if (status == kOK) break;
+        // Some file systems never write in place: they need the room back first.
+        fFile.SetPosition(end);
+        status = fFile.Truncate();
+        if (status == kOK) status = WriteMovie(end, size);
+    }
+    return status;
+}
+
+Status QTFile::WriteMediaSize(uint64_t end)
+{
+    uint8_t size[8];
+    StoreBytes(size, end, ByteOrder::kBig);  // the "mdat" begins at byte 0
+    fFile.SetPosition(kMediaSizeAt);
+    return fFile.Write(size);
+}
+
 Status QTFile::WriteMovie(uint64_t start, uint64_t& size)
 {
     FinishQTMovie(fMovie);
     const Bytes moov = BuildQTMovie(fMovie, fOptions & kQTWideOffsets);
     size = moov.size();
     fFile.SetPosition(start);
-    const Status status = fFile.Write(moov.data(), moov.size());
-    if (status == kOK) fFile.Truncate();
-    return status;
+    return fFile.Write(moov);
 }
 
 // Takes all chunks that end behind `from` out of the tables.

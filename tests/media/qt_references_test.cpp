@@ -51,9 +51,11 @@ TEST(QTReferences, FollowsAliasesAndCodeAtomsToOtherFiles)
     ASSERT_EQ(0, mkfifo(folder.Path("reel 1/fifo").c_str(), 0600));
     for (const std::string& bad :
          {std::string("Other Disk:reel 1:tape.dv"), std::string("/dev/zero/of/all"),
-          folder.Path("missing.dv"), folder.Path("reel 1"), folder.Path("reel 1/fifo"),
-          folder.Write("reel 1/short", Text("AAA"))})
+          folder.Path("missing.dv"), folder.Path("reel 1"), folder.Path("reel 1/fifo")})
         EXPECT_EQ("(-5)", read(ReferenceMovie(Alias(bad)))) << bad;
+    EXPECT_EQ("(-201)", read(ReferenceMovie(Alias(folder.Write("reel 1/short", Text("AAA"))))))
+        << "it is there, and too short";
+    EXPECT_EQ("(-202)", read(ReferenceMovie(Alias("/proc/self/mem")))) << "nothing lies at place 0";
 
     const Bytes circular = ReferenceMovie(Alias(folder.Path("movie.mov")));
     EXPECT_EQ(std::string(circular.begin(), circular.begin() + 4), read(circular))

@@ -299,12 +299,13 @@ TEST_F(QTWriter, GivesUpMediaForTheHeaderOnAFullDisk)
         {144000, 20, 0x100000, 12}, {20, 200000, 0x200000, 95142}};
     for (const auto& [size, count, given_up, left] : rows) {
         const uint64_t media = uint64_t{size} * count;
-        const Bytes whole = Write([&, size = size, count = count](QTFile& file) {
+        const Bytes whole = Write([&, size = size, count = count, left = left](QTFile& file) {
             ASSERT_EQ(0, file.AddDVTrack(true));
             for (uint32_t i = 0; i < count; i++)
                 ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), size));
             const FullDisk full(16 + media + 100);
-            EXPECT_EQ(0, file.Close());
+            EXPECT_EQ(EFBIG, file.Close().SystemError()) << "told all the same";
+            EXPECT_EQ(left, file.SampleCount(0));
         });
         EXPECT_EQ("mdat moov", AtomNames(whole)) << "nothing is left behind the header";
         EXPECT_EQ(media - given_up, AtomBody(whole, "mdat").size());
