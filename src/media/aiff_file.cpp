@@ -103,14 +103,15 @@ Bytes CommonOf(const RawAudioFormat& format, bool compressed)
 AIFFFile::AIFFFile(const char* path, uint32_t mode) : fSamples(path, mode)
 {
     if (!fSamples.IsOpen())
-        fInitCheck = kError;
+        fInitCheck = fSamples.InitCheck();
     else if (mode != kCreate)
         Parse();
 }
 
 AIFFFile::~AIFFFile()
 {
-    if (fSamples.Mode() == kCreate && fSound) Finish();
+    // Who wants to know finishes before.
+    static_cast<void>(Finish());
 }
 
 void AIFFFile::Parse()
@@ -121,7 +122,9 @@ void AIFFFile::Parse()
     }
     fCommon = LastChunk(fTree, "COMM"_4cc);
     fSound = LastChunk(fTree, "SSND"_4cc);
-    if (fSound) fSamples.SetStart(fSound->offset + kSoundHeaderSize);
+    if (fSound)
+        fSamples.SetStart(fSound->offset + kSoundHeaderSize,
+                          SampleBytes(*fSound, kSoundHeaderSize));
     if (!fCommon) return;
     fRecord = RecordOf(fCommon->data ? *fCommon->data : Bytes{});
     if (fRecord.format != kSamplePCM) fInitCheck = kAudioNotSupported;
@@ -156,7 +159,13 @@ Status AIFFFile::SetFormat(const RawAudioFormat& format, bool compressed)
     return kOK;
 }
 
-void AIFFFile::Finish()
+Status AIFFFile::Finish()
+{
+    if (fSamples.Mode() != kCreate) return kError;
+    return fSamples.Finish(fSamples.IsOpen() && fSound ? WriteHeaders() : Status(kOK));
+}
+
+Status AIFFFile::WriteHeaders()
 {
     const auto bytes = static_cast<uint32_t>(fSamples.BytesWritten());
     // Rounded up although no byte is added to the file: deliberate.
@@ -167,14 +176,19 @@ void AIFFFile::Finish()
     // It fits: the body is ours.
     static_cast<void>(SetField(*fCommon->data, kFrameCount, frames, ByteOrder::kBig));
     fCommon->dirty_data = true;
-    // A destructor has nobody to tell.
-    static_cast<void>(fTree.Flush(fSamples.Handle()));
+    return fTree.Flush(fSamples.Handle());
 }
 
 int64_t AIFFFile::CountFrames() const
 {
     if (!fCommon || !fSound) return 0;
-    return fSamples.CountFrames(SampleBytes(*fSound, kSoundHeaderSize), SampleFrameSize(fRecord));
+    return fSamples.CountFrames(SampleFrameSize(fRecord));
+}
+
+int64_t AIFFFile::PromisedFrames() const
+{
+    if (!fCommon || !fSound) return 0;
+    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
 }
 
 Status AIFFFile::SetPosition(int64_t frame)

@@ -32,16 +32,18 @@ public:
 
     // Whole sample frames of the "SSND" chunk that the file really has.
     int64_t CountFrames() const;
+    int64_t PromisedFrames() const;
     Status SetPosition(int64_t frame);
     // Samples begin behind the eight bytes of the "SSND" header; its offset field does not count.
     Status Read(void* buffer, int32_t& count);
     Status Write(const void* buffer, int32_t count);
+    Status Finish();
 
     const ChunkTree& Tree() const { return fTree; }
 
 private:
     void Parse();
-    void Finish();
+    Status WriteHeaders();
 
     SampleFile fSamples;
     ChunkTree fTree{ByteOrder::kBig};

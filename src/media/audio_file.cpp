@@ -57,6 +57,12 @@ int64_t AudioFile::CountFrames() const
     return With(fFile, int64_t{kFormatNotSupported}, [](auto& file) { return file.CountFrames(); });
 }
 
+int64_t AudioFile::PromisedFrames() const
+{
+    return With(fFile, int64_t{kFormatNotSupported},
+                [](auto& file) { return file.PromisedFrames(); });
+}
+
 Status AudioFile::SetPosition(int64_t frame)
 {
     return With(fFile, kNone, [&](auto& file) { return file.SetPosition(frame); });
@@ -70,6 +76,11 @@ Status AudioFile::Read(void* buffer, int32_t& count)
 Status AudioFile::Write(const void* buffer, int32_t count)
 {
     return With(fFile, kNone, [&](auto& file) { return file.Write(buffer, count); });
+}
+
+Status AudioFile::Finish()
+{
+    return With(fFile, kNone, [](auto& file) { return file.Finish(); });
 }
 
 }  // namespace kelvane

@@ -106,7 +106,8 @@ uint64_t SampleBytes(const Chunk& body, uint32_t header)
 {
     const Chunk& form = *body.parent;
     const bool cut_off = body.length <= header && form.offset + form.length <= body.offset + header;
-    if (cut_off) return std::numeric_limits<uint64_t>::max();
+    constexpr uint32_t kOpen = 0xFFFFFFFE;  // rounded to even
+    if (cut_off || body.length == kOpen) return std::numeric_limits<uint64_t>::max();
     return body.length > header ? body.length - header : 0;
 }
 

@@ -31,8 +31,9 @@ Chunk* ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, Chunk
 // True when the file begins with the form.
 bool HasForm(const char* path, const SampleFileGrammar& grammar);
 
-// Bytes of samples in `body` behind its own header of `header` bytes. All to the end of the file,
-// and more, in a recording that was cut off before its sizes were written.
+// Bytes of samples in `body` behind its own header of `header` bytes; the largest number where that
+// is left open: in a recording that was cut off before its sizes were written, and in one that went
+// through a pipe, whose sizes are the largest that there are.
 uint64_t SampleBytes(const Chunk& body, uint32_t header);
 
 // The last chunk of this id, null when there is none.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -23,20 +24,30 @@ class SampleFile {
 public:
     SampleFile(const char* path, uint32_t mode);
 
+    // Why it could not be opened.
+    Status InitCheck() const { return fOpened; }
     bool IsOpen() const { return fFile.IsOpen(); }
     FileHandle Handle() const { return fFile.Handle(); }
     uint32_t Mode() const { return fMode; }
 
-    // Where the first sample lies.
-    void SetStart(uint64_t offset) { fStart = offset; }
-    // Whole frames of `bytes` bytes from the first sample on that the file really has.
-    int64_t CountFrames(uint64_t bytes, size_t frameSize) const;
+    // Where the first sample lies, and how many bytes of samples a source promises; kToTheEnd when
+    // it leaves that open.
+    void SetStart(uint64_t offset, uint64_t promised = 0);
+    static constexpr uint64_t kToTheEnd = std::numeric_limits<uint64_t>::max();
+    // Whole frames of what is promised that the file really has, and all of them.
+    int64_t CountFrames(size_t frameSize) const;
+    int64_t PromisedFrames(size_t frameSize) const;
     void SetPosition(int64_t frame) { fPosition = frame; }
     // Reads up to `count` frames from the position on, whatever the bytes there belong to, and
-    // moves past those that were whole. -1 with `count` 0 when nothing was left.
+    // moves past those that were whole. On failure `count` is 0: kMissing where the file, as it is
+    // now, ends before a frame that was promised; kEnd where it ends behind them; kUnread when the
+    // system failed.
     Status Read(void* buffer, int32_t& count, size_t frameSize);
     // Appends frames. The first call makes room for the header: zeros up to the first sample.
     Status Write(const void* buffer, int32_t count, size_t frameSize);
+    // Closes a file that was created, cut off behind what was written whole. `headers` says how
+    // writing them went; the first failure counts, and further calls answer the same.
+    Status Finish(Status headers);
 
     uint64_t FramesWritten() const { return fFramesWritten; }
     uint64_t BytesWritten() const { return fBytesWritten; }
@@ -44,7 +55,11 @@ public:
 private:
     FileHolder fFile;
     uint32_t fMode;
+    Status fOpened;
+    Status fWritten = kOK;  // the last failure
+    Status fFinished = kOK;
     uint64_t fStart = 0;     // bytes
+    uint64_t fPromised = 0;  // bytes
     int64_t fPosition = 0;   // sample frames
     bool fReserved = false;  // the header's room
     uint64_t fFramesWritten = 0;

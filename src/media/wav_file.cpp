@@ -51,14 +51,15 @@ Bytes HeaderOf(const RawAudioFormat& format)
 WAVFile::WAVFile(const char* path, uint32_t mode) : fSamples(path, mode)
 {
     if (!fSamples.IsOpen())
-        fInitCheck = kError;
+        fInitCheck = fSamples.InitCheck();
     else if (mode != kCreate)
         Parse();
 }
 
 WAVFile::~WAVFile()
 {
-    if (fSamples.Mode() == kCreate && fData) Finish();
+    // Who wants to know finishes before.
+    static_cast<void>(Finish());
 }
 
 void WAVFile::Parse()
@@ -69,7 +70,7 @@ void WAVFile::Parse()
     }
     fFormat = LastChunk(fTree, FourCC("fmt "));
     fData = LastChunk(fTree, FourCC("data"));
-    if (fData) fSamples.SetStart(fData->offset);
+    if (fData) fSamples.SetStart(fData->offset, SampleBytes(*fData, 0));
     if (!fFormat) return;
     fRecord = RecordOf(*fFormat);
     if (fRecord.format != kSamplePCM && fRecord.format != kSampleFloat)
@@ -97,20 +98,31 @@ Status WAVFile::SetFormat(const RawAudioFormat& format)
     return kOK;
 }
 
-void WAVFile::Finish()
+Status WAVFile::Finish()
+{
+    if (fSamples.Mode() != kCreate) return kError;
+    return fSamples.Finish(fSamples.IsOpen() && fData ? WriteHeaders() : Status(kOK));
+}
+
+Status WAVFile::WriteHeaders()
 {
     fData->length = static_cast<uint32_t>(fSamples.BytesWritten());
     fData->dirty_header = true;
     fTree.Layout();
     fFormat->dirty_data = true;
-    // A destructor has nobody to tell.
-    static_cast<void>(fTree.Flush(fSamples.Handle()));
+    return fTree.Flush(fSamples.Handle());
 }
 
 int64_t WAVFile::CountFrames() const
 {
     if (!fFormat || !fData) return 0;
-    return fSamples.CountFrames(SampleBytes(*fData, 0), SampleFrameSize(fRecord));
+    return fSamples.CountFrames(SampleFrameSize(fRecord));
+}
+
+int64_t WAVFile::PromisedFrames() const
+{
+    if (!fFormat || !fData) return 0;
+    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
 }
 
 Status WAVFile::SetPosition(int64_t frame)

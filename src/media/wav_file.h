@@ -12,7 +12,7 @@ namespace kelvane {
 
 // A RIFF WAVE file of PCM or float samples, little-endian in the file as in memory. Broadcast WAVE
 // (EBU Tech 3285) reads like any other. For one thread at a time; the destructor finishes a file
-// that was created.
+// that was created and cannot tell.
 class WAVFile {
 public:
     // `mode` is a FileMode. A source is parsed at once.
@@ -31,6 +31,8 @@ public:
 
     // Whole sample frames of the "data" chunk that the file really has.
     int64_t CountFrames() const;
+    // Those that the "data" chunk promises.
+    int64_t PromisedFrames() const;
     // Makes `frame` the next one to read. Not checked, always 0.
     Status SetPosition(int64_t frame);
     // As SampleFile::Read. Not limited to the "data" chunk: whoever asks for more than
@@ -38,12 +40,15 @@ public:
     Status Read(void* buffer, int32_t& count);
     // As SampleFile::Write.
     Status Write(const void* buffer, int32_t count);
+    // Ends a file that was created: its headers are written and it is closed. Further calls answer
+    // the same.
+    Status Finish();
 
     const ChunkTree& Tree() const { return fTree; }
 
 private:
     void Parse();
-    void Finish();
+    Status WriteHeaders();
 
     SampleFile fSamples;
     ChunkTree fTree{ByteOrder::kLittle};

@@ -158,9 +158,11 @@ TEST_F(SampleFiles, ReadsByPositionAndPastTheSamples)
     EXPECT_EQ("89LISTta", ReadFrames(file, 9, 4))
         << "no check against the chunk, and the partial frame does not count";
     uint8_t frame[4];
-    EXPECT_EQ(0, ReadRecords(file, 1, frame)) << "two bytes are left";
-    EXPECT_EQ(0, file.SetPosition(100));
-    EXPECT_EQ(-1, ReadRecords(file, 1, frame));
+    EXPECT_EQ(kEnd, ReadRecords(file, 1, frame)) << "two bytes are left";
+    for (const int64_t behind : {int64_t{100}, int64_t{1} << 62, INT64_MAX}) {
+        EXPECT_EQ(0, file.SetPosition(behind));
+        EXPECT_EQ(kEnd, ReadRecords(file, 1, frame)) << behind;
+    }
     EXPECT_EQ(-1, ReadRecords(file, -1, frame));
     EXPECT_EQ(-1, ReadRecords(file, 1, nullptr));
 }
