@@ -18,22 +18,52 @@ using namespace kelvane;
 namespace {
 
 constexpr uint64_t kMostBytes = 1 << 20;  // read of one frame or chunk
+constexpr int32_t kThorough = 8;          // streams; of all others little is read
 
-void WalkStream(QTFile& file, int32_t stream)
+void Expect(bool holds)
+{
+    if (!holds) abort();
+}
+
+// Reads the next frame or chunk into a buffer of this size and holds the answer to its word. False
+// at the end and at all that cannot be read.
+bool ReadOne(QTFile& file, int32_t stream, uint64_t room)
+{
+    static std::vector<uint8_t> buffer(kMostBytes);
+    const auto into = std::span(buffer).first(std::min(room, kMostBytes));
+    const int64_t before = file.FramePosition(stream);
+    const int64_t count = file.IsVideo(stream) ? file.SampleCount(stream) : file.ChunkCount(stream);
+    uint32_t got = 1;
+    const Status status = file.ReadFrame(stream, into, got);
+    Expect(file.FramePosition(stream) == before + (status == kOK));
+    Expect(got <= into.size() && (status == kOK || got == (status == kTooLarge ? into.size() : 0)));
+    if (status == kEnd) Expect(before >= count);
+    if (status == kOK) Expect(before < count);
+    return status == kOK;
+}
+
+void WalkStream(QTFile& file, int32_t stream, uint64_t anywhere)
 {
     PrintFormat(file.StreamFormat(stream), nullptr, 0);
     static_cast<void>(file.Duration(stream));
-    static std::vector<uint8_t> buffer(kMostBytes);
-    const int64_t frames = file.SampleCount(stream);
-    for (int64_t start : {int64_t{0}, frames - 1, frames, file.ChunkCount(stream), INT64_MAX}) {
-        if (file.SeekFrame(stream, start) != 0) continue;
-        for (int i = 0; i < 8; i++) {
+    const int reads = stream < kThorough ? 8 : 1;
+    const int64_t frames = file.SampleCount(stream), chunks = file.ChunkCount(stream);
+    const auto within = [anywhere](int64_t count) {
+        return count > 0 ? static_cast<int64_t>(anywhere % static_cast<uint64_t>(count)) : 0;
+    };
+    for (const int64_t start : {int64_t{0}, within(frames), within(chunks), frames - 1, frames,
+                                chunks - 1, chunks, INT64_MAX}) {
+        if (file.SeekFrame(stream, start) != kOK) continue;
+        Expect(file.FramePosition(stream) == start);
+        for (int i = 0; i < reads; i++) {
             const uint64_t size = file.FrameSize(stream, file.FramePosition(stream));
-            uint32_t got;
-            const auto room = std::span(buffer).first(std::min(size, kMostBytes));
-            const int status = file.ReadFrame(stream, room, got);
-            if (got > room.size() || (status != 0 && got != 0)) abort();
-            if (status != 0) break;
+            if (size > 0) static_cast<void>(ReadOne(file, stream, anywhere % size));
+            static_cast<void>(file.CurrentSample(stream));
+            static_cast<void>(file.CurrentChunk(stream));
+            // What cannot be read is gone over.
+            if (!ReadOne(file, stream, size) &&
+                file.SeekFrame(stream, file.FramePosition(stream) + 1) != kOK)
+                break;
         }
     }
 }
@@ -66,7 +96,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::string text;
     DescribeQuickTime(path.c_str(), text);
     QTFile file(path.c_str(), kRead);
-    for (int32_t stream = 0; stream < std::min(file.CountStreams(), 8); stream++)
-        WalkStream(file, stream);
+    uint64_t anywhere = size;
+    for (size_t i = 0; i < std::min<size_t>(size, 64); i++)
+        anywhere = anywhere * 31 + data[size - 1 - i];
+    for (int32_t stream = 0; stream < file.CountStreams(); stream++)
+        WalkStream(file, stream, anywhere);
+    // Of a stream that does not exist nothing comes.
+    Expect(file.FrameSize(file.CountStreams(), 0) == 0 && file.SeekFrame(-1, 0) != kOK);
     return 0;
 }

@@ -40,11 +40,17 @@ void ReadSamples(const char* path)
     if (frame > 1 << 20) return;  // the buffer is ours to provide
     std::vector<uint8_t> buffer(kFrames * frame);
     int32_t count = kFrames;
-    for (int64_t done = 0; done < 100 * kFrames; done += count) {
+    int64_t done = 0;
+    for (; done < 100 * kFrames; done += count) {
         count = kFrames;
-        if (file.Read(buffer.data(), count) != 0 || count == 0) break;
+        const Status status = file.Read(buffer.data(), count);
+        if ((status == kOK) != (count > 0)) std::abort();
+        // The end is where nothing more is promised.
+        if (status == kEnd && done < file.PromisedFrames()) std::abort();
+        if (status != kOK) break;
     }
-    file.SetPosition(file.CountFrames() + 1);
+    if (file.PromisedFrames() < file.CountFrames()) std::abort();
+    static_cast<void>(file.SetPosition(file.CountFrames() + 1));
     count = kFrames;
     static_cast<void>(file.Read(buffer.data(), count));
 }

@@ -46,7 +46,7 @@ std::string FramesMissing(const Losses& losses, uint64_t promised)
     const uint64_t lost = losses.FramesNotRead();
     if (lost == 0) return {};
     return " " + std::to_string(lost) + " of " + std::to_string(std::max(promised, lost)) +
-           (promised == 1 ? " frame is" : " frames are") + " missing, the first is number " +
+           (lost == 1 ? " frames is" : " frames are") + " missing, the first is number " +
            std::to_string(losses.first_frame) + ".";
 }
 

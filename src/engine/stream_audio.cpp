@@ -35,11 +35,11 @@ Status StreamAudioReader::Fill(AudioFifo& fifo, size_t enough)
 // What the file has and cannot give is silence, chunk by chunk.
 void StreamAudioReader::TakeFailure(Status status)
 {
+    if (fReason == kOK && status != kEnd) fReason = status;
     if (status == kEnd || status == kReferenceMissing) {
         fStatus = status;
         return;
     }
-    if (fReason == kOK) fReason = status;
     const uint64_t chunk = fStream.SkipChunk();
     if (chunk == 0) {
         fStatus = status;

@@ -217,12 +217,29 @@ uint64_t AVIIndex::OldIndexCorrection()
     return media - first + 4;
 }
 
+// False when the first chunk that the index names is not where it says: without its list nobody
+// knows what the offsets count from, and any bytes would pass for pictures.
+bool AVIIndex::OldIndexFits(uint64_t correction)
+{
+    const size_t count = CountOldEntries(fStructure.old_index);
+    for (size_t i = 0; i < count; i++) {
+        const OldEntry entry = OldEntryAt(*fStructure.old_index, i);
+        if (StreamNumber(entry.id) < 0 || entry.size == 0) continue;
+        uint32_t id = 0;
+        fSource.Seek(SumOfOffsets(entry.offset, correction));
+        // What is beyond the file, or cannot be read, is told when it is to be read.
+        return !fSource.Read32(id) || StreamNumber(id) == StreamNumber(entry.id);
+    }
+    return true;
+}
+
 // One pass for all streams that have no super index.
 void AVIIndex::AddOldIndex()
 {
     const size_t count = CountOldEntries(fStructure.old_index);
     if (count == 0) return;
     const uint64_t correction = OldIndexCorrection();
+    if (!OldIndexFits(correction)) return;
     const size_t streams = std::min(fStructure.streams.size(), kMostNumberedStreams);
     for (size_t i = 0; i < count; i++) {
         const OldEntry entry = OldEntryAt(*fStructure.old_index, i);

@@ -45,6 +45,7 @@ private:
     void AddStandardIndexes(AVIStream& stream, Coverage& coverage);
     void AddEntries(const Chunk& index, size_t count, AVIStream& stream, Coverage& coverage);
     uint64_t OldIndexCorrection();
+    bool OldIndexFits(uint64_t correction);
     void AddOldIndex();
     void AddFrame(AVIStream& stream, const FrameEntry& entry);
     void AddOrHold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);

@@ -56,7 +56,7 @@ private:
     FileHolder fFile;
     uint32_t fMode;
     Status fOpened;
-    Status fWritten = kOK;  // the first failure
+    Status fWritten = kOK;  // the last failure
     Status fFinished = kOK;
     uint64_t fStart = 0;     // bytes
     uint64_t fPromised = 0;  // bytes
