@@ -4,15 +4,33 @@
 
 namespace kelvane {
 
+namespace {
+
+std::exception_ptr ThrownBy(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
+}
+
+}  // namespace
+
 BackgroundTask::BackgroundTask(int threads)
 {
-    if (threads > 1) fThread = std::thread([this] { Serve(); });
+    if (threads < 2) return;
+    try {
+        fThread = std::thread([this] { Serve(); });
+    } catch (const std::exception&) {
+        // No thread to be had: the caller does the work.
+    }
 }
 
 BackgroundTask::~BackgroundTask()
 {
     if (!fThread.joinable()) return;
-    Wait();
     {
         std::lock_guard hold(fLock);
         fQuit = true;
@@ -23,8 +41,11 @@ BackgroundTask::~BackgroundTask()
 
 void BackgroundTask::Start(std::function<void()> work)
 {
-    if (!fThread.joinable()) return work();
     Wait();
+    if (!fThread.joinable()) {
+        fThrown = ThrownBy(work);
+        return;
+    }
     {
         std::lock_guard hold(fLock);
         fWork = std::move(work);
@@ -32,10 +53,16 @@ void BackgroundTask::Start(std::function<void()> work)
     fChanged.notify_all();
 }
 
-void BackgroundTask::Wait()
+std::exception_ptr BackgroundTask::Settle()
 {
     std::unique_lock hold(fLock);
     fChanged.wait(hold, [this] { return !fWork; });
+    return std::exchange(fThrown, nullptr);
+}
+
+void BackgroundTask::Wait()
+{
+    if (const std::exception_ptr thrown = Settle()) std::rethrow_exception(thrown);
 }
 
 void BackgroundTask::Serve()
@@ -43,10 +70,11 @@ void BackgroundTask::Serve()
     std::unique_lock hold(fLock);
     for (;;) {
         fChanged.wait(hold, [this] { return fQuit || fWork; });
-        if (fQuit) return;
+        if (!fWork) return;
         hold.unlock();
-        fWork();
+        std::exception_ptr thrown = ThrownBy(fWork);
         hold.lock();
+        fThrown = std::move(thrown);
         fWork = nullptr;
         fChanged.notify_all();
     }

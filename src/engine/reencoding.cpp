@@ -75,7 +75,8 @@ public:
         else
             run.state.beside.Start([this, &slot] { fStatus = DecodeSlot(fRun, slot, nullptr); });
     }
-    ~NewestBeside() { fRun.state.beside.Wait(); }
+    // With work under way only when something else has failed, which is told instead.
+    ~NewestBeside() { static_cast<void>(fRun.state.beside.Settle()); }
     NewestBeside(const NewestBeside&) = delete;
     NewestBeside& operator=(const NewestBeside&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <utility>
 
 #include "picture/pixels.h"
 
@@ -50,10 +51,12 @@ bool IsScene(const DeinterlaceState& state, const Lines& lines, size_t moving)
 void AdaptiveDeinterlaceInit(DeinterlaceState& state, int32_t width, int32_t height)
 {
     state = {};
-    state.width = width;
-    state.height = height;
-    state.previous.resize(PixelCount(width, height));
-    state.moving.resize(state.previous.size());
+    DeinterlaceState made;  // whole before it counts, for memory can run out
+    made.width = width;
+    made.height = height;
+    made.previous.resize(PixelCount(width, height));
+    made.moving.resize(made.previous.size());
+    state = std::move(made);
 }
 
 void AdaptiveDeinterlaceEnd(DeinterlaceState& state)

@@ -1,6 +1,6 @@
 #include "picture/worker_pool.h"
 
-#include <system_error>
+#include <utility>
 
 namespace kelvane {
 
@@ -24,8 +24,8 @@ WorkerPool::WorkerPool(int threads)
     try {
         for (int i = 1; i < threads; i++)
             fThreads.emplace_back([this] { Serve(); });
-    } catch (const std::system_error&) {
-        // No more threads to be had: the ones there are do the work.
+    } catch (const std::exception&) {
+        // No more threads, or no more memory for them: the ones there are do the work.
     }
 }
 
@@ -48,8 +48,18 @@ bool WorkerPool::RunOne(std::unique_lock<std::mutex>& hold)
     const Call call = fCall;
     void* const body = fBody;
     hold.unlock();
-    call(body, part);
+    std::exception_ptr thrown;
+    try {
+        call(body, part);
+    } catch (...) {
+        thrown = std::current_exception();
+    }
     hold.lock();
+    if (thrown) {
+        if (!fThrown) fThrown = std::move(thrown);
+        fLeft -= fParts - fNext;
+        fNext = fParts;
+    }
     if (--fLeft == 0) fFinished.notify_one();
     return true;
 }
@@ -75,6 +85,7 @@ void WorkerPool::Run(size_t parts, Call call, void* body)
     LookFor([this] { return fLeft == 0; });
     hold.lock();
     fFinished.wait(hold, [this] { return fLeft == 0; });
+    if (fThrown) std::rethrow_exception(std::exchange(fThrown, nullptr));
 }
 
 void WorkerPool::Serve()

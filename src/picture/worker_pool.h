@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <type_traits>
@@ -17,7 +18,7 @@ namespace kelvane {
 // pool. One caller at a time; calls don't nest.
 class WorkerPool {
 public:
-    // `threads` counts the caller; below 1 it is 1.
+    // `threads` counts the caller; below 1 it is 1. Where so many can't be made, there are fewer.
     explicit WorkerPool(int threads);
     ~WorkerPool();
     WorkerPool(const WorkerPool&) = delete;
@@ -25,7 +26,9 @@ public:
 
     size_t Threads() const { return fThreads.size() + 1; }
 
-    // Calls work(part) once for each part from 0 to parts - 1 and returns when all are done.
+    // Calls work(part) once for each part from 0 to parts - 1 and returns when all are done. When
+    // one throws, parts that nobody has begun are left out, and what was thrown first reaches the
+    // caller once no part is under way.
     template <class Work>
     void ForEach(size_t parts, Work&& work)
     {
@@ -49,7 +52,8 @@ private:
     Call fCall = nullptr;
     void* fBody = nullptr;
     size_t fParts = 0;
-    size_t fNext = 0;  // part to be taken
+    size_t fNext = 0;            // part to be taken
+    std::exception_ptr fThrown;  // by a part of this job, before any other
     bool fQuit = false;
     // Looked at without the lock by threads that wait a moment before they sleep.
     std::atomic<size_t> fJobs = 0;

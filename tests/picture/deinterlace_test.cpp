@@ -3,6 +3,7 @@
 #include "picture/adaptive_deinterlace.h"
 #include "picture/motion_blur_deinterlace.h"
 #include "picture/random_picture.h"
+#include "support/scarce_resources.h"
 
 namespace kelvane {
 namespace {
@@ -70,6 +71,11 @@ TEST(AdaptiveDeinterlace, StartsAnewForAnotherSizeAndAtTheEnd)
     AdaptiveDeinterlaceEnd(state);
     EXPECT_TRUE(is_rebuilt(bright, 1));
     EXPECT_FALSE(is_rebuilt({0xFFFFFFFF}, 1));
+    // Without memory for the second of its buffers it has none of them.
+    FailAllocation(2);
+    EXPECT_THROW(AdaptiveDeinterlaceInit(state, 1, 6), std::bad_alloc);
+    FailAllocation(0);
+    EXPECT_TRUE(is_rebuilt(bright, 1));
 }
 
 TEST(AdaptiveDeinterlace, SceneThresholdAndOtherModesRebuildMore)
