@@ -7,6 +7,7 @@
 #include "platform/codec_drivers.h"
 #include "support/clip_maker/sample_clip.h"
 #include "support/picture_noise.h"
+#include "support/scarce_resources.h"
 
 namespace kelvane {
 namespace {
@@ -25,8 +26,9 @@ CodecSetup SetupFor(bool pal, bool dvcpro, uint16_t bits)
 
 OpenedCodec OpenCodec(const CodecSetup& setup, bool decoder)
 {
+    static const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
     OpenedCodec codec;
-    for (const CodecDriver& driver : LoadCodecDrivers(CodecFolder()).codecs)
+    for (const CodecDriver& driver : drivers.codecs)
         if (driver.codec.handler == FourCC("dvsd") && (driver.codec.is_decoder != 0) == decoder &&
             codec.Open(driver, setup) == 0)
             break;
@@ -88,6 +90,93 @@ TEST(LibavModule, RefusesRubbishAndOtherSystemsAndSizes)
     EXPECT_EQ(untouched, picture) << "a refused frame is not converted";
     EXPECT_NE(0, decoder.Decode(good, std::span(picture).first(100)));
     EXPECT_EQ(0, decoder.Decode(good, picture)) << "good frames go on after bad ones";
+}
+
+// An encoder and a decoder, and a picture that went through both.
+struct RoundTrip {
+    void Open(uint32_t threads)
+    {
+        CodecSetup setup = SetupFor(true, false, 32);
+        setup.threads = threads;
+        encoder = OpenCodec(setup, false);
+        decoder = OpenCodec(setup, true);
+    }
+    // Where a step fails its result is cleared. Allocates nothing here.
+    void Code(const Bytes& source)
+    {
+        uint32_t bytes = 0;
+        frame.resize(144000);
+        picture.resize(720 * 576 * 4);
+        if (encoder.Encode(source.data(), frame, bytes) != 0) frame.clear();
+        if (decoder.Decode(frame, picture) != 0) picture.clear();
+    }
+    bool SameAs(const RoundTrip& other) const
+    {
+        return frame == other.frame && picture == other.picture;
+    }
+
+    OpenedCodec encoder, decoder;
+    Bytes frame = Bytes(144000), picture = Bytes(720 * 576 * 4);
+};
+
+Bytes SmoothPicture()
+{
+    Bytes picture(720 * 576 * 4);
+    for (size_t i = 0; i < picture.size(); i++)
+        picture[i] = static_cast<uint8_t>(i / 8 % 720 / 3 + i % 4 * 20);
+    return picture;
+}
+
+TEST(LibavModule, TheNumberOfThreadsToBeHadDoesNotChangeTheBytes)
+{
+    const Bytes source = SmoothPicture();
+    RoundTrip one;
+    one.Open(1);
+    one.Code(source);
+    ASSERT_FALSE(one.frame.empty() || one.picture.empty());
+    for (int allowed = 0; allowed <= 4; allowed++) {
+        AllowThreads(allowed);
+        RoundTrip some;
+        some.Open(4);
+        EXPECT_GT(ThreadsRefused(), 0);
+        AllowThreads(-1);
+        some.Code(source);
+        EXPECT_TRUE(some.SameAs(one)) << allowed << " threads";
+    }
+}
+
+// Fails each allocation of coding and decoding a picture. How often the codecs did not open.
+int TimesNotOpened(uint32_t threads)
+{
+    const Bytes source = SmoothPicture();
+    RoundTrip good;
+    good.Open(threads);
+    good.Code(source);
+    EXPECT_FALSE(good.frame.empty() || good.picture.empty());
+    int not_opened = 0, number = 1;
+    for (bool failed = true; failed; number++) {
+        SCOPED_TRACE(testing::Message() << "allocation " << number << ", " << threads);
+        RoundTrip trip;
+        FailAllocation(number);
+        trip.Open(threads);
+        trip.Code(source);
+        failed = AllocationFailed();
+        FailAllocation(0);
+        EXPECT_TRUE(trip.frame.empty() || trip.frame == good.frame);
+        EXPECT_TRUE(trip.picture.empty() || trip.picture == good.picture);
+        EXPECT_TRUE(failed || trip.SameAs(good));
+        const bool opened = trip.encoder.IsOpen() && trip.decoder.IsOpen();
+        if (!opened) not_opened++;
+        trip.Code(source);
+        EXPECT_TRUE(!opened || trip.SameAs(good)) << "what is open goes on as ever";
+    }
+    EXPECT_GT(number, 20) << "hardly anything failed";
+    return not_opened;
+}
+
+TEST(LibavModule, MemoryThatRunsOutIsAFailureAndNoMore)
+{
+    EXPECT_LT(TimesNotOpened(2), TimesNotOpened(1)) << "two threads that fail are tried as one";
 }
 
 TEST(LibavModule, RefusesFormatsThatItDoesNotServe)

@@ -49,10 +49,26 @@ ContextPtr NewContext(const AVCodec* codec, uint32_t threads)
     av_log_set_level(AV_LOG_QUIET);
     ContextPtr context(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!context) return nullptr;
-    context->thread_count = static_cast<int>(std::clamp(threads, 1u, kMostThreads));
+    context->thread_count = static_cast<int>(threads);
     context->thread_type = FF_THREAD_SLICE;
     context->flags |= AV_CODEC_FLAG_BITEXACT;
     return context;
+}
+
+// An open context, null when there is none to be had; `prepare` sets its fields. Where it does not
+// open with so many threads it is tried with one, in a context of its own: one that failed is not
+// opened again.
+template <class Prepare>
+ContextPtr OpenContext(const AVCodec* codec, uint32_t threads, Prepare prepare)
+{
+    for (const uint32_t count : {std::clamp(threads, 1u, kMostThreads), 1u}) {
+        ContextPtr context = NewContext(codec, count);
+        if (!context) return nullptr;
+        prepare(*context);
+        if (avcodec_open2(context.get(), nullptr, nullptr) >= 0) return context;
+        if (count == 1) break;
+    }
+    return nullptr;
 }
 
 void MarkInterlaced(AVFrame* frame)
@@ -91,18 +107,22 @@ const DVKind* FindDVKind(const CodecSetup& setup)
 int LibavDVEncoder::Open(const CodecSetup& setup)
 {
     fKind = FindDVKind(setup);
-    fContext = NewContext(avcodec_find_encoder(AV_CODEC_ID_DVVIDEO), setup.threads);
+    if (!fKind) return kError;
+    fPixelBytes = setup.raw.bit_count / 8;
+    fContext = OpenContext(avcodec_find_encoder(AV_CODEC_ID_DVVIDEO), setup.threads,
+                           [this](AVCodecContext& context) {
+                               context.width = fKind->layout.width;
+                               context.height = fKind->layout.height;
+                               context.pix_fmt = fKind->pixels;
+                               context.time_base = fKind->tick;
+                               context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+                               context.dct_algo = FF_DCT_INT;
+                           });
     fFrame.reset(av_frame_alloc());
     fPacket.reset(av_packet_alloc());
-    if (!fKind || !fContext || !fFrame || !fPacket) return kError;
-    fPixelBytes = setup.raw.bit_count / 8;
-    fContext->width = fFrame->width = fKind->layout.width;
-    fContext->height = fFrame->height = fKind->layout.height;
-    fContext->pix_fmt = fKind->pixels;
-    fContext->time_base = fKind->tick;
-    fContext->flags |= AV_CODEC_FLAG_INTERLACED_DCT;
-    fContext->dct_algo = FF_DCT_INT;
-    if (avcodec_open2(fContext.get(), nullptr, nullptr) < 0) return kError;
+    if (!fContext || !fFrame || !fPacket) return kError;
+    fFrame->width = fKind->layout.width;
+    fFrame->height = fKind->layout.height;
     fFrame->format = fKind->pixels;
     MarkInterlaced(fFrame.get());
     return av_frame_get_buffer(fFrame.get(), 0) < 0 ? kError : kOK;
@@ -127,14 +147,14 @@ int LibavDVEncoder::Encode(const uint8_t* picture, uint8_t* frame, uint32_t* byt
 int LibavDVDecoder::Open(const CodecSetup& setup)
 {
     fKind = FindDVKind(setup);
-    fContext = NewContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO), setup.threads);
+    if (!fKind) return kError;
+    fPixelBytes = setup.raw.bit_count / 8;
+    fContext = OpenContext(avcodec_find_decoder(AV_CODEC_ID_DVVIDEO), setup.threads,
+                           [](AVCodecContext& context) { context.idct_algo = FF_IDCT_SIMPLE; });
     fFrame.reset(av_frame_alloc());
     fPacket.reset(av_packet_alloc());
-    if (!fKind || !fContext || !fFrame || !fPacket) return kError;
-    fPixelBytes = setup.raw.bit_count / 8;
-    fContext->idct_algo = FF_IDCT_SIMPLE;
-    if (av_new_packet(fPacket.get(), static_cast<int>(fKind->size)) < 0) return kError;
-    return avcodec_open2(fContext.get(), nullptr, nullptr) < 0 ? kError : kOK;
+    if (!fContext || !fFrame || !fPacket) return kError;
+    return av_new_packet(fPacket.get(), static_cast<int>(fKind->size)) < 0 ? kError : kOK;
 }
 
 int LibavDVDecoder::Decode(const uint8_t* frame, uint32_t bytes, uint8_t* picture,

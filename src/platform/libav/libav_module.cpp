@@ -46,6 +46,17 @@ int32_t Describe(uint32_t index, ModuleCodec* codec)
     return kOK;
 }
 
+// Callers may be of another language: what is thrown here, as for want of memory, is a failure.
+template <class Work>
+int32_t WithoutThrowing(Work work)
+{
+    try {
+        return work();
+    } catch (...) {
+        return kError;
+    }
+}
+
 std::unique_ptr<Instance> OpenInstance(uint32_t index, const CodecSetup& setup)
 {
     const bool decoder = kCodecs[index].is_decoder;
@@ -65,21 +76,28 @@ std::unique_ptr<Instance> OpenInstance(uint32_t index, const CodecSetup& setup)
 
 int32_t Open(uint32_t index, const CodecSetup* setup, void** instance)
 {
-    *instance = index < Count() ? OpenInstance(index, *setup).release() : nullptr;
-    return *instance ? kOK : kError;
+    *instance = nullptr;
+    return WithoutThrowing([&] {
+        if (index < Count()) *instance = OpenInstance(index, *setup).release();
+        return *instance ? kOK : kError;
+    });
 }
 
 int32_t Encode(void* instance, const uint8_t* picture, uint8_t* frame, uint32_t* bytes)
 {
-    auto* encoder = std::get_if<LibavDVEncoder>(static_cast<Instance*>(instance));
-    return encoder ? encoder->Encode(picture, frame, bytes) : kError;
+    return WithoutThrowing([&] {
+        auto* encoder = std::get_if<LibavDVEncoder>(static_cast<Instance*>(instance));
+        return encoder ? encoder->Encode(picture, frame, bytes) : kError;
+    });
 }
 
 int32_t Decode(void* instance, const uint8_t* frame, uint32_t frameBytes, uint8_t* picture,
                uint32_t pictureBytes)
 {
-    auto* decoder = std::get_if<LibavDVDecoder>(static_cast<Instance*>(instance));
-    return decoder ? decoder->Decode(frame, frameBytes, picture, pictureBytes) : kError;
+    return WithoutThrowing([&] {
+        auto* decoder = std::get_if<LibavDVDecoder>(static_cast<Instance*>(instance));
+        return decoder ? decoder->Decode(frame, frameBytes, picture, pictureBytes) : kError;
+    });
 }
 
 void Close(void* instance)
