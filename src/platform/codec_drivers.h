@@ -19,7 +19,7 @@ struct CodecDriver {
 // What was found in a codec folder.
 struct CodecDrivers {
     std::vector<CodecDriver> codecs;    // by module file name, then in the module's order
-    std::vector<std::string> problems;  // one line for each module that could not be used
+    std::vector<std::string> problems;  // a line for each thing that could not be used
 };
 
 // Where codec modules are: $KELVANE_CODEC_PATH if set, else the program's own folder if it holds
@@ -27,7 +27,7 @@ struct CodecDrivers {
 std::string CodecFolder();
 
 // Loads every kelvane-codec-*.so of a folder. A module that is broken or of another version is
-// passed over and named in `problems`.
+// passed over and named in `problems`, a folder that can't be read too.
 CodecDrivers LoadCodecDrivers(const std::string& folder);
 
 // One open codec; closed by the destructor.
