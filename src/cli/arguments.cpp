@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -237,7 +238,9 @@ bool ParseArguments(int count, char** values, Arguments& arguments, int& exitSta
     try {
         app.parse(count, values);
     } catch (const CLI::Success& asked) {
-        exitStatus = app.exit(asked) == 0 ? kExitDone : kExitWrongUsage;
+        std::ostringstream out;
+        exitStatus = app.exit(asked, out, std::cerr) == 0 ? kExitDone : kExitWrongUsage;
+        std::cout << out.str();  // flushed, and looked at, at the end
         return false;
     } catch (const CLI::Error& error) {
         std::cerr << "kelvane-convert: " << error.what() << '\n';

@@ -11,14 +11,6 @@ std::string Frames(uint64_t count)
     return std::to_string(count) + (count == 1 ? " frame." : " frames.");
 }
 
-// As anybody would find them in the file.
-uint64_t FramesIn(const std::string& path)
-{
-    std::string message;
-    const auto file = OpenSource(path, message);
-    return file ? file->CountFrames() : 0;
-}
-
 Status TellWriteError(const std::string& words, Status reason, const std::string& path,
                       ConversionResult& result)
 {
@@ -40,8 +32,8 @@ Status CheckSource(const ConversionRun& run, ConversionResult& result)
     } else if (losses.FailTheRun()) {
         result.message = ReadErrorInWords(losses, promised, reason);
     } else if (run.frames_written == 0 && run.wish == Wish::kGoOn) {
-        result.message =
-            "Error reading source file (video) ! The film has " + Frames(run.reader.Given());
+        result.message = "Error reading source file (video) ! The film has " +
+                         Frames(run.reader.Given()) + reason.Reason();
     } else {
         return kOK;
     }
@@ -57,6 +49,13 @@ void Warn(const ConversionRun& run, ConversionResult& result)
 }
 
 }  // namespace
+
+uint64_t FramesIn(const std::string& path)
+{
+    std::string message;
+    const auto file = OpenSource(path, message);
+    return file ? file->CountFrames() : 0;
+}
 
 Status ConcludeRun(ConversionRun& run, Status loop, const std::string& path,
                    ConversionResult& result)

@@ -13,6 +13,7 @@ namespace kelvane {
 
 namespace {
 
+constexpr char kNoMemory[] = "There is not enough memory.";
 constexpr int32_t kCanopusInterleave = 4;  // frames between two chunks of sound
 
 // Opens the four external codecs for their television systems, or keeps them open.
@@ -105,6 +106,17 @@ struct Job {
     ConversionState& state;
 };
 
+// Memory that is not to be had ends the loop like any failure: what is written gets finished.
+Status RunSafely(ConversionRun& run)
+{
+    try {
+        return RunFrameLoop(run);
+    } catch (const std::bad_alloc&) {
+        run.message = kNoMemory;
+        return kError;
+    }
+}
+
 // With both files open.
 Status ConvertOpened(const Job& job, Source& source, Destination& destination,
                      ConversionResult& result)
@@ -118,7 +130,7 @@ Status ConvertOpened(const Job& job, Source& source, Destination& destination,
         result.warnings.push_back(
             "The output format carries no sound; that of the source is left out.");
     ConversionRun run(settings, source, destination, audio, job.host, job.state);
-    const Status loop = RunFrameLoop(run);
+    const Status loop = RunSafely(run);
     CopyTimecode(run.first_timecode, result.first_timecode);
     CopyTimecode(run.last_timecode, result.last_timecode);
     CopyCompanions(audio, result);
@@ -140,13 +152,13 @@ Status Convert(const Job& job, ConversionResult& result)
     return status;
 }
 
-// What no operation answers for: memory that is not to be had.
+// The same before and after the loop.
 Status ConvertSafely(const Job& job, ConversionResult& result)
 {
     try {
         return Convert(job, result);
     } catch (const std::bad_alloc&) {
-        result.message = "There is not enough memory.";
+        result.message = kNoMemory;
     } catch (const std::exception& error) {
         result.message = std::string("Unexpected failure: ") + error.what();
     }

@@ -33,8 +33,8 @@ public:
     // kOK as long as frames come; then what the end of the film was like: kEnd, kMissing, kUnread
     // (nothing readable behind, or the first frame), or kReferenceMissing.
     Status EndStatus() const { return fEnd; }
-    // What the system said first, and of what kind the first failure was; kOK without one.
-    Status Reason() const { return fReason; }
+    // What the system said first; kOK when it said nothing.
+    Status Reason() const { return fReason.SystemError() ? fReason : fSource.Trouble(); }
     // Frames that were larger than one of their system is, and of which the first bytes were taken.
     uint64_t CutFrames() const { return fCutFrames; }
 

@@ -27,6 +27,8 @@ public:
     virtual Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) = 0;
     // Frames of the picture that the file promises.
     virtual uint64_t CountFrames() const = 0;
+    // What the system said where it could not read the file's structure; kOK otherwise.
+    virtual Status Trouble() const { return kOK; }
     // The bitmap header of the picture with its codec's data, which frames that are copied need
     // beside them; empty when there is none.
     virtual std::vector<uint8_t> StreamHeader() const { return {}; }

@@ -85,6 +85,7 @@ public:
         return header;
     }
 
+    Status Trouble() const override { return fFile.Trouble(); }
     AudioStream* Audio() override { return fAudio.get(); }
 
 private:

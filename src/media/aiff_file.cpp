@@ -7,6 +7,7 @@
 
 #include "base/field_table.h"
 #include "base/four_cc.h"
+#include "base/quietly.h"
 #include "base/status.h"
 #include "media/extended_float.h"
 #include "media/sample_chunks.h"
@@ -111,7 +112,7 @@ AIFFFile::AIFFFile(const char* path, uint32_t mode) : fSamples(path, mode)
 AIFFFile::~AIFFFile()
 {
     // Who wants to know finishes before.
-    static_cast<void>(Finish());
+    Quietly([this] { static_cast<void>(Finish()); });
 }
 
 void AIFFFile::Parse()

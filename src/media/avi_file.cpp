@@ -1,5 +1,6 @@
 #include "media/avi_file.h"
 
+#include "base/quietly.h"
 #include "base/status.h"
 #include "base/television.h"
 #include "media/avi_index.h"
@@ -33,15 +34,20 @@ AVIFile::AVIFile(const char* path, uint32_t mode) : fMode(mode & ~kAVIListMedia)
 
 AVIFile::~AVIFile()
 {
-    static_cast<void>(Finish());
+    Quietly([this] { static_cast<void>(Finish()); });
 }
 
 void AVIFile::OpenSource(const char* path)
 {
     fFile = Opened(path, fMode == kUpdate ? kOpenUpdate : kOpenRead, fInitCheck);
     if (!fFile.IsOpen()) return;
-    fInitCheck = AVIParser(fFile.Handle(), fMode == kDescribe, fStructure).Run();
-    if (fMode != kDescribe) AVIIndex(fStructure, fFile.Handle()).BuildTables();
+    AVIParser parser(fFile.Handle(), fMode == kDescribe, fStructure);
+    fInitCheck = parser.Run();
+    fTrouble = parser.Failure();
+    if (fMode == kDescribe) return;
+    AVIIndex index(fStructure, fFile.Handle());
+    index.BuildTables();
+    fTrouble = FirstFailure(fTrouble, index.Failure());
 }
 
 AVIStream* AVIFile::StreamAt(int32_t index)

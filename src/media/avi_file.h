@@ -35,6 +35,9 @@ public:
     // kOK; kError: cannot be opened, for the reason given; kNotThisClass: the first chunk is no
     // "RIFF" "AVI "; kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
     Status InitCheck() const { return fInitCheck; }
+    // What the system said where it could not read something of the structure of a file that is
+    // usable all the same; kOK otherwise.
+    Status Trouble() const { return fTrouble; }
 
     int32_t CountStreams() const { return static_cast<int32_t>(fStructure.streams.size()); }
     // Null past the end.
@@ -102,6 +105,7 @@ private:
     FileHolder fFile;
     uint32_t fMode;
     Status fInitCheck = kOK;
+    Status fTrouble = kOK;
     AVIStructure fStructure;
     ReferencedFiles fReferenced;
     std::unique_ptr<AVIWriter> fWriter;  // of a destination

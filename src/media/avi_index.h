@@ -23,6 +23,8 @@ public:
     // and fills the tables. Sets kAVICanopus in the structure's flags when "idx1" counts from
     // "movi".
     void BuildTables();
+    // What the system said where something could not be read; kOK otherwise.
+    Status Failure() const { return fSource.Failure(); }
 
 private:
     // A stretch of the file of which no index tells.

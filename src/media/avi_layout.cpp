@@ -307,6 +307,13 @@ void AVILayout::Finish()
     if (picture) FinishMainHeader(*picture);
 }
 
+bool AVILayout::IsWhole() const
+{
+    return fStructure.main_header && fStructure.media &&
+           std::ranges::all_of(fStructure.streams,
+                               [](const AVIStream& s) { return s.header && s.format; });
+}
+
 void AVILayout::FinishStream(AVIStream& stream)
 {
     // A reference tells the size of the frame that it stands for, not its own.

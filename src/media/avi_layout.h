@@ -39,6 +39,8 @@ public:
     // its head.
     uint32_t Settle();
     // The values that only the written frames tell.
+    // False before the file is begun, and when memory ended while it was.
+    bool IsWhole() const;
     void Finish();
 
 private:

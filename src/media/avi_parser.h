@@ -19,6 +19,8 @@ public:
     // kOK, kNotThisClass, kCorrupted (a list of size 0), or kError with the system's reason where
     // not even the first list can be read.
     Status Run();
+    // What the system said where something could not be read; kOK otherwise.
+    Status Failure() const { return fSource.Failure(); }
 
 private:
     void ParseList(Chunk* parent, bool load);

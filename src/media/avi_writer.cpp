@@ -223,7 +223,7 @@ void AVIWriter::Count(AVIStream& stream, const FrameEntry& chunk, size_t frame_s
 
 Status AVIWriter::Finish()
 {
-    if (!fFinished) fFinished = fStructure.riff ? WriteEnd() : kOK;
+    if (!fFinished) fFinished = fLayout.IsWhole() ? WriteEnd() : kOK;
     return *fFinished;
 }
 

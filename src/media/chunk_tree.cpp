@@ -151,8 +151,17 @@ Status ChunkTree::Flush(FileHandle file)
     Status status = kOK;
     for (Chunk* chunk : fList)
         if (chunk != Root() && (chunk->dirty_header || chunk->dirty_data))
-            status = FirstFailure(status, FlushChunk(file, *chunk));
+            status = FirstFailure(status, FlushTwice(file, *chunk));
     return status;
+}
+
+// A header that is not right can cost all that the file holds: worth a second try.
+Status ChunkTree::FlushTwice(FileHandle file, Chunk& chunk) const
+{
+    const bool with_body = chunk.dirty_data;
+    if (FlushChunk(file, chunk) == kOK) return kOK;
+    chunk.dirty_data = with_body;
+    return FlushChunk(file, chunk);
 }
 
 Status ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const

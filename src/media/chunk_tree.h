@@ -101,6 +101,7 @@ private:
     size_t PlaceUnder(const Chunk* parent, const Chunk* anchor) const;
     bool EndsInside(const Chunk* parent) const;
     uint64_t LayoutChildren(Chunk& parent, uint64_t start, size_t& at);
+    Status FlushTwice(FileHandle file, Chunk& chunk) const;
     Status FlushChunk(FileHandle file, Chunk& chunk) const;
     uint32_t Code(const char (&text)[5]) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/four_cc.h"
+#include "base/quietly.h"
 #include "base/status.h"
 
 namespace kelvane {
@@ -18,7 +19,7 @@ QTFile::QTFile(const char* path, uint32_t mode, const VolumeTable& volumes)
 QTFile::~QTFile()
 {
     // Who wants to know closes before.
-    if (IsDestination()) static_cast<void>(Close());
+    if (IsDestination()) Quietly([this] { static_cast<void>(Close()); });
 }
 
 const QTFile::Stream* QTFile::StreamAt(int32_t stream) const

@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "base/quietly.h"
 #include "base/status.h"
 #include "base/television.h"
 #include "dv/dif_frame.h"
@@ -22,7 +23,7 @@ RawDVFile::RawDVFile(const char* path, uint32_t mode)
 RawDVFile::~RawDVFile()
 {
     // Who wants to know finishes before.
-    static_cast<void>(Finish());
+    Quietly([this] { static_cast<void>(Finish()); });
 }
 
 Status RawDVFile::Open(const char* path, uint32_t mode)

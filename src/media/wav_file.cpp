@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/four_cc.h"
+#include "base/quietly.h"
 #include "base/status.h"
 #include "media/sample_chunks.h"
 #include "media/wave_format.h"
@@ -59,7 +60,7 @@ WAVFile::WAVFile(const char* path, uint32_t mode) : fSamples(path, mode)
 WAVFile::~WAVFile()
 {
     // Who wants to know finishes before.
-    static_cast<void>(Finish());
+    Quietly([this] { static_cast<void>(Finish()); });
 }
 
 void WAVFile::Parse()

@@ -42,12 +42,8 @@ protected:
             ConversionSettings settings;
             FillConversionSettings(fOptions, fCodecs, settings);
             return ConvertFile(fClip, fFolder.Path("out"), TypeOfDestination(fOptions.selection),
-<<<<<<< HEAD
                                settings, nullptr, &fResult, state)
                 .Code();
-=======
-                               settings, &fResult, state);
->>>>>>> threads
         } catch (const std::bad_alloc&) {
             fResult.message = "thrown";
             return kFailed;
@@ -104,11 +100,7 @@ TEST_F(ScarceResources, TheNumberOfThreadsToBeHadDoesNotChangeTheBytes)
 
 TEST_F(ScarceResources, MemoryThatRunsOutFailsOneFileAndNoMore)
 {
-<<<<<<< HEAD
-    constexpr size_t kPictures = 100000;  // what is smaller than a picture is left alone
-=======
     constexpr size_t kPictures = 500000;  // and their planes; what is smaller is left alone
->>>>>>> threads
     ToNTSC(kMotion, "dv", "");
     FailEachAllocation(kPictures, true);
     ToNTSC(kBlend, "avi1", "huffyuv-yuv");

@@ -179,7 +179,6 @@ TEST(LibavModule, MemoryThatRunsOutIsAFailureAndNoMore)
     EXPECT_LT(TimesNotOpened(2), TimesNotOpened(1)) << "two threads that fail are tried as one";
 }
 
-<<<<<<< HEAD
 // As long as more than half of its sequences are there, as from a scratched disk.
 TEST(LibavModule, DecodesAFrameThatIsMoreThanHalfGood)
 {
@@ -195,8 +194,6 @@ TEST(LibavModule, DecodesAFrameThatIsMoreThanHalfGood)
     }
 }
 
-=======
->>>>>>> threads
 TEST(LibavModule, RefusesFormatsThatItDoesNotServe)
 {
     CodecSetup depth = SetupFor(true, false, 16), height = SetupFor(true, false, 24);

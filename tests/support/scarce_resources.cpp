@@ -73,11 +73,6 @@ bool AllocationFailed()
 
 using namespace kelvane;
 
-<<<<<<< HEAD
-void* operator new(size_t bytes)
-{
-    void* const memory = FailsNow(bytes) ? nullptr : malloc(bytes ? bytes : 1);
-=======
 void* operator new(size_t bytes, const std::nothrow_t&) noexcept
 {
     return FailsNow(bytes) ? nullptr : malloc(bytes ? bytes : 1);
@@ -86,7 +81,6 @@ void* operator new(size_t bytes, const std::nothrow_t&) noexcept
 void* operator new(size_t bytes)
 {
     void* const memory = operator new(bytes, std::nothrow);
->>>>>>> threads
     return memory ? memory : throw std::bad_alloc();
 }
 
@@ -100,14 +94,11 @@ void operator delete(void* memory, size_t) noexcept
     free(memory);
 }
 
-<<<<<<< HEAD
-=======
 void operator delete(void* memory, const std::nothrow_t&) noexcept
 {
     free(memory);
 }
 
->>>>>>> threads
 extern "C" int posix_memalign(void** memory, size_t alignment, size_t bytes) noexcept
 {
     static const auto real = Real<decltype(posix_memalign)>("posix_memalign");
