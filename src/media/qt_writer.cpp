@@ -228,9 +228,8 @@ Status QTFile::Close()
     uint64_t end = fMediaEnd, size = 0;
     fCloseStatus = WriteMovie(end, size);
     const bool has_movie = fCloseStatus == kOK || WriteMovieOverMedia(end, size) == kOK;
-    // What a broken write or given up media left behind the header would be taken for atoms.
-    // A header that is there in part goes as well.
-    if (!has_movie) fFile.SetPosition(end);
+    // What a broken write or given up media left behind the header would be taken for atoms; a
+    // header that failed left the position at its start, and goes as well.
     fCloseStatus = FirstFailure(fCloseStatus, fFile.Truncate());
     const Status sized = WriteMediaSize(end);
     fCloseStatus = FirstFailure(fCloseStatus, FirstFailure(sized, fFile.Close()));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "media/file_detour.h"
 #include "media/media_files.h"
@@ -122,15 +123,16 @@ TEST(RawDVFile, EndsInWholeRecordsWhenTheDiskFillsUp)
             SCOPED_TRACE(std::to_string(limit) + " by " + std::to_string(at_once));
             RawDVFile file(path.c_str(), kCreate);
             file.SetRecordSize(100);
-            const FullDisk full(static_cast<uint64_t>(limit));
+            std::optional<FullDisk> full(static_cast<uint64_t>(limit));
             int32_t good = 0;
             Status status = kOK;
             while (good < 20 && (status = file.Write(records.data(), at_once)) == 0)
                 good += at_once;
             EXPECT_EQ(limit / 100 / at_once * at_once, good);
             EXPECT_EQ(EFBIG, status.SystemError());
+            full.reset();
             EXPECT_EQ(EFBIG, file.Write(records.data(), 1).SystemError())
-                << "nothing goes behind a piece";
+                << "nothing goes behind a piece, even if there is room again";
             EXPECT_EQ(0, file.Finish()) << "that the write failed has been told";
             EXPECT_EQ(limit / 100, file.CountRecords());
             EXPECT_EQ(static_cast<uint64_t>(limit / 100 * 100), std::filesystem::file_size(path));
