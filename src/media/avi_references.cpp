@@ -39,8 +39,7 @@ Reference ParseReference(std::span<const uint8_t> chunk)
     reference.position = reader.Get32();
     reference.frame = reader.Get32();
     const uint32_t length = reader.Get32();
-    if (length > reader.Left()) return reference;
-    const auto path = reader.Take(length);
+    const auto path = reader.Take(length);  // nothing where the chunk ends before
     reference.path.assign(path.begin(), std::ranges::find(path, uint8_t{0}));
     return reference;
 }
