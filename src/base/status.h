@@ -18,7 +18,7 @@ enum StatusCode : int {
     kNoDVCPRODecoder = -108,        // a DVCPRO25 source and no decoder for it
     kNoDVCPROEncoder = -112,        // DVCPRO25 output and no encoder for it
 
-    // Reads of a frame or a chunk. All that is no kOK gives no bytes.
+    // Reads of a frame or a chunk. What is no kOK gives no bytes, but for kTooLarge.
     kEnd = -200,      // behind the last one
     kMissing = -201,  // its place is beyond the end of the file
     kUnread = -202,   // it is in the file, and the system could not read it

@@ -47,7 +47,8 @@ int Run(int count, char** values)
 bool StandardOutputIsWhole()
 {
     const bool whole = std::cout.good();
-    std::cout.clear();  // what could not be written is tried once more, for its reason
+    std::cout.clear();
+    if (!whole) std::cout << '\n';  // tried once more, for the reason
     errno = 0;
     if (std::cout.flush().good() && whole) return true;
     std::cerr << "kelvane-convert: Standard output can't be written."

@@ -42,6 +42,8 @@ Status CheckSource(const ConversionRun& run, ConversionResult& result)
 
 void Warn(const ConversionRun& run, ConversionResult& result)
 {
+    if (const std::string warning = run.source.Warning(); !warning.empty())
+        result.warnings.push_back(warning);
     if (const uint64_t cut = run.reader.CutFrames(); cut > 0)
         result.warnings.push_back(
             std::to_string(cut) +

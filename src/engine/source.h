@@ -29,6 +29,8 @@ public:
     virtual uint64_t CountFrames() const = 0;
     // What the system said where it could not read the file's structure; kOK otherwise.
     virtual Status Trouble() const { return kOK; }
+    // What a user should know of a file that could be opened; mostly nothing.
+    virtual std::string Warning() const { return {}; }
     // The bitmap header of the picture with its codec's data, which frames that are copied need
     // beside them; empty when there is none.
     virtual std::vector<uint8_t> StreamHeader() const { return {}; }

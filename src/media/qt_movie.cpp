@@ -1,5 +1,7 @@
 #include "media/qt_movie.h"
 
+#include <utility>
+
 #include <algorithm>
 #include <ctime>
 #include <limits>
@@ -123,7 +125,7 @@ QTTrack& AddQTTrack(QTMovie& movie, bool video)
     const uint32_t id = static_cast<uint32_t>(movie.header.Get(kMovieHeader["next track ID"]));
     movie.header.Set(kMovieHeader["next track ID"], id + 1);
 
-    QTTrack& track = movie.tracks.emplace_back();
+    QTTrack track;  // in the movie only when it is whole
     const uint32_t now = Now();
     track.header.Set(kTrackHeader["flags"], kEnabledInAll);
     track.header.Set(kTrackHeader["creation time"], now);
@@ -140,7 +142,7 @@ QTTrack& AddQTTrack(QTMovie& movie, bool video)
     SetHandler(track.data_handler, "dhlr"_4cc, "alis"_4cc, "Apple Alias Data Handler");
     track.data_references.push_back({"alis"_4cc, QTDataReference::kSelfContained, {}});
     video ? SetVideo(track) : SetSound(track);
-    return track;
+    return movie.tracks.emplace_back(std::move(track));
 }
 
 void FinishQTMovie(QTMovie& movie)

@@ -92,8 +92,8 @@ void QTSampleTables::LoadOffsets(std::span<const uint8_t> body, size_t offset_by
 
 void QTSampleTables::Begin(uint32_t duration, uint32_t size)
 {
-    fGrowing = true;
     times.assign(1, {0, duration});
+    fGrowing = true;
     sample_size = size;
     offsets.reserve(kFirstAllocation);
     if (size == 0) sizes.reserve(kFirstAllocation);

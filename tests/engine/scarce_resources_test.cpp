@@ -108,7 +108,7 @@ TEST_F(ScarceResources, MemoryThatRunsOutFailsOneFileAndNoMore)
     FailEachAllocation(kPictures, false);
 }
 
-// Takes minutes: by hand, with --gtest_also_run_disabled_tests.
+// Takes minutes; run by hand with --gtest_also_run_disabled_tests after changes of ownership.
 TEST_F(ScarceResources, DISABLED_NorDoesAnyAllocationHoweverSmall)
 {
     const struct {
