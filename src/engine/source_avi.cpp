@@ -87,9 +87,10 @@ public:
 
     std::string Warning() const override
     {
-        return fFile.WasWalked() ? "The index of the source is missing or not whole; the frames that "
-                                   "it does not name were found without it."
-                                 : "";
+        return fFile.WasWalked()
+                   ? "The index of the source is missing or not whole; the frames that "
+                     "it does not name were found without it."
+                   : "";
     }
     Status Trouble() const override { return fFile.Trouble(); }
     AudioStream* Audio() override { return fAudio.get(); }
