@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "media/avi_file.h"
-#include "media/file_access.h"
+#include "media/avi/avi_file.h"
+#include "platform/files/file_access.h"
 #include "support/avi_films.h"
 
 namespace kelvane {

@@ -7,9 +7,9 @@
 #include <cstring>
 
 #include "base/four_cc.h"
-#include "codecs/media_format.h"
-#include "platform/libav/libav_dv_codec.h"
-#include "support/clip_maker/sample_clip.h"
+#include "format/media_format.h"
+#include "platform/codec_modules/libav/libav_dv_codec.h"
+#include "sample/sample_clip.h"
 
 namespace kelvane {
 namespace {

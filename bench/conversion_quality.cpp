@@ -12,8 +12,8 @@
 
 #include "base/four_cc.h"
 #include "base/status.h"
-#include "engine/conversion_options.h"
-#include "engine/convert_file.h"
+#include "engine/loop/convert_file.h"
+#include "engine/options/conversion_options.h"
 #include "picture/geometry.h"
 #include "quality/camera.h"
 #include "quality/field_judge.h"

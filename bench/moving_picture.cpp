@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "support/clip_maker/moving_picture.h"
+#include "sample/moving_picture.h"
 
 namespace kelvane {
 

@@ -12,8 +12,8 @@
 
 #include "base/status.h"
 #include "base/television.h"
-#include "media/qt_file.h"
-#include "media/raw_dv_file.h"
+#include "media/quicktime/qt_file.h"
+#include "media/raw_dv/raw_dv_file.h"
 #include "support/run_command.h"
 
 using namespace kelvane;

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "media/avi_description.h"
-#include "media/avi_file.h"
+#include "media/avi/avi_file.h"
+#include "media/describe/avi_description.h"
 #include "support/riff.h"
 
 using namespace kelvane;

@@ -7,7 +7,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/status.h"
-#include "codecs/huffyuv_decoder.h"
+#include "codecs/huffyuv/huffyuv_decoder.h"
 
 namespace kelvane {
 namespace {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "media/qt_description.h"
-#include "media/qt_file.h"
+#include "media/describe/qt_description.h"
+#include "media/quicktime/qt_file.h"
 #include "support/qt_builder.h"
 
 using namespace kelvane;

@@ -4,7 +4,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/status.h"
-#include "codecs/qtrle_decoder.h"
+#include "codecs/animation/qtrle_decoder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "codecs/media_format.h"
-#include "media/file_access.h"
+#include "format/media_format.h"
+#include "platform/files/file_access.h"
 
 namespace kelvane {
 

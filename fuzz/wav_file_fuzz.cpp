@@ -1,7 +1,7 @@
 // Any bytes as a WAVE file: parse it, describe it, read its samples.
 // With an empty corpus folder as the last argument, seeds are made in it first.
 
-#include "media/wav_file.h"
+#include "media/samples/wav_file.h"
 #include "sample_file_fuzz.h"
 
 using namespace kelvane;

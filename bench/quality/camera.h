@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "base/television.h"
-#include "support/clip_maker/moving_picture.h"
+#include "sample/moving_picture.h"
 
 namespace kelvane {
 

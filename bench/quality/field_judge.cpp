@@ -7,8 +7,8 @@
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "base/television.h"
-#include "codecs/media_format.h"
-#include "platform/libav/dv_planes.h"
+#include "format/media_format.h"
+#include "platform/codec_modules/libav/dv_planes.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {

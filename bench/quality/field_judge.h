@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/codec_drivers.h"
+#include "platform/codec_modules/codec_drivers.h"
 
 namespace kelvane {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/conversion_options.h"
+#include "engine/options/conversion_options.h"
 
 namespace kelvane {
 

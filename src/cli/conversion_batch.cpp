@@ -13,9 +13,9 @@
 #include "cli/progress_display.h"
 #include "cli/run_settings.h"
 #include "cli/stop_request.h"
-#include "engine/convert_file.h"
-#include "engine/output_formats.h"
-#include "media/audio_file.h"
+#include "engine/loop/convert_file.h"
+#include "engine/options/output_formats.h"
+#include "media/samples/audio_file.h"
 
 namespace kelvane {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/arguments.h"
-#include "platform/codec_drivers.h"
+#include "platform/codec_modules/codec_drivers.h"
 
 namespace kelvane {
 

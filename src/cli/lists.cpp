@@ -4,10 +4,10 @@
 
 #include "base/four_cc.h"
 #include "cli/arguments.h"
-#include "codecs/dv_codec_entry.h"
-#include "engine/conversion_state.h"
-#include "engine/file_type.h"
-#include "engine/output_formats.h"
+#include "codecs/external/dv_codec_entry.h"
+#include "engine/containers/file_type.h"
+#include "engine/options/output_formats.h"
+#include "engine/pictures/conversion_state.h"
 
 namespace kelvane {
 

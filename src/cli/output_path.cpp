@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "engine/output_formats.h"
+#include "engine/options/output_formats.h"
 
 namespace fs = std::filesystem;
 

@@ -8,7 +8,7 @@
 #include <map>
 
 #include "base/four_cc.h"
-#include "engine/output_formats.h"
+#include "engine/options/output_formats.h"
 
 namespace kelvane {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cli/arguments.h"
-#include "engine/conversion_settings.h"
+#include "engine/loop/conversion_result.h"
 
 namespace kelvane {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/arguments.h"
-#include "codecs/dv_codec_entry.h"
+#include "codecs/external/dv_codec_entry.h"
 
 namespace kelvane {
 

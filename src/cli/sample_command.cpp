@@ -5,7 +5,7 @@
 #include <iostream>
 
 #include "base/status.h"
-#include "support/clip_maker/sample_clip.h"
+#include "sample/sample_clip.h"
 
 namespace kelvane {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/conversion_host.h"
+#include "engine/loop/conversion_host.h"
 
 namespace kelvane {
 

@@ -1,13 +1,13 @@
 #include "codecs/built_in_codecs.h"
 
 #include "base/four_cc.h"
-#include "codecs/huffyuv_decoder.h"
-#include "codecs/huffyuv_encoder.h"
-#include "codecs/qtrle_decoder.h"
-#include "codecs/qtrle_encoder.h"
-#include "codecs/raw_rgb_codec.h"
-#include "codecs/yuv_decoder.h"
-#include "codecs/yuv_encoder.h"
+#include "codecs/animation/qtrle_decoder.h"
+#include "codecs/animation/qtrle_encoder.h"
+#include "codecs/huffyuv/huffyuv_decoder.h"
+#include "codecs/huffyuv/huffyuv_encoder.h"
+#include "codecs/raw/raw_rgb_codec.h"
+#include "codecs/raw/yuv_decoder.h"
+#include "codecs/raw/yuv_encoder.h"
 
 namespace kelvane {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "codecs/codec_registry.h"
+#include "codecs/interface/codec_registry.h"
 
 namespace kelvane {
 

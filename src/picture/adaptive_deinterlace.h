@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "picture/worker_pool.h"
+#include "base/threads/worker_pool.h"
 
 namespace kelvane {
 

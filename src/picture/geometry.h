@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "codecs/media_format.h"
-#include "picture/worker_pool.h"
+#include "base/threads/worker_pool.h"
+#include "format/media_format.h"
 
 namespace kelvane {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "picture/worker_pool.h"
+#include "base/threads/worker_pool.h"
 
 namespace kelvane {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/threads/worker_pool.h"
 #include "picture/block_match.h"
-#include "picture/worker_pool.h"
 
 namespace kelvane {
 

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "base/threads/worker_pool.h"
 #include "picture/blend.h"
-#include "picture/worker_pool.h"
 
 namespace kelvane {
 

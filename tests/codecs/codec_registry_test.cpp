@@ -1,4 +1,4 @@
-#include "codecs/codec_registry.h"
+#include "codecs/interface/codec_registry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/byte_cursor.h"
-#include "codecs/codec.h"
+#include "codecs/interface/codec.h"
 #include "support/test_formats.h"
 
 namespace kelvane {

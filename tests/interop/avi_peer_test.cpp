@@ -2,8 +2,8 @@
 
 #include "base/status.h"
 #include "interop/peer_test.h"
-#include "media/avi_description.h"
-#include "media/avi_file.h"
+#include "media/avi/avi_file.h"
+#include "media/describe/avi_description.h"
 #include "support/avi_films.h"
 
 namespace kelvane {

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "base/status.h"
-#include "codecs/huffyuv_decoder.h"
-#include "codecs/huffyuv_encoder.h"
-#include "codecs/qtrle_decoder.h"
-#include "codecs/qtrle_encoder.h"
+#include "codecs/animation/qtrle_decoder.h"
+#include "codecs/animation/qtrle_encoder.h"
+#include "codecs/huffyuv/huffyuv_decoder.h"
+#include "codecs/huffyuv/huffyuv_encoder.h"
 #include "support/drawn_picture.h"
 #include "support/libav_peer.h"
 #include "support/test_formats.h"

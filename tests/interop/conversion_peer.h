@@ -5,7 +5,7 @@
 #include <string>
 
 #include "interop/peer_test.h"
-#include "support/clip_maker/sample_clip.h"
+#include "sample/sample_clip.h"
 
 namespace kelvane {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
-#include "codecs/huffyuv_format.h"
-#include "codecs/huffyuv_frame_encoder.h"
+#include "codecs/huffyuv/huffyuv_format.h"
+#include "codecs/huffyuv/huffyuv_frame_encoder.h"
 #include "interop/conversion_peer.h"
 #include "support/riff.h"
 

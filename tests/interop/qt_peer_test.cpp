@@ -3,8 +3,8 @@
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "interop/peer_test.h"
-#include "media/qt_description.h"
-#include "media/qt_file.h"
+#include "media/describe/qt_description.h"
+#include "media/quicktime/qt_file.h"
 
 namespace kelvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <random>
 
 #include "interop/peer_test.h"
-#include "media/audio_file.h"
+#include "media/samples/audio_file.h"
 
 namespace kelvane {
 namespace {

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "base/file_handle.h"
+#include "platform/files/file_handle.h"
 
 namespace kelvane {
 

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "base/byte_cursor.h"
-#include "base/file_handle.h"
 #include "base/status.h"
+#include "platform/files/file_handle.h"
 
 namespace kelvane {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "media/avi_file.h"
+#include "media/avi/avi_file.h"
 
 namespace kelvane {
 

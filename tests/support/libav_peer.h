@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/byte_cursor.h"
-#include "codecs/media_format.h"
+#include "format/media_format.h"
 
 struct AVCodec;
 struct AVCodecContext;

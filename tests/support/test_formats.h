@@ -1,6 +1,6 @@
 #pragma once
 
-#include "codecs/media_format.h"
+#include "format/media_format.h"
 
 namespace kelvane {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "base/status.h"
-#include "platform/codec_module.h"
+#include "platform/codec_modules/codec_module.h"
 
 namespace kelvane {
 

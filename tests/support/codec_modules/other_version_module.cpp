@@ -1,6 +1,6 @@
 // A codec module of a version that this program does not know.
 
-#include "platform/codec_module.h"
+#include "platform/codec_modules/codec_module.h"
 
 namespace kelvane {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "base/four_cc.h"
 #include "base/status.h"
-#include "platform/libav/libav_dv_codec.h"
+#include "platform/codec_modules/libav/libav_dv_codec.h"
 
 namespace kelvane {
 

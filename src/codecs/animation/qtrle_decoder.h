@@ -1,0 +1,22 @@
+#pragma once
+
+#include "codecs/interface/frame_codec.h"
+
+namespace kelvane {
+
+// Decodes QuickTime Animation frames of depth 24 or 32 over the picture in the output buffer:
+// pixels and lines that a frame does not name keep what they held, which is how a difference frame
+// works. Top line first; the stream's alpha is dropped, the fourth byte of a pixel becomes 0xFF.
+class QTRLEDecoder : public FrameCodec {
+public:
+    QTRLEDecoder() : FrameCodec(Descriptor()) {}
+    static const CodecDescriptor& Descriptor();
+
+    // 0, with the size of the picture produced; -1 for a frame below 8 bytes, another depth or a
+    // buffer without room for the picture. A run is cut at the end of its line, and data that end
+    // early or leave the line backwards leave the rest of the picture as it was.
+    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
+                uint32_t flags) override;
+};
+
+}  // namespace kelvane

@@ -1,0 +1,97 @@
+#include "codecs/raw/raw_rgb_codec.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "codecs/raw/pixel_order.h"
+#include "picture/packing.h"
+
+namespace kelvane {
+
+namespace {
+
+enum Layout : size_t { kBGR, kRGB, kRGBX, kBGRX, kLayouts };
+
+constexpr size_t kLayoutBytes[kLayouts] = {3, 3, 4, 4};
+
+Layout LayoutOf(const MediaFormat& format)
+{
+    switch (format.Space()) {
+        case kBGR24:
+            return kBGR;
+        case kRGB24:
+            return kRGB;
+        case kRGBX32:
+            return kRGBX;
+        default:
+            return kBGRX;
+    }
+}
+
+void AppendOpaque(const uint8_t* source, uint8_t* destination, size_t pixels)
+{
+    Rgb24ToRgb32(source, destination, pixels, 0xFF);
+}
+
+// From row to column; null copies. That RGBX and BGRX turn all four bytes round while BGR makes
+// RGBX with 0xFF last is deliberate: files rely on it.
+constexpr PixelKernel kKernels[kLayouts][kLayouts] = {
+    {nullptr, SwapRedBlue, SwapAppendOpaque, AppendOpaque},
+    {SwapRedBlue, nullptr, AppendOpaque, SwapAppendOpaque},
+    {SwapDropFourth, DropFourth, nullptr, ReverseBytes},
+    {Rgb32ToRgb24, SwapDropFourth, ReverseBytes, nullptr},
+};
+
+}  // namespace
+
+const CodecDescriptor& RawRGBCodec::Descriptor()
+{
+    static const FormatList formats = RawPatterns({kBGRX32, kBGRA32, kBGR24, kRGB24, kRGBX32});
+    static const CodecDescriptor descriptor = {
+        "Raw RGB Video Codec",
+        "RGB Codec",
+        "This codec can convert between RGB24 and RGB32 color spaces.",
+        kConverter,
+        "raw "_4cc,
+        formats,
+        formats,
+        MakeCodec<RawRGBCodec>,
+    };
+    return descriptor;
+}
+
+bool RawRGBCodec::TakesInput(const MediaFormat& format) const
+{
+    return Matches(Descriptor().inputs, format);
+}
+
+bool RawRGBCodec::TakesOutput(const MediaFormat& format) const
+{
+    return Matches(Descriptor().outputs, format);
+}
+
+int RawRGBCodec::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
+                         uint32_t& outputSize, uint32_t)
+{
+    if (fInput.kind != kRawVideo || fOutput.kind != kRawVideo) {
+        inputSize = outputSize = 0;
+        return kError;
+    }
+    const Layout from = LayoutOf(fInput);
+    const Layout to = LayoutOf(fOutput);
+    if (const PixelKernel kernel = kKernels[from][to]) {
+        const size_t pixels =
+            std::min(inputSize / kLayoutBytes[from], outputSize / kLayoutBytes[to]);
+        kernel(input, output, pixels);
+        inputSize = static_cast<uint32_t>(pixels * kLayoutBytes[from]);
+        outputSize = static_cast<uint32_t>(pixels * kLayoutBytes[to]);
+    } else {
+        inputSize = outputSize = std::min(inputSize, outputSize);
+        if (inputSize > 0) memcpy(output, input, inputSize);
+    }
+    return kError;
+}
+
+}  // namespace kelvane

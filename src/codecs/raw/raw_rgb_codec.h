@@ -1,0 +1,24 @@
+#pragma once
+
+#include "codecs/interface/codec_descriptor.h"
+#include "codecs/raw/raw_codec.h"
+
+namespace kelvane {
+
+// Repacks pictures between the five RGB layouts. Works on a run of pixels: the formats say how a
+// pixel looks, the sizes of the buffers how many there are.
+class RawRGBCodec : public RawCodec {
+public:
+    static const CodecDescriptor& Descriptor();
+
+    // Converts as many pixels as both buffers hold; the sizes come back as what was used. Always
+    // -1, also after success: deliberate, callers read the sizes.
+    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
+                uint32_t flags) override;
+
+protected:
+    bool TakesInput(const MediaFormat& format) const override;
+    bool TakesOutput(const MediaFormat& format) const override;
+};
+
+}  // namespace kelvane

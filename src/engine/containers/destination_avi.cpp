@@ -1,0 +1,151 @@
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "engine/containers/destination.h"
+#include "media/avi/avi_file.h"
+
+namespace kelvane {
+
+namespace {
+
+constexpr int32_t kPictureStream = 0;
+constexpr int32_t kSoundStream = 1;
+constexpr uint32_t kNotDVFlags = kAVIOpenDML | kAVIOldIndex;
+
+// How the writer is begun for each type of DV file. The television system's flag and, where
+// `index_option` says so, the option of an "idx1" are added.
+struct AVISetup {
+    int32_t type;
+    uint32_t flags;
+    bool index_option;
+    bool audio_track;
+};
+constexpr AVISetup kSetups[] = {
+    {kDestinationCanopus1, kAVIType1 | kAVIOldIndex | kAVICanopus, true, false},
+    {kDestinationCanopus2, kAVIOldIndex | kAVICanopus, true, true},
+    {kDestinationMatrox, kAVIType1 | kAVIOpenDML | kAVIOldIndex | kAVIMatrox | kAVISegments, false,
+     false},
+    {kDestinationAVI1, kAVIType1, true, false},
+    {kDestinationAVI1OpenDML, kAVIType1 | kAVIOpenDML | kAVISegments, true, false},
+    {kDestinationAVI2, 0, true, true},
+    {kDestinationAVI2OpenDML, kAVIOpenDML | kAVISegments, true, true},
+    {kDestinationAVI1Reference, kAVIType1 | kAVIOpenDML | kAVIReference, true, false},
+    {kDestinationAVI2Reference, kAVIOpenDML | kAVIReference, true, true},
+};
+
+const AVISetup* SetupOf(int32_t type)
+{
+    for (const AVISetup& setup : kSetups)
+        if (setup.type == type) return &setup;
+    return nullptr;
+}
+
+class AVITrack : public AudioTrack {
+public:
+    explicit AVITrack(AVIFile& file) : fFile(file) {}
+    void SetFormat(uint32_t rate, uint32_t channels) override
+    {
+        static_cast<void>(fFile.SetAudioFormat(kSoundStream, static_cast<int32_t>(rate),
+                                               static_cast<int32_t>(channels), -1));
+    }
+    Status WriteChunk(std::span<const uint8_t> chunk) override
+    {
+        return fFile.WriteFrame(kSoundStream, chunk.data(), static_cast<int32_t>(chunk.size()));
+    }
+
+private:
+    AVIFile& fFile;
+};
+
+class AVIDestination : public Destination {
+public:
+    AVIDestination(const std::string& path, const AVILimits& limits) : fFile(path.c_str(), kCreate)
+    {
+        fFile.SetLimits(limits);
+    }
+
+    Status InitCheck() const { return fFile.InitCheck(); }
+    Status WriteFrame(std::span<const uint8_t> frame) override
+    {
+        return fFile.WriteFrame(kPictureStream, frame.data(), static_cast<int32_t>(frame.size()));
+    }
+    void SetStreamHeader(std::span<const uint8_t> header) override
+    {
+        static_cast<void>(fFile.SetVideoFormat(kPictureStream, header));
+    }
+    AudioTrack* Audio() override { return fHasTrack ? &fTrack : nullptr; }
+    Status Finish() override { return fFile.Finish(); }
+
+    Status BeginDV(const DestinationPlan& plan, const AVISetup& setup)
+    {
+        uint32_t flags = setup.flags | (plan.is_pal ? kAVIPAL : kAVINTSC);
+        if (setup.index_option && plan.settings.conversion_options & kOptionIdx1)
+            flags |= kAVIOldIndex;
+        fHasTrack = setup.audio_track;
+        return fFile.BeginDVAVI(flags, HandlerFor(plan), 0);
+    }
+
+    // Pictures that are not DV.
+    Status BeginOther(const DestinationPlan& plan, const AVISetup& setup)
+    {
+        fHasTrack = setup.audio_track;
+        if (fFile.BeginAVI(kNotDVFlags) != kOK) return kError;
+        const Status status = plan.format.kind == kRawVideo
+                                  ? fFile.AddVideoStream(plan.format)
+                                  : fFile.AddEncodedVideoStream(plan.format);
+        if (status != kOK || !fHasTrack) return status;
+        return fFile.AddAudioStream(MediaFormat(RawAudioFormat{kSamplePCM, 2, 16, 48000}));
+    }
+
+private:
+    static uint32_t HandlerFor(const DestinationPlan& plan)
+    {
+        if (plan.type == kDestinationCanopus1 || plan.type == kDestinationCanopus2)
+            return FourCC("CDVC");
+        if (plan.type == kDestinationMatrox) return plan.settings.codec;
+        return plan.settings.codec ? plan.settings.codec : plan.source.handler;
+    }
+
+    AVIFile fFile;
+    AVITrack fTrack{fFile};
+    bool fHasTrack = false;
+};
+
+bool IsDVDestination(const MediaFormat& format)
+{
+    return format.kind == kEncodedVideo && (format.encoded_video.encoding == kEncodingDV ||
+                                            format.encoded_video.encoding == kEncodingDVCPRO25);
+}
+
+bool IsReference(int32_t type)
+{
+    return type == kDestinationAVI1Reference || type == kDestinationAVI2Reference;
+}
+
+bool TakesOtherPictures(int32_t type)
+{
+    return type >= kDestinationAVI1 && type <= kDestinationAVI2OpenDML;
+}
+
+}  // namespace
+
+std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
+                                                  const DestinationPlan& plan, std::string& message)
+{
+    const bool dv = IsDVDestination(plan.format);
+    // References stand for DV frames only. Refused before the file is touched.
+    if (!dv && IsReference(plan.type)) {
+        message = kFormatRefused;
+        return nullptr;
+    }
+    auto destination = std::make_unique<AVIDestination>(path, plan.avi_limits);
+    const AVISetup& setup = *SetupOf(plan.type);
+    Status status = destination->InitCheck();
+    if (status == kOK)
+        status = dv || !TakesOtherPictures(plan.type) ? destination->BeginDV(plan, setup)
+                                                      : destination->BeginOther(plan, setup);
+    if (status == kOK) return destination;
+    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
+    return nullptr;
+}
+
+}  // namespace kelvane

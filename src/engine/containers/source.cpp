@@ -1,0 +1,34 @@
+#include "engine/containers/source.h"
+
+#include "platform/files/file_access.h"
+
+namespace kelvane {
+
+namespace {
+
+// Why nothing could be recognised, when the system would not let us look.
+std::string CannotRead(const std::string& path)
+{
+    uint8_t byte;
+    return FileReadHead(path.c_str(), &byte, 1) < 0 ? Status::System().Reason() : std::string();
+}
+
+}  // namespace
+
+std::unique_ptr<Source> OpenSource(const std::string& path, std::string& message)
+{
+    switch (DetectFileType(path)) {
+        case kAVISource:
+            return OpenAVISource(path, message);
+        case kQuickTimeSource:
+            return OpenQuickTimeSource(path, message);
+        case kRawDVSource:
+            return OpenRawDVSource(path, message);
+        default:
+            message =
+                "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV." + CannotRead(path);
+            return nullptr;
+    }
+}
+
+}  // namespace kelvane

@@ -1,0 +1,144 @@
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "engine/containers/source.h"
+#include "format/picture_layout.h"
+#include "media/avi/avi_file.h"
+#include "media/avi/structure/avi_codecs.h"
+#include "picture/packing.h"
+
+namespace kelvane {
+
+namespace {
+
+class AVIAudio : public AudioStream {
+public:
+    AVIAudio(AVIFile& file, int32_t stream) : fFile(file), fStream(stream) {}
+    uint32_t ChunkSize() override
+    {
+        return static_cast<uint32_t>(fFile.StreamAt(fStream)->largest_frame);
+    }
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    {
+        return fFile.ReadFrame(fStream, {buffer, room}, bytes);
+    }
+    uint64_t SkipChunk() override
+    {
+        const int64_t next = fFile.StreamAt(fStream)->position;
+        const uint32_t bytes = fFile.FrameBytes(fStream, next);
+        return fFile.SeekFrame(fStream, next + 1) == kOK ? bytes : 0;
+    }
+
+private:
+    AVIFile& fFile;
+    int32_t fStream;
+};
+
+class AVISource : public Source {
+public:
+    explicit AVISource(const std::string& path) : fFile(path.c_str(), kRead) {}
+
+    // Empty when all is well, else the reason.
+    std::string Open()
+    {
+        if (fFile.InitCheck() == kCorrupted) return "AVI parsing error, corrupted file";
+        if (fFile.InitCheck() != kOK) return "AVI open error" + fFile.InitCheck().Reason();
+        fVideo = fFile.VideoStream();
+        if (fVideo < 0) return "Source contains no video streams.";
+        if (fFile.CountStreams() <= 0) return "Source contains 0 streams.";
+        const AVIStream& stream = *fFile.StreamAt(fVideo);
+        kind = kAVISource;
+        is_pal = stream.IsPAL();
+        handler = stream.Handler();
+        if (!TakePicture(stream)) return "Source is not DV or uncompressed AVI.";
+        // A file of one stream has its sound in the frames.
+        if (fFile.CountStreams() > 1) TakeSound();
+        return {};
+    }
+
+    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    {
+        uint32_t bytes = 0;
+        size = 0;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
+        size = bytes;
+        if (fIsTopDown && bytes >= BytesOfPicture(format))
+            SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),
+                         format.Height());
+        return status;
+    }
+
+    uint64_t CountFrames() const override
+    {
+        return static_cast<uint64_t>(fFile.CountFrames(fVideo));
+    }
+
+    std::vector<uint8_t> StreamHeader() const override
+    {
+        const AVIStream& stream = *fFile.StreamAt(fVideo);
+        if (format.kind != kEncodedVideo || format.IsDV() || !stream.format) return {};
+        std::vector<uint8_t> header = *stream.format->data;
+        if (header.size() < kBitmapInfo.Size()) return {};
+        // Some writers do not count the codec's data.
+        static_cast<void>(
+            SetField(header, kBitmapInfo["dwSize"], header.size(), ByteOrder::kLittle));
+        return header;
+    }
+
+    std::string Warning() const override
+    {
+        return fFile.WasWalked()
+                   ? "The index of the source is missing or not whole; the frames that "
+                     "it does not name were found without it."
+                   : "";
+    }
+    Status Trouble() const override { return fFile.Trouble(); }
+    AudioStream* Audio() override { return fAudio.get(); }
+
+private:
+    bool TakePicture(const AVIStream& stream)
+    {
+        const uint32_t code = Swap32(handler);
+        if (IsDVHandler(code)) {
+            format = DVFormat(is_pal);
+            return true;
+        }
+        const bool huffyuv = code == "HFYU"_4cc || code == "hfyu"_4cc;
+        if (!stream.IsVideo() || (!IsRawHandler(code) && !huffyuv)) return false;
+        fFile.StreamFormat(fVideo, format);
+        fIsTopDown = IsTopDown(stream, format);
+        return HasPlausibleSize(format);
+    }
+
+    // RGB pictures have their bottom row first here as in codecs. A negative height says that a
+    // file has it last.
+    static bool IsTopDown(const AVIStream& stream, const MediaFormat& format)
+    {
+        const bool rgb =
+            format.kind == kRawVideo &&
+            (format.Space() == kBGR24 || format.Space() == kBGRX32 || format.Space() == kBGRA32);
+        return rgb && static_cast<int32_t>(Get32(stream.format, kBitmapInfo["biHeight"])) < 0;
+    }
+
+    void TakeSound()
+    {
+        const int32_t stream = fFile.AudioStream();
+        if (stream < 0) return;
+        fFile.StreamFormat(stream, audio_format);
+        fAudio = std::make_unique<AVIAudio>(fFile, stream);
+    }
+
+    AVIFile fFile;
+    int32_t fVideo = -1;
+    bool fIsTopDown = false;
+    std::unique_ptr<AVIAudio> fAudio;
+};
+
+}  // namespace
+
+std::unique_ptr<Source> OpenAVISource(const std::string& path, std::string& message)
+{
+    return OpenedSource<AVISource>(path, message);
+}
+
+}  // namespace kelvane

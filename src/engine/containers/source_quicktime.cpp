@@ -1,0 +1,109 @@
+#include <algorithm>
+#include <limits>
+
+#include "base/four_cc.h"
+#include "base/status.h"
+#include "engine/containers/source.h"
+#include "format/picture_layout.h"
+#include "media/quicktime/qt_file.h"
+
+namespace kelvane {
+
+namespace {
+
+class QTAudio : public AudioStream {
+public:
+    QTAudio(QTFile& file, int32_t stream) : fFile(file), fStream(stream) {}
+    uint32_t ChunkSize() override
+    {
+        const uint64_t size = fFile.FrameSize(fStream, fFile.FramePosition(fStream));
+        return static_cast<uint32_t>(
+            std::min<uint64_t>(size, std::numeric_limits<uint32_t>::max()));
+    }
+    Status ReadChunk(uint8_t* buffer, uint32_t room, uint32_t& bytes) override
+    {
+        return fFile.ReadFrame(fStream, {buffer, room}, bytes);
+    }
+    uint64_t SkipChunk() override
+    {
+        const int64_t next = fFile.FramePosition(fStream);
+        const uint64_t bytes = fFile.FrameSize(fStream, next);
+        return fFile.SeekFrame(fStream, next + 1) == kOK ? bytes : 0;
+    }
+
+private:
+    QTFile& fFile;
+    int32_t fStream;
+};
+
+class QuickTimeSource : public Source {
+public:
+    explicit QuickTimeSource(const std::string& path) : fFile(path.c_str(), kRead) {}
+
+    // Empty when all is well, else the reason.
+    std::string Open()
+    {
+        if (fFile.InitCheck() != kOK) return "Quicktime open error" + fFile.InitCheck().Reason();
+        kind = kQuickTimeSource;
+        handler = FourCC("dvsd");
+        for (int32_t stream = 0; stream < fFile.CountStreams(); stream++)
+            TakeTrack(stream);
+        if (fVideo < 0) return "Cannot find video stream in QuickTime movie.";
+        if (!IsConvertible()) return "Source is not a DV QuickTime.";
+        is_pal = format.FrameRate() == 25.0f;
+        return {};
+    }
+
+    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    {
+        uint32_t bytes = 0;
+        size = 0;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
+        size = bytes;
+        return status;
+    }
+
+    uint64_t CountFrames() const override
+    {
+        return static_cast<uint64_t>(std::max<int64_t>(fFile.SampleCount(fVideo), 0));
+    }
+
+    AudioStream* Audio() override { return fAudio.get(); }
+
+private:
+    // The first track of either kind counts.
+    void TakeTrack(int32_t stream)
+    {
+        const MediaFormat track = fFile.StreamFormat(stream);
+        if (track.IsVideo() && fVideo < 0) {
+            fVideo = stream;
+            format = track;
+        } else if (track.IsAudio() && !fAudio) {
+            audio_format = track;
+            fAudio = std::make_unique<QTAudio>(fFile, stream);
+        }
+    }
+
+    bool IsConvertible() const
+    {
+        if (!HasPlausibleSize(format)) return false;
+        if (format.kind == kRawVideo || format.encoded_video.encoding == kEncodingQTRLE)
+            return true;
+        return format.IsDV() && format.Width() == 720 &&
+               (format.Height() == 576 || format.Height() == 480);
+    }
+
+    QTFile fFile;
+    int32_t fVideo = -1;
+    std::unique_ptr<QTAudio> fAudio;
+};
+
+}  // namespace
+
+std::unique_ptr<Source> OpenQuickTimeSource(const std::string& path, std::string& message)
+{
+    return OpenedSource<QuickTimeSource>(path, message);
+}
+
+}  // namespace kelvane

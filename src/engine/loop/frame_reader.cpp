@@ -1,0 +1,178 @@
+#include "engine/loop/frame_reader.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/television.h"
+#include "dv/dif_frame.h"
+
+namespace kelvane {
+
+namespace {
+
+// Beyond ten seconds of frames that cannot be read only one a second is tried: a disk takes its
+// time over each.
+constexpr int64_t kSecondsOneByOne = 10;
+
+// A DIF block of the header section, the first of a frame (IEC 61834-2, SMPTE 314M).
+bool BeginsWithHeaderBlock(std::span<const uint8_t> chunk)
+{
+    return chunk.size() >= 3 && (chunk[0] & 0xE0) == 0 && (chunk[1] & 0xF7) == 0x07 &&
+           chunk[2] == 0;
+}
+
+}  // namespace
+
+FrameReader::FrameReader(Source& source, Losses& losses)
+    : fSource(source),
+      fLosses(losses),
+      fPromised(static_cast<int64_t>(std::min(source.CountFrames(), kMostFrames))),
+      fSecond(std::max<int64_t>(1, std::lround(source.format.FrameRate())))
+{
+    if (source.format.IsDV()) fFrameBytes = SystemFor(source.is_pal).dv_frame_size;
+}
+
+FrameArrival FrameReader::Next(std::span<uint8_t> buffer, int64_t& size)
+{
+    size = 0;
+    if (fEnd != kOK) return FrameArrival::kEnd;
+    if (fNext < fGapEnd)
+        return Repeat(fGapAt < fGapFaults.size() ? fGapFaults[fGapAt++] : Fault::kUnread);
+    const Fault fault = Read(fNext, buffer, size);
+    switch (fault) {
+        case Fault::kNone:
+            fNext++;
+            fCutFrames += fCut;
+            return FrameArrival::kFrame;
+        case Fault::kHeld:
+            return fNext == 0 ? FirstOfHeld(buffer, size) : Repeat(fault);
+        case Fault::kUnread:
+        case Fault::kShort:
+        case Fault::kBad:
+            if (fNext == 0) return End(fault);  // there is no frame before it
+            return fault == Fault::kBad ? Repeat(fault) : PassGap(buffer, fault);
+        default:
+            return End(fault);
+    }
+}
+
+FrameReader::Fault FrameReader::Read(int64_t number, std::span<uint8_t> buffer, int64_t& size)
+{
+    fCut = false;
+    fStatus = fSource.ReadFrame(number, buffer, size);
+    switch (fStatus.Code()) {
+        case kOK:
+            if (size == 0) return Fault::kHeld;
+            break;
+        case kTooLarge:  // its beginning came
+            if (fFrameBytes == 0) return Fault::kBad;
+            break;
+        case kEnd:
+            return number < fPromised ? Fault::kMissing : Fault::kEnd;
+        case kMissing:
+            return Fault::kMissing;
+        case kReferenceMissing:
+            return Fault::kReferenceMissing;
+        default:
+            return Fault::kUnread;
+    }
+    if (fFrameBytes == 0) return Fault::kNone;
+    fCut = size > fFrameBytes;
+    const Fault fault = CheckDV(buffer.first(static_cast<size_t>(size)), size);
+    if (fault != Fault::kNone) size = 0;
+    return fault;
+}
+
+// Only whole frames go on from here. Of a chunk that is too long, the first bytes are a frame when
+// they begin like one.
+FrameReader::Fault FrameReader::CheckDV(std::span<const uint8_t> chunk, int64_t& size) const
+{
+    if (size < fFrameBytes) return Fault::kShort;
+    if (size > fFrameBytes && !BeginsWithHeaderBlock(chunk)) return Fault::kBad;
+    size = fFrameBytes;
+    return Fault::kNone;
+}
+
+// Held frames in front of the first one stand for that one, so that sound and picture stay in step.
+FrameArrival FrameReader::FirstOfHeld(std::span<uint8_t> buffer, int64_t& size)
+{
+    for (int64_t number = 1; number < fPromised; number++) {
+        const Fault fault = Read(number, buffer, size);
+        if (fault == Fault::kHeld) continue;
+        if (fault != Fault::kNone) return End(fault);
+        fNext++;
+        return FrameArrival::kFrame;
+    }
+    return End(Fault::kEnd);
+}
+
+// Looks for the next frame that can be read: one by one for ten seconds, then in steps of a second.
+// Where there is none, the film ends behind the last frame that was read.
+FrameArrival FrameReader::PassGap(std::span<uint8_t> buffer, Fault first)
+{
+    fGapFaults.assign(1, first);
+    fGapAt = 0;
+    if (fReason == kOK) fReason = fStatus;
+    const int64_t one_by_one = fNext + kSecondsOneByOne * fSecond;
+    int64_t size = 0;
+    int64_t number = fNext + 1;
+    for (;; number += number < one_by_one ? 1 : fSecond) {
+        if (number >= fPromised && number >= one_by_one) return End(Fault::kUnread);
+        const Fault fault = number < fPromised ? Read(number, buffer, size) : Fault::kEnd;
+        if (fault != Fault::kUnread && fault != Fault::kShort) break;
+        if (fReason == kOK) fReason = fStatus;
+        if (number < one_by_one) fGapFaults.push_back(fault);
+    }
+    fGapEnd = number;
+    return Repeat(fGapFaults[fGapAt++]);
+}
+
+FrameArrival FrameReader::Repeat(Fault fault)
+{
+    Count(fault, 1);
+    fNext++;
+    return FrameArrival::kRepeat;
+}
+
+FrameArrival FrameReader::End(Fault fault)
+{
+    const auto left = static_cast<uint64_t>(std::max<int64_t>(fPromised - fNext, 1));
+    switch (fault) {
+        case Fault::kEnd:
+            fEnd = kEnd;
+            return FrameArrival::kEnd;
+        case Fault::kReferenceMissing:
+            fEnd = fStatus;
+            break;
+        case Fault::kMissing:
+            fEnd = kMissing;
+            break;
+        default:
+            fEnd = kUnread;
+    }
+    if (fReason == kOK) fReason = fStatus;
+    Count(fault, left);
+    return FrameArrival::kEnd;
+}
+
+void FrameReader::Count(Fault fault, uint64_t frames)
+{
+    switch (fault) {
+        case Fault::kHeld:
+            return;
+        case Fault::kBad:
+            fLosses.frames_undecodable += frames;
+            return;
+        case Fault::kShort:
+            fLosses.frames_short += frames;
+            break;
+        case Fault::kUnread:
+            fLosses.frames_unread += frames;
+            break;
+        default:
+            fLosses.frames_missing += frames;
+    }
+    if (fLosses.first_frame < 0) fLosses.first_frame = fNext;
+}
+
+}  // namespace kelvane

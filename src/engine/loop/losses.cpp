@@ -1,0 +1,64 @@
+#include "engine/loop/losses.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace kelvane {
+
+namespace {
+
+std::string Seconds(double seconds)
+{
+    char text[32];
+    // Never "0.00" of something that is lost.
+    snprintf(text, sizeof text, "%.2f", seconds < 0.01 ? 0.01 : seconds);
+    return text;
+}
+
+void AddSentence(std::string& text, const std::string& sentence)
+{
+    if (!text.empty()) text += " ";
+    text += sentence;
+}
+
+std::string Frames(uint64_t count)
+{
+    return std::to_string(count) + (count == 1 ? " frame" : " frames");
+}
+
+}  // namespace
+
+std::string LossesInWords(const Losses& losses)
+{
+    std::string text;
+    if (losses.frames_undecodable > 0)
+        AddSentence(text, Frames(losses.frames_undecodable) +
+                              " could not be decoded and show the picture before.");
+    if (losses.frames_salvaged > 0)
+        AddSentence(text, Frames(losses.frames_salvaged) + " were salvaged from a damaged file.");
+    if (losses.sound_silenced > 0)
+        AddSentence(text, Seconds(losses.sound_silenced) + " seconds of sound became silence.");
+    return text;
+}
+
+std::string FramesMissing(const Losses& losses, uint64_t promised)
+{
+    const uint64_t lost = losses.FramesNotRead();
+    if (lost == 0) return {};
+    return " " + std::to_string(lost) + " of " + std::to_string(std::max(promised, lost)) +
+           (lost == 1 ? " frames is" : " frames are") + " missing, the first is number " +
+           std::to_string(losses.first_frame) + ".";
+}
+
+std::string ReadErrorInWords(const Losses& losses, uint64_t promised, Status reason)
+{
+    std::string text;
+    if (losses.FramesNotRead() > 0)
+        text = "Error reading source file (video) !" + FramesMissing(losses, promised);
+    if (losses.sound_unread > 0)
+        AddSentence(text, "Error reading source file (audio) ! " + Seconds(losses.sound_unread) +
+                              " seconds of sound are missing.");
+    return text + reason.Reason();
+}
+
+}  // namespace kelvane

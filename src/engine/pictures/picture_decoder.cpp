@@ -1,0 +1,75 @@
+#include "engine/pictures/picture_decoder.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/status.h"
+#include "format/picture_layout.h"
+#include "picture/packing.h"
+
+namespace kelvane {
+
+Status PictureDecoder::Fail(Status status, std::string message)
+{
+    fMessage = std::move(message);
+    return status;
+}
+
+Status PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro,
+                              std::span<uint8_t> picture)
+{
+    return fFormat.IsDV() ? DecodeDV(frame, dvcpro, picture) : DecodeBuiltIn(frame, picture);
+}
+
+Status PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
+                                std::span<uint8_t> picture)
+{
+    DVCodecSlot& slot = fState.slots[dvcpro ? kDVCPRODecoder : kDVDecoder];
+    if (dvcpro && !slot.IsOpen())
+        return Fail(kNoDVCPRODecoder, "No DVCPRO25 Decoder is set! Please check the Preferences.");
+    const size_t pixels = PixelsOf(fFormat);
+    const bool narrow = slot.PictureSpace() == kBGR24;
+    if (slot.Decode(frame, picture.first(pixels * (narrow ? 3 : 4))) != kOK)
+        return Fail(kError, slot.CodingError());
+    if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
+    return kOK;
+}
+
+bool PictureDecoder::FindCodec()
+{
+    if (fCodec) return true;
+    if (fFormat.Space() == 0) return false;  // a depth that is not read
+    const MediaFormat wide = RawOfSameSize(fFormat, kBGRX32);
+    const bool huffyuv =
+        fFormat.kind == kEncodedVideo && fFormat.encoded_video.encoding == kEncodingHuffYUV;
+    const CodecRegistry& registry = fState.Registry();
+    fCodec = huffyuv ? registry.FindCodec(fFormat, wide)
+                     : registry.FindCodecEither(fFormat, wide, RawOfSameSize(fFormat, kBGR24));
+    return fCodec != nullptr;
+}
+
+// Bottom row first: raw pictures by their colour space, HuffYUV always, animation never.
+bool PictureDecoder::TurnsRows() const
+{
+    if (fFormat.kind == kRawVideo) return !IsTopRowFirst(fFormat.Space());
+    return fFormat.encoded_video.encoding == kEncodingHuffYUV;
+}
+
+Status PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
+{
+    if (!FindCodec()) return Fail(kError, "No suitable decoder is found.");
+    const size_t pixels = PixelsOf(fFormat);
+    const bool narrow = fCodec->OutputFormat().Space() == kBGR24;
+    fLastOutput.resize(pixels * 4);
+    auto in = static_cast<uint32_t>(frame.size());
+    auto out = static_cast<uint32_t>(fLastOutput.size());
+    // The result is not looked at: of a damaged frame remains what could be decoded.
+    static_cast<void>(fCodec->Convert(frame.data(), in, fLastOutput.data(), out, 0));
+    std::ranges::copy(fLastOutput, picture.begin());
+    if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
+    if (TurnsRows())
+        SwapVertical(picture.data(), static_cast<size_t>(fFormat.Width()) * 4, fFormat.Height());
+    return kOK;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,195 @@
+#include "engine/sound/companion_audio.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "base/status.h"
+
+namespace kelvane {
+
+namespace {
+
+constexpr size_t kMostReaders = 4;
+constexpr size_t kSample = 2;  // bytes of what Fill delivers
+
+// IFF keeps samples signed and big-endian; 16-bit words have been exchanged by AIFFFile already.
+SampleCoding AIFFCoding(const RawAudioFormat& format)
+{
+    return {.bits = format.bitspersample, .big_endian = (format.bitspersample + 7) / 8 != 2};
+}
+
+bool SameFormat(const RawAudioFormat& a, const RawAudioFormat& b)
+{
+    return a.format == b.format && a.ch == b.ch && a.bitspersample == b.bitspersample &&
+           a.srate == b.srate;
+}
+
+}  // namespace
+
+CompanionReader::CompanionReader(const std::string& path)
+    : fFile(path.c_str(), kRead, AudioFileTypeOf(path.c_str()))
+{
+    const RawAudioFormat* format = fFile.Format();
+    if (fFile.InitCheck() != kOK || !format) return;
+    if (format->ch == 0 || format->ch > kMostChannels) return;
+    fCoding = fFile.IsAIFF() ? AIFFCoding(*format) : RIFFCoding(*format);
+    fUsable = fCoding.IsSupported();
+    fLeft = fFile.CountFrames();
+}
+
+size_t CompanionReader::Read(uint8_t* samples, size_t frames)
+{
+    const size_t wanted = std::min(frames, static_cast<size_t>(fLeft));
+    int32_t count =
+        static_cast<int32_t>(std::min<size_t>(wanted, std::numeric_limits<int32_t>::max()));
+    if (count == 0) return 0;
+    const size_t frame_size = SampleFrameSize(Format());
+    uint8_t* into = samples;
+    if (!fCoding.IsPlain()) {
+        fRaw.resize(static_cast<size_t>(count) * frame_size);
+        into = fRaw.data();
+    }
+    if (const Status status = fFile.Read(into, count); status != kOK || count == 0)
+        return PassUnread(samples, wanted, status);
+    fLeft -= count;
+    fPosition += count;
+    const auto got = static_cast<size_t>(count);
+    if (!fCoding.IsPlain()) {
+        const size_t bytes = got * frame_size;
+        if (fCoding.big_endian) SwapWords(into, into, bytes / 2);  // back to the file's order
+        ConvertSamples(fCoding, std::span(fRaw).first(bytes), samples);
+    }
+    return got;
+}
+
+// The file was found to hold these, and does not give them.
+size_t CompanionReader::PassUnread(uint8_t* samples, size_t frames, Status status)
+{
+    if (fReason == kOK) fReason = status;
+    const auto passed = static_cast<int64_t>(frames);
+    fLeft -= passed;
+    fPosition += passed;
+    fLost += frames;
+    // It answers for every position; a read there tells more.
+    static_cast<void>(fFile.SetPosition(fPosition));
+    std::fill_n(samples, frames * kSample * Format().ch, uint8_t{0});
+    return frames;
+}
+
+uint64_t CompanionAudio::LostBytes() const
+{
+    uint64_t most = 0;
+    for (const auto& reader : fReaders)
+        most = std::max(most, reader->LostFrames());
+    return most * kSample * fChannels;
+}
+
+Status CompanionAudio::Reason() const
+{
+    for (const auto& reader : fReaders)
+        if (reader->Reason() != kOK) return reader->Reason();
+    return kOK;
+}
+
+Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
+{
+    if (IsOpen()) return kOK;
+    for (const CompanionName& name : CompanionNames(source_path))
+        if (OpenRun(name)) return Settle(separate_track);
+    return kOK;
+}
+
+Status CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
+{
+    if (IsOpen() || !OpenRun(GivenCompanion(path))) return kOK;
+    return Settle(separate_track);
+}
+
+// Opens the file of this name and of the channels that follow. False when the first does not open.
+bool CompanionAudio::OpenRun(CompanionName name)
+{
+    while (fReaders.size() < kMostReaders) {
+        auto reader = std::make_unique<CompanionReader>(name.path);
+        if (!reader->IsUsable()) break;
+        fReaders.push_back(std::move(reader));
+        fPaths.push_back(name.path);
+        if (name.counter >= name.path.size()) break;
+        NextChannel(name);
+    }
+    return IsOpen();
+}
+
+Status CompanionAudio::Settle(bool separate_track)
+{
+    const RawAudioFormat format = fReaders[0]->Format();
+    const bool same = std::ranges::all_of(
+        fReaders, [&](const auto& reader) { return SameFormat(reader->Format(), format); });
+    if (!same) return Refuse("Source audio files have different formats!");
+    if (fReaders.size() > 1 && format.ch != 1) return Refuse("Source audio files should be mono!");
+    fRate = static_cast<uint32_t>(format.srate);
+    if (fReaders.size() == 1) {
+        fUsed = 1;
+        fChannels = format.ch;
+        return kOK;
+    }
+    const bool four = fReaders.size() == kMostReaders && !separate_track && fRate == 32000;
+    if (fReaders.size() == kMostReaders && !four) fReaders.resize(2);
+    fChannels = four ? 4 : 2;
+    fUsed = fChannels;
+    return kOK;
+}
+
+Status CompanionAudio::Refuse(const char* message)
+{
+    fMessage = message;
+    fReaders.clear();
+    return kCompanionAudioMismatch;
+}
+
+bool CompanionAudio::Ended() const
+{
+    return std::ranges::all_of(fReaders.begin(), fReaders.begin() + static_cast<ptrdiff_t>(fUsed),
+                               [](const auto& reader) { return reader->Ended(); });
+}
+
+void CompanionAudio::Fill(AudioFifo& fifo, size_t enough)
+{
+    if (!IsOpen() || fifo.Count() > enough) return;
+    // Room for what is wanted and as much again, so that a late chunk never runs the ring dry.
+    const size_t wanted =
+        std::min(2 * (enough + 1 - fifo.Count()), AudioFifo::kMaximum - fifo.Count());
+    if (fifo.Free() < wanted && fifo.Grow(wanted - fifo.Free()) != kOK) return;
+    if (fUsed == 1)
+        FillFromOne(fifo);
+    else
+        FillFromMany(fifo);
+}
+
+void CompanionAudio::FillFromOne(AudioFifo& fifo)
+{
+    const size_t frame = kSample * fChannels;
+    if (fifo.TailRoom() < fifo.Free() && fifo.Grow(0) != kOK) return;
+    const size_t got = fReaders[0]->Read(fifo.TailPointer(), fifo.TailRoom() / frame);
+    fifo.Advance(got * frame);
+}
+
+void CompanionAudio::FillFromMany(AudioFifo& fifo)
+{
+    const size_t frames = fifo.Free() / fUsed / kSample;
+    const size_t frame = kSample * fUsed;
+    fMono.resize(frames * kSample);
+    fMixed.assign(frames * frame, 0);
+    size_t most = 0;
+    for (size_t channel = 0; channel < fUsed; channel++) {
+        const size_t got = fReaders[channel]->Read(fMono.data(), frames);
+        for (size_t i = 0; i < got; i++)
+            memcpy(&fMixed[i * frame + channel * kSample], &fMono[i * kSample], kSample);
+        most = std::max(most, got);
+    }
+    // Of four channels only half of what was read is kept. Deliberate.
+    const size_t bytes = most * kSample * 2;
+    static_cast<void>(fifo.Put(std::span(fMixed).first(bytes)));  // it fits: see frames
+}
+
+}  // namespace kelvane

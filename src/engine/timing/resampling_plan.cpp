@@ -1,0 +1,239 @@
+#include "engine/timing/resampling_plan.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/timing/pulldown_plan.h"
+#include "engine/timing/time_position.h"
+
+namespace kelvane {
+
+namespace {
+
+using enum Neighbour;
+
+constexpr int32_t kLeastWeight = 23;  // a mix of less than 9 per cent is not worth it
+
+// The position within a source frame; can come out a hair below 0.
+double FractionOf(double position)
+{
+    return position - std::floor(position + 0.00001);
+}
+
+int32_t WeightOf(double part)
+{
+    return static_cast<int32_t>(part * 255);
+}
+
+bool UpperToLower(const ResamplingInput& in)
+{
+    return in.source_interlace == 1 && in.target_interlace == 2;
+}
+bool LowerToUpper(const ResamplingInput& in)
+{
+    return in.source_interlace != 1 && in.target_interlace == 1;
+}
+
+// The output frame falls on a source frame.
+ResamplingPlan PlanAligned(const ResamplingInput& in, const AlikeTest& alike)
+{
+    if (!FieldsSwap(in.source_interlace, in.target_interlace)) return Copy(kCurrent);
+    if (!alike(kCurrent, kPrevious)) return Copy(kPrevious);
+    return in.source_interlace == 1 ? Weave(kCurrent, kPrevious) : Weave(kPrevious, kCurrent);
+}
+
+ResamplingPlan PlanProgressive(const ResamplingInput& in, double f, const AlikeTest& alike)
+{
+    const Neighbour nearest = f < 0.5 ? kCurrent : kNext;
+    if (in.method == 0 || !alike(kCurrent, kNext)) return Copy(nearest);
+    if (in.method == 1) {
+        ResamplingPlan plan = Copy(kCurrent);
+        plan.base = ResamplingPlan::kMix;
+        plan.blend_all = {kNext, std::max(WeightOf(f), 0)};
+        return plan;
+    }
+    ResamplingPlan plan;
+    plan.base = ResamplingPlan::kInterpolate;
+    plan.time = static_cast<float>(f);
+    return plan;
+}
+
+ResamplingPlan PlanDeinterlaced(const ResamplingInput& in, double f, const AlikeTest& alike)
+{
+    const Neighbour late = f >= 0.5 ? kNext : kCurrent;
+    const bool middle = f >= 0.25 && f < 0.75;
+    const bool upperFirst = in.source_interlace == 1;
+    ResamplingPlan plan = upperFirst ? Weave(late, kCurrent) : Weave(kCurrent, late);
+    if (plan.even != plan.odd && !alike(plan.even, plan.odd)) plan = Copy(late);
+    plan.sel = upperFirst ? !middle : middle;
+    return plan;
+}
+
+ResamplingPlan PlanNearestFields(const ResamplingInput& in, double f, const AlikeTest& alike)
+{
+    const Neighbour byFirst = f >= 0.5 ? kNext : kCurrent;
+    const Neighbour byFirstBack = f >= 0.5 ? kCurrent : kPrevious;
+    const Neighbour bySecond = f + in.step / 2 >= 1 ? kNext : kCurrent;
+    ResamplingPlan plan;
+    Neighbour whole = byFirst;
+    if (UpperToLower(in)) {
+        plan = Weave(bySecond, byFirstBack);
+        whole = byFirstBack;
+    } else if (in.source_interlace == 1) {
+        plan = Weave(byFirst, bySecond);
+    } else if (in.target_interlace == 1) {
+        plan = Weave(byFirstBack, bySecond);
+        whole = byFirstBack;
+    } else {
+        plan = Weave(bySecond, byFirst);
+    }
+    if (plan.even != plan.odd && !alike(plan.even, plan.odd)) return Copy(whole);
+    return plan;
+}
+
+// One field of a blended frame: lines of a picture, mixed with those of a partner.
+struct FieldChoice {
+    Neighbour main;
+    Neighbour partner;
+    double part = 0;  // of the partner
+};
+
+struct BlendChoice {
+    FieldChoice first, other;  // the output's fields in the order of time
+};
+
+// Only one field of an output frame is blended, never both.
+BlendChoice ChooseBlend(const ResamplingInput& in, double f)
+{
+    const bool swap = FieldsSwap(in.source_interlace, in.target_interlace);
+    const bool turned = UpperToLower(in) || LowerToUpper(in);
+    const double q = f + in.step / 2;
+    const bool otherBlends = f + in.step / 4 >= 0.75;
+    // How far each field is from the nearest source field.
+    const double e0 = f < 0.5 ? f : 1 - f;
+    const double e = q < 0.5 ? 0.5 - q : q < 1 ? q - 0.5 : 1.5 - q;
+    const Neighbour whole = turned ? kCurrent : kNext;
+    const FieldChoice plainCurrent = {kCurrent, kCurrent, 0};
+
+    if (in.allow_field_order_change && !otherBlends && std::abs(0.5 - f) < e) {
+        if (turned) return {plainCurrent, plainCurrent};
+        return {{kNext, kCurrent, std::abs(1 - q)}, plainCurrent};
+    }
+    if (in.allow_field_order_change && otherBlends && std::abs(1 - q) < e0)
+        return {{whole, whole, 0}, {kCurrent, kNext, std::abs(0.5 - f)}};
+    if (otherBlends) {
+        const Neighbour main = q < 1 ? kCurrent : kNext;
+        const Neighbour partner = q < 0.5 ? kPrevious : q < 1 ? kNext : kCurrent;
+        return {{whole, whole, 0}, {main, partner, e}};
+    }
+    const Neighbour early = swap ? kPrevious : kCurrent, late = swap ? kCurrent : kNext;
+    if (f < 0.5) return {{early, late, e0}, plainCurrent};
+    return {{late, early, e0}, plainCurrent};
+}
+
+ResamplingPlan::Blend BlendOf(const ResamplingInput& in, const FieldChoice& field,
+                              const AlikeTest& alike)
+{
+    int32_t weight = WeightOf(field.part);
+    if (in.allow_field_order_change) weight *= 2;
+    // A partner from another scene is left out, so that no lines mix two scenes.
+    if (field.partner == field.main || weight < kLeastWeight || !alike(field.main, field.partner))
+        return {};
+    return {field.partner, weight};
+}
+
+ResamplingPlan PlanBlendedFields(const ResamplingInput& in, double f, const AlikeTest& alike)
+{
+    const BlendChoice choice = ChooseBlend(in, f);
+    const bool firstIsOdd = UpperToLower(in) || (in.source_interlace != 1 && !LowerToUpper(in));
+    const FieldChoice& even = firstIsOdd ? choice.other : choice.first;
+    const FieldChoice& odd = firstIsOdd ? choice.first : choice.other;
+    ResamplingPlan plan = Weave(even.main, odd.main);
+    plan.blend_even = BlendOf(in, even, alike);
+    plan.blend_odd = BlendOf(in, odd, alike);
+    return plan;
+}
+
+ResamplingPlan PlanInterpolatedFields(const ResamplingInput& in, double f, const AlikeTest& alike)
+{
+    const bool swap = FieldsSwap(in.source_interlace, in.target_interlace);
+    if (swap && !(alike(kPrevious, kCurrent) && alike(kCurrent, kNext)))
+        return Copy(f >= 0.5 ? kCurrent : kPrevious);
+    if (!swap && !alike(kCurrent, kNext)) return Copy(f < 0.5 ? kCurrent : kNext);
+    ResamplingPlan plan;
+    plan.base = ResamplingPlan::kInterpolate;
+    plan.fields = true;
+    plan.shift_field = swap;
+    plan.shifted_parity = in.source_interlace == 1 ? 1 : 0;
+    plan.time = static_cast<float>(f);
+    return plan;
+}
+
+ResamplingPlan PlanPicture(const ResamplingInput& in, const AlikeTest& alike, int32_t& dropCounter)
+{
+    const double f = FractionOf(in.position);
+    if (f < 0.001 && in.step == 1.0) return PlanAligned(in, alike);
+    if (in.method == 3) {
+        if (in.direction == 1) return PlanPulldown(in, alike, dropCounter);
+        if (in.direction == 2) return PlanReversePulldown(in, alike);
+        return {};  // nothing is written to the picture; deliberate
+    }
+    if (in.source_interlace == 0) return PlanProgressive(in, f, alike);
+    if (in.target_interlace >= 3) return PlanDeinterlaced(in, f, alike);
+    if (in.method == 0) return PlanNearestFields(in, f, alike);
+    if (in.method == 1) return PlanBlendedFields(in, f, alike);
+    return PlanInterpolatedFields(in, f, alike);
+}
+
+FinalStep FinalStepOf(const ResamplingInput& in)
+{
+    if (in.source_interlace == 0) return FinalStep::kNone;
+    switch (in.target_interlace) {
+        case 3:
+            return FinalStep::kAdaptive;
+        case 4:
+            return FinalStep::kBlur;
+        case 5:
+            return FinalStep::kFixedBlur;
+        default:
+            return FinalStep::kNone;
+    }
+}
+
+}  // namespace
+
+ResamplingPlan Copy(Neighbour picture)
+{
+    return Weave(picture, picture);
+}
+
+ResamplingPlan Weave(Neighbour even, Neighbour odd)
+{
+    ResamplingPlan plan;
+    plan.base = ResamplingPlan::kWeave;
+    plan.even = even;
+    plan.odd = odd;
+    return plan;
+}
+
+FieldOrder OutputFieldOrder(const ResamplingInput& in)
+{
+    // Pulldown weaves some frames of the fields of two, also where the source is progressive.
+    const bool pulldown = in.method == 3 && in.direction != 0;
+    const bool source_has_fields = in.source_interlace != 0;
+    const bool deinterlaced = source_has_fields && in.target_interlace >= 3;
+    if (deinterlaced || (!source_has_fields && !pulldown)) return FieldOrder::kProgressive;
+    const bool as_source = in.target_interlace == 0;
+    const int32_t order = as_source ? in.source_interlace : in.target_interlace;
+    return order == 1 ? FieldOrder::kUpperFirst : FieldOrder::kLowerFirst;
+}
+
+ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
+                                int32_t& dropCounter)
+{
+    ResamplingPlan plan = PlanPicture(input, alike, dropCounter);
+    plan.final_step = FinalStepOf(input);
+    return plan;
+}
+
+}  // namespace kelvane

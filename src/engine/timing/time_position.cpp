@@ -1,0 +1,56 @@
+#include "engine/timing/time_position.h"
+
+#include <cmath>
+
+namespace kelvane {
+
+namespace {
+
+constexpr double kStepToNTSC = 0.8341675008341676;  // 25 / 29.97
+constexpr double kStepToPAL = 1.1987999999999999;   // 29.97 / 25
+constexpr double kStepReversePulldown = 1.2;
+constexpr double kSkipPeriod = 1000.0;
+constexpr double kSlack = 0.00001;  // keeps 5.9999999 from counting as 5
+constexpr double kFold = 10.0;      // keeps the fraction exact over long files
+
+}  // namespace
+
+TimePosition::TimePosition(const ConversionSettings& settings, bool sourceIsPAL,
+                           bool destinationIsPAL)
+{
+    if (sourceIsPAL != destinationIsPAL) {
+        if (settings.op == kOperationToNTSC) fStep = kStepToNTSC;
+        if (settings.op == kOperationToPAL) fStep = kStepToPAL;
+    }
+    const bool pulldown = settings.timeresampling == 3;
+    // After the rule for equal standards, so that it overrides it; deliberate.
+    if (settings.op == kOperationToPAL && pulldown) {
+        fStep = kStepReversePulldown;
+        fSkips = true;
+        fNextSkip = kSkipPeriod;
+    }
+    fRepeatsFirst = settings.op == kOperationToNTSC && pulldown &&
+                    FieldsSwap(settings.src_interlace, settings.dst_interlace);
+}
+
+int64_t TimePosition::FramesToRead() const
+{
+    return static_cast<int64_t>(std::floor(fPosition + kSlack) - std::floor(fPrevious + kSlack));
+}
+
+void TimePosition::Advance(int64_t outputIndex, uint64_t framesRead)
+{
+    fPrevious = fPosition;
+    fPosition += fStep;
+    if (outputIndex == 0 && fRepeatsFirst) fPosition -= fStep;
+    if (fSkips && static_cast<int64_t>(framesRead) > static_cast<int64_t>(fNextSkip)) {
+        fPosition += 1.0;
+        fNextSkip += kSkipPeriod;
+    }
+    if (fPrevious > kFold) {
+        fPrevious -= kFold;
+        fPosition -= kFold;
+    }
+}
+
+}  // namespace kelvane

@@ -1,0 +1,218 @@
+#include "media/avi/reader/avi_parser.h"
+
+#include <algorithm>
+
+#include "base/status.h"
+
+namespace kelvane {
+
+namespace {
+
+constexpr int32_t kMostNesting = 16;
+// Chunks outside "movi", and with those inside: far beyond any real file, far below what would
+// fill the memory.
+constexpr size_t kMostChunks = 100'000;
+constexpr size_t kMostChunksWithMedia = 4'000'000;
+constexpr uint32_t kLargestFirstFrame = 64 << 20;  // bytes
+
+}  // namespace
+
+bool IsStandardIndexId(uint32_t id)
+{
+    for (uint32_t i = 0; i < 8; i++)
+        if (id == FourCC("ix00") + (i << 24) || id == FourCC("00ix") + (i << 8)) return true;
+    return false;
+}
+
+AVIParser::AVIParser(FileHandle file, bool describe, AVIStructure& found)
+    : fFound(found), fSource(file, ByteOrder::kLittle), fDescribe(describe)
+{
+}
+
+Status AVIParser::Run()
+{
+    ParseList(fFound.tree.Root(), false);
+    if (fSource.Failure() != kOK && !fFound.riff) return fSource.Failure();
+    if (fStatus == kOK && !fFound.riff) fStatus = kNotThisClass;
+    if (fStatus == kOK && HeaderSeen()) CaptureFirstFrame();
+    return fStatus;
+}
+
+void AVIParser::Stop(Status status)
+{
+    fStopped = true;
+    fStatus = status;
+}
+
+// Entered at the id.
+void AVIParser::ParseList(Chunk* parent, bool load)
+{
+    uint32_t id = 0, length = 0, name = 0;
+    if (!fSource.Read32(id) || !fSource.ReadLength(length)) return Stop();
+    const uint64_t start = fSource.Position();
+    const uint64_t end = start + length;
+    if (!fSource.Read32(name)) return Stop();
+    if (length == 0 && fFound.tree.IsListId(id)) Stop(kCorrupted);
+    Chunk* list = Note(start, id, name, length == 0 ? 0 : 4, parent);
+    if (fStopped) return;
+    NoteList(list);
+    if (!fFound.riff) return Stop(kNotThisClass);
+    if (name == FourCC("movi")) fFound.media_lists.push_back({start + 4, end});
+    if (name == FourCC("movi") && !(fFound.flags & kAVIListMedia)) {
+        list->opaque = true;
+        list->length = length;
+        return fSource.Seek(end);
+    }
+    if (list->depth > kMostNesting) return fSource.Seek(end);
+    ParseListBody(list, end, load || name == FourCC("hdrl") || name == FourCC("INFO"));
+    if (parent == fFound.tree.Root() && !fStopped && !HeaderSeen()) ParseSegments();
+}
+
+void AVIParser::ParseListBody(Chunk* list, uint64_t end, bool load)
+{
+    while (!fStopped && fSource.Position() < end && !(list == fFound.riff && HeaderSeen()))
+        ParseChunk(list, load);
+}
+
+void AVIParser::ParseSegments()
+{
+    while (!fStopped) {
+        uint32_t id = 0, length = 0, name = 0;
+        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return;
+        const uint64_t start = fSource.Position();
+        if (!fSource.Read32(name)) return;
+        if (id != FourCC("RIFF") || name != FourCC("AVIX")) return;
+        Chunk* riff = Note(start, id, name, 4, fFound.tree.Root());
+        fFound.segments.push_back({riff, nullptr, 0});
+        ParseListBody(riff, start + length, false);
+    }
+}
+
+// Entered at the id.
+void AVIParser::ParseChunk(Chunk* parent, bool load)
+{
+    const uint64_t start = fSource.Position();
+    uint32_t id = 0, length = 0;
+    if (!fSource.Read32(id)) return Stop();
+    if (id == FourCC("LIST")) {
+        fSource.Seek(start);
+        return ParseList(parent, load);
+    }
+    if (!fSource.ReadLength(length)) return Stop();
+    Chunk* chunk = Note(fSource.Position(), id, 0, length, parent);
+    if (fStopped || length == 0) return;
+    NoteChunk(chunk);
+    load = load || id == FourCC("idx1") || IsStandardIndexId(id);
+    if (load && id != FourCC("JUNK")) {
+        chunk->datatype = DataType(id);
+        chunk->data = fSource.ReadBody(length);
+        UseBody(chunk);
+    }
+    fSource.Seek(chunk->offset + length);
+}
+
+Chunk* AVIParser::Note(uint64_t offset, uint32_t id, uint32_t name, uint32_t length, Chunk* parent)
+{
+    const size_t most = fFound.flags & kAVIListMedia ? kMostChunksWithMedia : kMostChunks;
+    if (fFound.tree.CountChunks() >= most) Stop(fStatus);
+    return fFound.tree.NoteChunk({.id = id, .name = name, .length = length, .parent = parent},
+                                 offset);
+}
+
+void AVIParser::NoteList(Chunk* list)
+{
+    const uint32_t name = list->name;
+    if (list->id == FourCC("RIFF")) {
+        if (name == FourCC("AVI ")) fFound.riff = list;
+    } else if (name == FourCC("hdrl")) {
+        fFound.header_list = list;
+    } else if (name == FourCC("INFO")) {
+        fFound.info_list = list;
+    } else if (name == FourCC("odml")) {
+        fFound.extended_list = list;
+    } else if (name == FourCC("movi")) {
+        (fFound.segments.empty() ? fFound.media : fFound.segments.back().media) = list;
+    }
+}
+
+void AVIParser::NoteChunk(Chunk* chunk)
+{
+    if (chunk->id == FourCC("avih")) fFound.main_header = chunk;
+    if (chunk->id == FourCC("dmlh")) fFound.extended_header = chunk;
+    if (chunk->id == FourCC("idx1") && !fFound.old_index) fFound.old_index = chunk;
+    if (chunk->id == FourCC("JUNK") && !fFound.junk) fFound.junk = chunk;
+}
+
+// Gives the stream headers their meaning.
+void AVIParser::UseBody(Chunk* chunk)
+{
+    if (!chunk->data) return;
+    if (chunk->id == FourCC("strh")) {
+        AVIStream& stream = fFound.streams.emplace_back();
+        stream.header = chunk;
+        fStreamType = Get32(chunk, kStreamHeader["fccType"]);
+        const uint32_t known[] = {FourCC("vids"), FourCC("auds"), FourCC("iavs")};
+        stream.type = std::ranges::count(known, fStreamType) ? fStreamType : 0;
+        return;
+    }
+    if (fFound.streams.empty()) return;
+    AVIStream& stream = fFound.streams.back();
+    if (chunk->id == FourCC("indx")) stream.super_index = chunk;
+    if (chunk->id != FourCC("strf")) return;
+    stream.format = chunk;
+    const uint32_t compression = Get32(chunk, kBitmapInfo["biCompression"]);
+    const uint32_t dv[] = {FourCC("dvsd"), FourCC("DVSD"), FourCC("CDVC")};
+    if (stream.IsVideo() && stream.Handler() == 0 && std::ranges::count(dv, compression))
+        SetInMemory(*stream.header, kStreamHeader["fccHandler"], compression);
+}
+
+int32_t AVIParser::DataType(uint32_t id) const
+{
+    if (id == FourCC("strf")) {
+        if (fStreamType == FourCC("iavs")) return kDataDVFormat;
+        if (fStreamType == FourCC("vids")) return kDataBitmapFormat;
+        return fStreamType == FourCC("auds") ? kDataWaveFormat : kDataNone;
+    }
+    static constexpr struct {
+        uint32_t id;
+        int32_t type;
+    } kTypes[] = {
+        {FourCC("avih"), kDataMainHeader}, {FourCC("strh"), kDataStreamHeader},
+        {FourCC("indx"), kDataSuperIndex}, {FourCC("dmlh"), kDataExtendedHeader},
+        {FourCC("idx1"), kDataOldIndex},   {FourCC("vprp"), kDataVideoProperties},
+    };
+    for (const auto& row : kTypes)
+        if (row.id == id) return row.type;
+    return IsStandardIndexId(id) ? kDataStandardIndex : kDataNone;
+}
+
+// Goes on from the end of "hdrl". Only a "movi" list that is the next list counts, and only a
+// first frame among the first ten chunks.
+void AVIParser::CaptureFirstFrame()
+{
+    if (!SkipToMedia()) return;
+    for (int i = 0; i < 10; i++) {
+        uint32_t id = 0, length = 0;
+        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return;
+        if (id == FourCC("00dc") || id == FourCC("00db")) {
+            if (length > kLargestFirstFrame) return;
+            if (auto body = fSource.ReadBody(length)) fFound.first_frame = std::move(*body);
+            return;
+        }
+        fSource.Seek(fSource.Position() + length);
+    }
+}
+
+// To the first chunk inside "movi"; false when another list comes first.
+bool AVIParser::SkipToMedia()
+{
+    uint32_t id = 0, length = 0, name = 0;
+    for (size_t i = 0; i < kMostChunks; i++) {
+        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return false;
+        if (id == FourCC("LIST")) return fSource.Read32(name) && name == FourCC("movi");
+        fSource.Seek(fSource.Position() + length);
+    }
+    return false;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,175 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/byte_cursor.h"
+#include "base/field_table.h"
+#include "media/riff/chunk_tree.h"
+
+namespace kelvane {
+
+// The fixed headers of AVI files (Microsoft's "AVI RIFF File Reference", the OpenDML AVI extensions
+// 1.02 and the DV data in AVI files). All little-endian.
+
+// "avih". The last four words are reserved in the public description; one dialect uses them.
+inline constexpr auto kMainHeader = HeaderFields<56>({
+    {"dwMicroSecPerFrame", 0, 4},
+    {"dwMaxBytesPerSec", 4, 4},
+    {"dwPaddingGranularity", 8, 4},
+    {"dwFlags", 12, 4},
+    {"dwTotalFrames", 16, 4},
+    {"dwInitialFrames", 20, 4},
+    {"dwStreams", 24, 4},
+    {"dwSuggestedBufferSize", 28, 4},
+    {"dwWidth", 32, 4},
+    {"dwHeight", 36, 4},
+    {"Scale", 40, 4},
+    {"Rate", 44, 4},
+    {"Start", 48, 4},
+    {"Length", 52, 4},
+});
+
+// dwFlags of "avih".
+inline constexpr uint32_t kHasIndex = 0x10;
+inline constexpr uint32_t kIsInterleaved = 0x100;
+inline constexpr uint32_t kTrustChunkType = 0x800;
+
+// "strh".
+inline constexpr auto kStreamHeader = HeaderFields<56>({
+    {"fccType", 0, 4},
+    {"fccHandler", 4, 4},
+    {"dwFlags", 8, 4},
+    {"wPriority", 12, 2},
+    {"wLanguage", 14, 2},
+    {"dwInitialFrames", 16, 4},
+    {"dwScale", 20, 4},
+    {"dwRate", 24, 4},
+    {"dwStart", 28, 4},
+    {"dwLength", 32, 4},
+    {"dwSuggestedBufferSize", 36, 4},
+    {"dwQuality", 40, 4},
+    {"dwSampleSize", 44, 4},
+    {"left", 48, 2},  // rcFrame
+    {"top", 50, 2},
+    {"right", 52, 2},
+    {"bottom", 54, 2},
+});
+
+// "strf" of an "iavs" stream: DVINFO.
+inline constexpr auto kDVInfo = HeaderFields<32>({
+    {"dwDVAAuxSrc", 0, 4},
+    {"dwDVAAuxCtl", 4, 4},
+    {"dwDVAAuxSrc1", 8, 4},
+    {"dwDVAAuxCtl1", 12, 4},
+    {"dwDVVAuxSrc", 16, 4},
+    {"dwDVVAuxCtl", 20, 4},
+    {"dwDVReserved[0]", 24, 4},
+    {"dwDVReserved[1]", 28, 4},
+});
+
+// "strf" of a "vids" stream: BITMAPINFOHEADER. Data of the codec may follow.
+inline constexpr auto kBitmapInfo = HeaderFields<40>({
+    {"dwSize", 0, 4},
+    {"biWidth", 4, 4},
+    {"biHeight", 8, 4},
+    {"biPlanes", 12, 2},
+    {"biBitCount", 14, 2},
+    {"biCompression", 16, 4},
+    {"biSizeImage", 20, 4},
+    {"biXPelsPerMeter", 24, 4},
+    {"biYPelsPerMeter", 28, 4},
+    {"num_colours", 32, 4},
+    {"imp_colours", 36, 4},
+});
+
+// "dmlh"; zeros follow.
+inline constexpr auto kExtendedHeader = HeaderFields<4>({{"dwTotalFrames", 0, 4}});
+inline constexpr uint32_t kExtendedHeaderSize = 248;
+
+// Head of "indx", and its entries.
+inline constexpr auto kSuperIndex = HeaderFields<24>({
+    {"wLongsPerEntry", 0, 2},
+    {"bIndexSubType", 2, 1},
+    {"bIndexType", 3, 1},
+    {"nEntriesInUse", 4, 4},
+    {"dwChunkId", 8, 4},
+    {"dwReserved[0]", 12, 4},
+    {"dwReserved[1]", 16, 4},
+    {"dwReserved[2]", 20, 4},
+});
+inline constexpr auto kSuperIndexEntry = HeaderFields<16>({
+    {"qwOffset", 0, 8},  // of the head of a standard index
+    {"dwSize", 8, 4},    // head included
+    {"dwDuration", 12, 4},
+});
+
+// Head of "ix00" and its like, and its entries.
+inline constexpr auto kStandardIndex = HeaderFields<24>({
+    {"wLongsPerEntry", 0, 2},
+    {"bIndexSubType", 2, 1},
+    {"bIndexType", 3, 1},
+    {"nEntriesInUse", 4, 4},
+    {"dwChunkId", 8, 4},
+    {"qwBaseOffset", 12, 8},
+    {"dwReserved", 20, 4},
+});
+inline constexpr auto kStandardIndexEntry = HeaderFields<8>({
+    {"dwOffset", 0, 4},  // of the data, from qwBaseOffset
+    {"dwSize", 4, 4},    // the top bit is set when the frame is no key frame
+});
+inline constexpr uint8_t kIndexOfChunks = 1;
+
+// Entry of "idx1".
+inline constexpr auto kOldIndexEntry = HeaderFields<16>({
+    {"dwChunkId", 0, 4},
+    {"dwType", 4, 4},    // flags
+    {"dwOffset", 8, 4},  // of the head; from the file's start or from the name "movi"
+    {"dwSize", 12, 4},
+});
+inline constexpr uint32_t kKeyFrame = 0x10;
+
+// "vprp"; the field descriptions that the last word counts may follow.
+inline constexpr auto kVideoProperties = HeaderFields<40>({
+    {"VideoFormatToken", 0, 4},
+    {"VideoStandard", 4, 4},
+    {"dwVerticalRefreshRate", 8, 4},
+    {"dwHTotalInT", 12, 4},
+    {"dwVTotalInLines", 16, 4},
+    {"dwFrameAspectRatio", 20, 4},
+    {"dwFrameWidthInPixels", 24, 4},
+    {"dwFrameHeightInLines", 28, 4},
+    {"nbFieldPerFrame", 32, 4},
+    {"reserved", 36, 4},
+});
+
+// A field of a chunk whose body is in memory; 0 when it is not, or is too short.
+inline uint64_t Get(const Chunk* chunk, const HeaderField& field)
+{
+    return chunk && chunk->data ? GetField(*chunk->data, field, ByteOrder::kLittle) : 0;
+}
+inline uint32_t Get32(const Chunk* chunk, const HeaderField& field)
+{
+    return static_cast<uint32_t>(Get(chunk, field));
+}
+// The field of entry `index` of an array that begins at `start`.
+inline uint64_t GetEntry(const Chunk& chunk, size_t start, size_t index, size_t entry_size,
+                         const HeaderField& field)
+{
+    const size_t at = start + index * entry_size;
+    if (!chunk.data || at > chunk.data->size()) return 0;
+    return GetField(std::span(*chunk.data).subspan(at), field, ByteOrder::kLittle);
+}
+// Changes a field in memory, when the body has it; the value's upper bits are cut off.
+inline void SetInMemory(Chunk& chunk, const HeaderField& field, uint64_t value)
+{
+    if (!chunk.data || size_t{field.at} + field.bytes > chunk.data->size()) return;
+    StoreBytes(std::span(*chunk.data).subspan(field.at, field.bytes), value, ByteOrder::kLittle);
+}
+// And marks the body to be written.
+inline void Set(Chunk& chunk, const HeaderField& field, uint64_t value)
+{
+    SetInMemory(chunk, field, value);
+    chunk.dirty_data = true;
+}
+
+}  // namespace kelvane

@@ -1,0 +1,88 @@
+#include "media/describe/avi_description.h"
+
+#include <cstring>
+
+#include "base/status.h"
+#include "base/television.h"
+#include "dv/dif_frame.h"
+#include "media/avi/avi_file.h"
+#include "media/avi/structure/avi_codecs.h"
+#include "media/describe/stream_words.h"
+#include "media/riff/wave_format.h"
+
+namespace kelvane {
+
+namespace {
+
+std::string AudioText(const AVIStream& stream)
+{
+    return std::string("AVI ") + NameOfAudioHandler(Swap32(stream.Handler())) + " " +
+           ChannelWords(Get32(stream.format, kWaveFormat["nChannels"])) + " " +
+           RateWords(Get32(stream.format, kWaveFormat["nSamplesPerSec"]));
+}
+
+std::string HuffYUVText(const MediaFormat& format, const std::string& picture)
+{
+    switch (format.Space()) {
+        case kBGR24:
+            return "RGB 24-bit " + picture;
+        case kBGRX32:
+            return "RGB 32-bit " + picture;
+        default:
+            return "YUV 4:2:2 " + picture;
+    }
+}
+
+// What only the first frame tells.
+std::string FrameText(std::span<const uint8_t> captured)
+{
+    const auto size = static_cast<int32_t>(captured.size());
+    if (size != kPAL.dv_frame_size && size != kNTSC.dv_frame_size) return {};
+    Bytes bytes(captured.begin(), captured.end());
+    DIFFrame frame(bytes.data(), static_cast<uint32_t>(bytes.size()));
+    return " " + SamplingWords(frame);
+}
+
+std::string VideoText(const AVIFile& file, int32_t index)
+{
+    MediaFormat format;
+    file.StreamFormat(index, format);
+    const VideoCodecName codec = NameOfVideoHandler(Swap32(file.StreamHandler(index)));
+    const std::string picture = PictureWords(format);
+    if (codec.is_dv)
+        return std::string("AVI Type-") + (file.CountStreams() == 1 ? "1 " : "2 ") + codec.text +
+               " " + picture + FrameText(file.FirstFrame());
+    const bool huffyuv = !strcmp(codec.text, "Huffyuv");
+    return std::string("AVI ") + codec.text + " " +
+           (huffyuv ? HuffYUVText(format, picture) : picture);
+}
+
+}  // namespace
+
+bool IsAVIFile(const char* path)
+{
+    char head[100];
+    if (!path || FileReadHead(path, head, sizeof head) < 12) return false;
+    return !memcmp(head, "RIFF", 4) && !memcmp(head + 8, "AVI ", 4);
+}
+
+bool DescribeAVI(const char* path, std::string& text)
+{
+    text = "AVI [prg error]";
+    if (!path) return false;
+    const AVIFile file(path, kDescribe);
+    text = "AVI [open error]";
+    if (file.InitCheck() != kOK) return false;
+    if (file.CountStreams() == 0) {
+        text = "AVI unknown (no streams)";
+    } else if (const int32_t video = file.VideoStream(); video >= 0) {
+        text = VideoText(file, video);
+    } else if (const int32_t audio = file.AudioStream(); audio >= 0) {
+        text = AudioText(*file.StreamAt(audio));
+    } else {
+        text = "AVI unknown content";
+    }
+    return true;
+}
+
+}  // namespace kelvane

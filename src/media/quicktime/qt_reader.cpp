@@ -1,0 +1,210 @@
+// The reading side of QTFile.
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "base/four_cc.h"
+#include "base/saturating.h"
+#include "base/status.h"
+#include "media/quicktime/qt_compressed_header.h"
+#include "media/quicktime/qt_file.h"
+#include "media/quicktime/qt_references.h"
+
+namespace kelvane {
+
+namespace {
+
+// A walk over more atoms than this beside the movie is broken off: a file of nothing but tiny
+// atoms must not be read from end to end.
+constexpr int kMaxTopLevelAtoms = 20000;
+
+// Bytes of a chunk of sound in another file, which is not looked at before it is read.
+constexpr uint64_t kMostExternalSound = 64 << 20;
+
+bool IsLetters(uint32_t type)
+{
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        const uint32_t c = type >> shift & 0xFF;
+        if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'))) return false;
+    }
+    return true;
+}
+
+// Bytes of a chunk of sound: of PCM a value for every channel in every unit of time ("stts"); of
+// packed sound by the size that the file states for a sample, if it states one.
+uint64_t ChunkBytes(QTTrack& track, const QTSamplePlace& chunk)
+{
+    const uint32_t format = track.Format();
+    const auto channels =
+        static_cast<uint32_t>(track.Described(kSoundDescription["number of channels"]));
+    const auto bits = static_cast<uint32_t>(track.Described(kSoundDescription["sample size"]));
+    if (!IsQTPackedSound(format))
+        return SaturatingMultiply(QTSoundBytes(format, chunk.samples, channels, bits),
+                                  track.samples.SampleDuration(chunk.first_sample));
+    const uint32_t size = track.samples.sample_size;
+    return size > 1 ? chunk.samples * size : QTSoundBytes(format, chunk.samples, channels, bits);
+}
+
+}  // namespace
+
+void QTFile::Parse()
+{
+    bool media_seen = false, movie_seen = false;
+    AtomHead head;
+    for (int i = 0; i < kMaxTopLevelAtoms && !(media_seen && movie_seen); i++) {
+        std::array<uint8_t, kMaxAtomHead> window;
+        const uint64_t position = i ? head.Next() : 0;
+        fFile.SetPosition(position);
+        size_t got = 0;
+        const Status status = fFile.Read(window, got);
+        // Without the heads before it nobody knows where the movie is.
+        if (status == kUnread && !movie_seen) {
+            fInitCheck = {kError, status.SystemError()};
+            return;
+        }
+        if (!ReadAtomHead(std::span(window).first(got), position, head)) break;
+        if (!IsLetters(head.type)) break;
+        if (head.type == "mdat"_4cc) media_seen = true;
+        if (head.type == "moov"_4cc && !movie_seen) {
+            movie_seen = true;
+            ParseMovieAtom(head);
+        }
+    }
+    if (!movie_seen) fInitCheck = kNotThisClass;
+}
+
+void QTFile::ParseMovieAtom(const AtomHead& head)
+{
+    const uint64_t end = std::min(head.end, fFile.Length());
+    const uint64_t size = end > head.body ? end - head.body : 0;
+    if (size > kMaxMovieHeader) {
+        fInitCheck = kCorrupted;
+        return;
+    }
+    Bytes body(static_cast<size_t>(size));
+    fFile.SetPosition(head.body);
+    size_t got = 0;
+    if (const Status status = fFile.Read(body, got); status == kUnread) {
+        fInitCheck = {kError, status.SystemError()};
+        return;
+    }
+    body.resize(got);
+    ParseQTMovie(body, fMovie);
+    for (size_t track = 0; track < fMovie.tracks.size(); track++)
+        AddStreams(track);
+    fInitCheck = kOK;
+}
+
+uint64_t QTFile::FrameSize(int32_t stream, int64_t frame)
+{
+    const Stream* s = StreamAt(stream);
+    if (!s || frame < 0) return 0;
+    QTTrack& track = fMovie.tracks[s->track];
+    if (s->kind == kVideo) return track.samples.SampleSize(static_cast<uint64_t>(frame));
+    QTSamplePlace place;
+    if (!track.samples.FindChunk(static_cast<uint64_t>(frame) + 1, place)) return 0;
+    const uint64_t bytes = ChunkBytes(track, place);
+    // What the file cannot hold cannot be read either, and nobody shall make room for it.
+    return bytes > (track.external_names.empty() ? fFile.Length() : kMostExternalSound) ? 0 : bytes;
+}
+
+Status QTFile::SeekFrame(int32_t stream, int64_t frame)
+{
+    Stream* s = StreamAt(stream);
+    if (!s || frame < 0) return kError;
+    QTSampleTables& tables = fMovie.tracks[s->track].samples;
+    const uint64_t place = static_cast<uint64_t>(frame);
+    QTSamplePlace found;
+    if (s->kind == kVideo) {
+        if (place > tables.SampleCount()) return kError;
+        s->sample = place;
+        s->chunk = tables.FindSample(place, found) ? found.chunk : tables.ChunkCount() + 1;
+    } else {
+        if (place > tables.ChunkCount()) return kError;
+        s->chunk = place + 1;
+        s->sample = tables.FindChunk(s->chunk, found) ? found.first_sample : tables.SampleCount();
+    }
+    return kOK;
+}
+
+Status QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
+{
+    size = 0;
+    Stream* s = StreamAt(stream);
+    if (!s || fMode == kCreate) return kError;
+    return s->kind == kVideo ? ReadVideo(*s, buffer, size) : ReadSound(*s, buffer, size);
+}
+
+Status QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+{
+    QTTrack& track = fMovie.tracks[stream.track];
+    QTSamplePlace place;
+    if (stream.sample >= track.samples.SampleCount()) return kEnd;
+    if (!track.samples.FindSample(stream.sample, place)) return kMissing;
+    const uint32_t bytes = track.samples.SampleSize(stream.sample);
+    const Status status = ReadMedia(track, place, bytes, buffer, size);
+    if (status != kOK) return status;
+    stream.sample++;
+    stream.chunk = place.chunk;
+    return kOK;
+}
+
+Status QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+{
+    QTTrack& track = fMovie.tracks[stream.track];
+    QTSamplePlace place;
+    if (!track.samples.FindChunk(stream.chunk, place)) {
+        const bool end = stream.chunk > track.samples.ChunkCount() && !track.samples.LacksChunks();
+        return end ? kEnd : kMissing;
+    }
+    const Status status = ReadMedia(track, place, ChunkBytes(track, place), buffer, size);
+    // Words of 16 bits whatever the sample size is, as the writer does.
+    if (track.Format() == "twos"_4cc) SwapWords(buffer.data(), buffer.data(), size / 2);
+    if (status != kOK) return status;
+    stream.sample = SaturatingAdd(place.first_sample, place.samples);
+    stream.chunk++;
+    return kOK;
+}
+
+// Reads `bytes` bytes, or the first of them that the buffer has room for.
+Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t bytes,
+                         std::span<uint8_t> buffer, uint32_t& size)
+{
+    FileHandle file = kNoFile;
+    if (const Status status = OpenMedia(track, place, file); status != kOK) return status;
+    constexpr size_t kMostAtOnce = std::numeric_limits<uint32_t>::max();
+    const auto into = buffer.first(
+        static_cast<size_t>(std::min<uint64_t>(bytes, std::min(buffer.size(), kMostAtOnce))));
+    if (const Status status = FileReadWhole(file, place.offset, into); status != kOK) return status;
+    const bool too_large = into.size() < bytes;
+    if (too_large && SaturatingAdd(place.offset, bytes) > FileSize(file)) return kMissing;
+    size = static_cast<uint32_t>(into.size());
+    return too_large ? kTooLarge : kOK;
+}
+
+// The file that holds the media: this one, or another that is opened when it is first read from.
+Status QTFile::OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle& file)
+{
+    file = fFile.Handle();
+    const auto& descriptions = track.samples.descriptions;
+    if (descriptions.empty()) return kOK;
+    const size_t which = std::clamp<size_t>(place.description, 1, descriptions.size()) - 1;
+    const size_t reference = static_cast<size_t>(
+        descriptions[which].fields.Get(kDescriptionHead["data reference index"]));
+    const auto& references = track.data_references;
+    if (reference < 1 || reference > track.external_names.size() ||
+        (reference <= references.size() && references[reference - 1].IsSelfContained()))
+        return kOK;
+    track.external_files.resize(track.external_names.size());
+    FileHolder& holder = track.external_files[reference - 1];
+    if (!holder.IsOpen()) {
+        const std::string path = ResolveReference(track.external_names[reference - 1], fVolumes);
+        holder = FileHolder(FileOpen(path.c_str(), kOpenRead));
+        if (!holder.IsOpen()) return Status::System(kReferenceMissing);
+    }
+    file = holder.Handle();
+    return kOK;
+}
+
+}  // namespace kelvane

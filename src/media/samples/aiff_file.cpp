@@ -1,0 +1,234 @@
+#include "media/samples/aiff_file.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "base/field_table.h"
+#include "base/four_cc.h"
+#include "base/quietly.h"
+#include "base/status.h"
+#include "media/samples/extended_float.h"
+#include "media/samples/sample_chunks.h"
+
+namespace kelvane {
+
+namespace {
+
+constexpr uint32_t kForms[] = {"AIFF"_4cc, "AIFC"_4cc};
+constexpr SampleChunkRule kRules[] = {
+    {"COMM"_4cc, kDataAIFFCommon, true}, {"FVER"_4cc, kDataAIFFVersion, true},
+    {"SSND"_4cc, kDataAIFFSound, false}, {"NAME"_4cc, kDataNone, true},
+    {"AUTH"_4cc, kDataNone, true},       {"ANNO"_4cc, kDataNone, true},
+    {"COMT"_4cc, kDataNone, true},       {"(c) "_4cc, kDataNone, true},
+};
+constexpr SampleFileGrammar kAIFF = {ByteOrder::kBig, "FORM"_4cc, kForms, "INFO"_4cc, kRules};
+
+constexpr size_t kRateAt = 8;  // the extended float between the fields
+constexpr HeaderField kChannels = {"Channel count", 0, 2};
+constexpr HeaderField kFrameCount = {"Frame count", 2, 4};
+constexpr HeaderField kSampleSize = {"Sample_size", 6, 2};
+constexpr HeaderField kEncoding = {"Encoding", 18, 4};  // AIFC only
+constexpr size_t kCommonSize = 18;
+
+constexpr uint32_t kVersion = 0xA2805140;  // AIFC version 1
+constexpr uint32_t kSoundHeaderSize = 8;   // offset and block size
+
+struct CompressionRow {
+    uint32_t type;
+    uint32_t encoding;  // SampleFormat
+};
+constexpr CompressionRow kCompressions[] = {
+    {"NONE"_4cc, kSamplePCM},     {"sowt"_4cc, kSamplePCM},     {"twos"_4cc, kSamplePCM},
+    {"fl32"_4cc, kSampleFloat},   {"FL32"_4cc, kSampleFloat},   {"ima4"_4cc, kSampleADPCM},
+    {"ulaw"_4cc, kSampleULaw},    {"alaw"_4cc, kSampleALaw},    {"ACE2"_4cc, kSampleUnknown},
+    {"ACE8"_4cc, kSampleUnknown}, {"ADP4"_4cc, kSampleUnknown}, {"fl64"_4cc, kSampleUnknown},
+    {"FL64"_4cc, kSampleUnknown}, {"MAC3"_4cc, kSampleUnknown}, {"MAC6"_4cc, kSampleUnknown},
+};
+constexpr std::string_view kNotCompressed = "not compressed";
+
+// The compression type stands in the file with its halves exchanged. Deliberate: files of this
+// class read back, and an AIFC file from elsewhere is refused.
+constexpr uint32_t ExchangeHalves(uint32_t type)
+{
+    return type << 16 | type >> 16;
+}
+
+uint32_t EncodingOf(const Bytes& common)
+{
+    if (common.size() <= kCommonSize) return kSamplePCM;
+    const auto type =
+        ExchangeHalves(static_cast<uint32_t>(GetField(common, kEncoding, ByteOrder::kBig)));
+    const auto* row = std::ranges::find(kCompressions, type, &CompressionRow::type);
+    return row == std::end(kCompressions) ? uint32_t{kSampleUnknown} : row->encoding;
+}
+
+int32_t WholeRate(const Bytes& common)
+{
+    if (common.size() < kCommonSize) return 0;
+    const double rate = LoadExtended(std::span(common).subspan<kRateAt, 10>());
+    return std::fabs(rate) <= std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(rate) : 0;
+}
+
+RawAudioFormat RecordOf(const Bytes& common)
+{
+    return {.format = EncodingOf(common),
+            .ch = static_cast<uint16_t>(GetField(common, kChannels, ByteOrder::kBig)),
+            .bitspersample = static_cast<uint16_t>(GetField(common, kSampleSize, ByteOrder::kBig)),
+            .srate = WholeRate(common)};
+}
+
+Bytes CommonOf(const RawAudioFormat& format, bool compressed)
+{
+    Bytes body;
+    ByteWriter writer(body, ByteOrder::kBig);
+    writer.Put16(format.ch);
+    writer.Put32(0);  // frames, known at the end
+    writer.Put16(format.bitspersample);
+    uint8_t rate[10];
+    StoreExtended(format.srate, rate);
+    writer.PutBytes(rate);
+    if (compressed) {
+        writer.Put32(ExchangeHalves("NONE"_4cc));
+        writer.Put8(static_cast<uint8_t>(kNotCompressed.size()));
+        writer.PutBytes(
+            {reinterpret_cast<const uint8_t*>(kNotCompressed.data()), kNotCompressed.size()});
+        if (body.size() % 2 != 0) writer.Put8(0);
+    }
+    return body;
+}
+
+}  // namespace
+
+AIFFFile::AIFFFile(const char* path, uint32_t mode) : fSamples(path, mode)
+{
+    if (!fSamples.IsOpen())
+        fInitCheck = fSamples.InitCheck();
+    else if (mode != kCreate)
+        Parse();
+}
+
+AIFFFile::~AIFFFile()
+{
+    // Who wants to know finishes before.
+    Quietly([this] { static_cast<void>(Finish()); });
+}
+
+void AIFFFile::Parse()
+{
+    if (!ReadSampleChunks(fSamples.Handle(), kAIFF, fTree)) {
+        fInitCheck = kNotThisClass;
+        return;
+    }
+    fCommon = LastChunk(fTree, "COMM"_4cc);
+    fSound = LastChunk(fTree, "SSND"_4cc);
+    if (fSound)
+        fSamples.SetStart(fSound->offset + kSoundHeaderSize,
+                          SampleBytes(*fSound, kSoundHeaderSize));
+    if (!fCommon) return;
+    fRecord = RecordOf(fCommon->data ? *fCommon->data : Bytes{});
+    if (fRecord.format != kSamplePCM) fInitCheck = kAudioNotSupported;
+}
+
+Status AIFFFile::SetFormat(const RawAudioFormat& format, bool compressed)
+{
+    if (format.format != kSamplePCM) return kAudioNotSupported;
+    if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
+    fRecord = format;
+    if (fCommon) {
+        OverwriteWithRecord(format, *fCommon->data);
+        return kOK;
+    }
+    Chunk* form = fTree.NewChunk({.id = "FORM"_4cc, .name = compressed ? "AIFC"_4cc : "AIFF"_4cc});
+    const auto add = [&](uint32_t id, int32_t datatype, Bytes body) {
+        const auto length = static_cast<uint32_t>(body.size());
+        return fTree.NewChunk({.id = id,
+                               .length = length,
+                               .parent = form,
+                               .datatype = datatype,
+                               .data = std::make_unique<Bytes>(std::move(body))});
+    };
+    if (compressed) {
+        Bytes version(4);
+        StoreBytes(version, kVersion, ByteOrder::kBig);
+        add("FVER"_4cc, kDataAIFFVersion, std::move(version));
+    }
+    fCommon = add("COMM"_4cc, kDataAIFFCommon, CommonOf(format, compressed));
+    fSound = add("SSND"_4cc, kDataAIFFSound, Bytes(kSoundHeaderSize));
+    fSamples.SetStart(fSound->offset + kSoundHeaderSize);
+    return kOK;
+}
+
+Status AIFFFile::Finish()
+{
+    if (fSamples.Mode() != kCreate) return kError;
+    return fSamples.Finish(fSamples.IsOpen() && fSound ? WriteHeaders() : Status(kOK));
+}
+
+Status AIFFFile::WriteHeaders()
+{
+    const auto bytes = static_cast<uint32_t>(fSamples.BytesWritten());
+    // Rounded up although no byte is added to the file: deliberate.
+    fSound->length = bytes + kSoundHeaderSize + (bytes & 1);
+    fSound->dirty_header = true;
+    fTree.Layout();
+    const auto frames = static_cast<uint32_t>(fSamples.FramesWritten());
+    // It fits: the body is ours.
+    static_cast<void>(SetField(*fCommon->data, kFrameCount, frames, ByteOrder::kBig));
+    fCommon->dirty_data = true;
+    return fTree.Flush(fSamples.Handle());
+}
+
+int64_t AIFFFile::CountFrames() const
+{
+    if (!fCommon || !fSound) return 0;
+    return fSamples.CountFrames(SampleFrameSize(fRecord));
+}
+
+int64_t AIFFFile::PromisedFrames() const
+{
+    if (!fCommon || !fSound) return 0;
+    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
+}
+
+Status AIFFFile::SetPosition(int64_t frame)
+{
+    fSamples.SetPosition(frame);
+    return kOK;
+}
+
+Status AIFFFile::Read(void* buffer, int32_t& count)
+{
+    if (!fCommon || !fSound) {
+        count = 0;
+        return kError;
+    }
+    const size_t frame = SampleFrameSize(fRecord);
+    const Status status = fSamples.Read(buffer, count, frame);
+    if (status == kOK) SwapWords(buffer, buffer, static_cast<size_t>(count) * frame / 2);
+    return status;
+}
+
+Status AIFFFile::Write(const void* buffer, int32_t count)
+{
+    if (!fSound || !buffer || count < 1) return kError;
+    const size_t frame = SampleFrameSize(fRecord);
+    const size_t bytes = static_cast<size_t>(count) * frame;
+    if (fSwapped.size() < bytes) fSwapped.resize(bytes);
+    SwapWords(buffer, fSwapped.data(), bytes / 2);
+    if (bytes % 2 != 0) fSwapped[bytes - 1] = static_cast<const uint8_t*>(buffer)[bytes - 1];
+    return fSamples.Write(fSwapped.data(), count, frame);
+}
+
+bool IsAIFFFile(const char* path)
+{
+    return HasForm(path, kAIFF);
+}
+
+bool DescribeAIFF(const char* path, std::string& text)
+{
+    return DescribeSampleFile<AIFFFile>("AIFF", path, text);
+}
+
+}  // namespace kelvane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <span>
+
+#include "media/riff/chunk_source.h"
+#include "media/riff/chunk_tree.h"
+
+namespace kelvane {
+
+// What the walker does with a chunk of a WAVE or AIFF file; others are noted and skipped.
+struct SampleChunkRule {
+    uint32_t id;
+    int32_t datatype;
+    bool load;  // its body goes into the tree
+};
+
+// One kind of file of chunks that holds samples.
+struct SampleFileGrammar {
+    ByteOrder order;
+    uint32_t form;                    // id of the list that is the file
+    std::span<const uint32_t> names;  // that the form may have
+    uint32_t info;                    // name of the list of texts, all of which are loaded
+    std::span<const SampleChunkRule> rules;
+};
+
+// Notes all chunks of the file's form in the tree. Null when the file does not begin with one;
+// otherwise the form. Whatever the sizes claim, the walk stays inside the file and the tree within
+// some memory.
+Chunk* ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree);
+
+// True when the file begins with the form.
+bool HasForm(const char* path, const SampleFileGrammar& grammar);
+
+// Bytes of samples in `body` behind its own header of `header` bytes; the largest number where that
+// is left open: in a recording that was cut off before its sizes were written, and in one that went
+// through a pipe, whose sizes are the largest that there are.
+uint64_t SampleBytes(const Chunk& body, uint32_t header);
+
+// The last chunk of this id, null when there is none.
+Chunk* LastChunk(const ChunkTree& tree, uint32_t id);
+
+}  // namespace kelvane

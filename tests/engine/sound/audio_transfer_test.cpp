@@ -1,0 +1,370 @@
+// Sound through a whole conversion with made-up frames: no pictures, no files.
+
+#include "engine/sound/audio_transfer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "engine/sound/made_up_sound.h"
+#include "sample/sample_sound.h"
+#include "support/temp_folder.h"
+
+namespace kelvane {
+namespace {
+
+double FramesPerSecond(bool pal)
+{
+    return pal ? 25.0 : 30 / 1.001;
+}
+
+// Sets a byte of the source packs in the audio blocks; with the first byte the packs are none.
+void SetInPacks(Bytes& frame, size_t at, uint8_t value)
+{
+    for (size_t sequence = 0; sequence * kDIFSequenceSize < frame.size(); sequence++)
+        for (size_t block = 0; block < kAudioBlocks; block++) {
+            uint8_t* pack = &frame[AudioBlockAt(sequence, block) + kAudioPackAt];
+            if (at == 0 || pack[0] == 0x50) pack[at] = value;
+        }
+}
+
+// Takes the sound away, but not its samples.
+void ErasePacks(Bytes& frame)
+{
+    SetInPacks(frame, 0, 0xFF);
+}
+
+void Embed(Bytes& frame, std::span<const uint8_t> sound)
+{
+    DIFFrame(frame.data(), uint32_t(frame.size())).EmbedAudio(sound, 48000, 2);
+}
+
+// The frame loop around the sound: reads source frames into a ring of four, writes output frames
+// in their own time, and gathers what is heard.
+struct SoundLoop {
+    // Of DV frames, with a chunk for five frames in a track.
+    SoundLoop(bool from, bool to, bool separate = false)
+        : setup{from, to, true, separate, 5, false, {}, {}}
+    {
+    }
+
+    // `make` gives source frame n its sound; it has none before.
+    void Go(uint64_t frames, const std::function<void(Bytes&, uint64_t)>& make = {})
+    {
+        const bool from = setup.source_is_pal, to = setup.destination_is_pal;
+        AudioTransfer transfer(setup);
+        if (stream) {
+            EXPECT_EQ(0, transfer.SetSourceStream(*stream, SampleCoding{}, 48000, channels));
+        }
+        const double step = from == to ? 1.0 : from ? 25 / 29.97 : 1.1988;
+        Bytes frame(from ? 144000 : 120000, 0xFF), output(to ? 144000 : 120000, 0xFF);
+        output[3] = to ? 0xBF : 0x3F;
+        double position = 0;
+        for (uint64_t read = 0, number = 0;; number++, position += step) {
+            const auto current = uint64_t(position + 0.00001);
+            for (; read < current + 3; read++) {
+                if (read >= frames) continue;
+                frame[3] = from ? 0xBF : 0x3F;
+                ErasePacks(frame);
+                if (make) make(frame, read);
+                ASSERT_EQ(0, transfer.FrameRead(frame));
+            }
+            static_cast<void>(transfer.TurnRead());
+            if (current >= frames) break;
+            ASSERT_EQ(0, transfer.CheckRate());
+            shown.push_back(current);
+            ErasePacks(output);
+            transfer.EmbedInto(output, number);
+            if (!setup.separate_track) Hear(output);
+            ASSERT_EQ(0, transfer.FrameWritten(number, track));
+        }
+        EXPECT_EQ(0, transfer.Finish(track));
+    }
+
+    void Hear(Bytes& output)
+    {
+        DIFFrame frame(output.data(), uint32_t(output.size()));
+        AudioInfo info;
+        rates.push_back(frame.GetAudioInfo(info) ? info.sample_rate : 0);
+        Bytes sound(7776);
+        sound.resize(frame.ExtractAudio(sound, 3));
+        heard.insert(heard.end(), sound.begin(), sound.end());
+        first_sample.push_back(heard.size() / 4);
+    }
+
+    // All that came out.
+    const Bytes& Got() const { return setup.separate_track ? track.samples : heard; }
+    std::span<const uint8_t> HeardIn(size_t frame) const
+    {
+        return std::span(heard).first(first_sample[frame + 1] * 4).subspan(first_sample[frame] * 4);
+    }
+    // The source frame that is shown when a sample of what came out is heard.
+    int64_t ShownAt(uint64_t sample, uint32_t rate) const
+    {
+        const auto above = std::upper_bound(first_sample.begin(), first_sample.end(), sample);
+        const auto frame =
+            setup.separate_track
+                ? size_t(double(sample) / rate * FramesPerSecond(setup.destination_is_pal))
+                : size_t(above - first_sample.begin() - 1);
+        return int64_t(shown.at(std::min(frame, shown.size() - 1)));
+    }
+    // That what came out is as long as the pictures, to `most` seconds.
+    void ExpectLength(uint32_t rate, double most) const
+    {
+        EXPECT_NEAR(double(shown.size()) / FramesPerSecond(setup.destination_is_pal),
+                    double(Got().size() / 4) / rate, most);
+    }
+    void ExpectBegin(const Bytes& expected) const
+    {
+        ASSERT_GE(Got().size(), expected.size());
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), Got().begin()));
+    }
+
+    AudioSetup setup;
+    AudioStream* stream = nullptr;  // at 48000 hertz; otherwise the frames have the sound
+    uint32_t channels = 2;          // of it
+    MadeUpTrack track;
+    Bytes heard;                               // in all output frames
+    std::vector<uint64_t> first_sample = {0};  // of each output frame within it, and the end
+    std::vector<uint64_t> shown;               // source frame behind each output frame
+    std::vector<uint32_t> rates;               // in each output frame; 0 without sound
+};
+
+// PAL or not, and whether sound goes to a track.
+constexpr std::tuple<bool, bool, bool> kWays[] = {
+    {true, true, false}, {true, false, false}, {false, true, false}, {false, false, false},
+    {true, true, true},  {true, false, true},  {false, true, true},  {false, false, true}};
+#define TRACE_WAY(rate) SCOPED_TRACE(testing::PrintToString(std::tuple(rate, from, to, separate)))
+
+// That every click is heard with its picture, to a frame, and no click is missing.
+void ExpectInStep(const SoundLoop& run, const SampleSound& sound, uint64_t first, uint64_t end)
+{
+    const std::vector<uint64_t> clicks = FindClicks(run.Got(), 2);
+    ASSERT_EQ(end - first, clicks.size());
+    int64_t source = 0;  // the frame that holds the first sample of the second
+    for (uint64_t second = first; second < end; second++) {
+        while (sound.FirstOfFrame(uint64_t(source) + 1, run.setup.source_is_pal) <=
+               second * sound.Rate())
+            source++;
+        const int64_t shown = run.ShownAt(clicks[second - first], sound.Rate());
+        ASSERT_LE(std::abs(shown - source), 1) << "second " << second;
+    }
+}
+
+TEST(AudioTransfer, StaysInStepAtEveryRateInEveryDirection)
+{
+    for (const uint32_t rate : {32000u, 44100u, 48000u})
+        for (const auto& [from, to, separate] : kWays) {
+            TRACE_WAY(rate);
+            const SampleSound sound(rate);
+            SoundLoop run(from, to, separate);
+            const uint64_t frames = from ? 250 : 299;  // ten seconds
+            run.Go(frames, [&](Bytes& f, uint64_t n) { sound.EmbedInto(f, n); });
+            ExpectInStep(run, sound, 0, 10);
+            // All of the source's sound, sample for sample, and not more than a frame beside it.
+            const uint64_t all = sound.FirstOfFrame(frames, from);
+            run.ExpectBegin(sound.Samples(0, size_t(all - rate / 25)));
+            EXPECT_NEAR(double(all), double(run.Got().size() / 4), rate / 25.0);
+            for (size_t i = 0; from && to && !separate && i < frames; i++)
+                ASSERT_EQ(rate / 25 * i, run.first_sample[i]) << "the same in the same frames";
+        }
+}
+
+TEST(AudioTransfer, StaysInStepOverTenMinutesThereAndBack)
+{
+    // Only the seconds' first frames have a click worth making; the others are silent.
+    constexpr uint64_t kSeconds = 600;
+    const SampleSound sound(48000);
+    for (const bool separate : {true, false}) {
+        SoundLoop there(true, false, separate), back(false, true);
+        there.Go(kSeconds * 25, [&](Bytes& frame, uint64_t number) {
+            if (number % 25 == 0) return sound.EmbedInto(frame, number);
+            Embed(frame, Bytes(7680));
+        });
+        ExpectInStep(there, sound, 0, kSeconds);
+        EXPECT_NEAR(kSeconds * 48000.0, double(there.Got().size() / 4), 1602.0);
+        if (separate) continue;
+        back.Go(there.shown.size(),
+                [&](Bytes& frame, uint64_t number) { Embed(frame, there.HeardIn(number)); });
+        ExpectInStep(back, sound, 0, kSeconds);
+        EXPECT_NEAR(kSeconds * 48000.0, double(back.heard.size() / 4), 1920.0 + 1602.0);
+    }
+}
+
+// Source frames that are damaged in ways of their own, every one with the sound of its number
+// otherwise. What is lost is silent; the rest stays in step.
+TEST(AudioTransfer, StaysInStepWhateverFramesLack)
+{
+    const auto set = [](size_t at, uint8_t pal, uint8_t ntsc) {
+        return [=](Bytes& frame) { SetInPacks(frame, at, frame.size() == 144000 ? pal : ntsc); };
+    };
+    const std::pair<const char*, std::function<void(Bytes&)>> rows[] = {
+        {"no audio pack", ErasePacks},
+        {"a header that says nothing", [](Bytes& frame) { frame[3] = 0, ErasePacks(frame); }},
+        {"a rate that is not known", set(4, 0x18, 0x18)},
+        {"more samples than there are places", set(1, 0xFF, 0xFF)},
+        {"the other system's samples", set(3, 0xC0, 0xE0)},
+    };
+    // PAL or not, into a track or not, and the first and the last frame that is damaged.
+    constexpr std::array<int, 4> kDamaged[] = {
+        {1, 0, 30, 240}, {0, 0, 40, 290}, {0, 1, 40, 290}, {1, 0, 0, 0}};
+    constexpr uint64_t kSeconds = 12;
+    for (const auto& [what, damage] : rows)
+        for (const uint32_t rate : {48000u, 32000u})
+            for (const auto& [pal, separate, first, last] : kDamaged) {
+                SCOPED_TRACE(testing::PrintToString(std::tuple(what, rate, pal, separate)));
+                const SampleSound sound(rate, rate == 32000 ? 4 : 2);
+                SoundLoop run(pal, pal, separate);
+                run.Go(kSeconds * (pal ? 25 : 30) - 1, [&](Bytes& frame, uint64_t number) {
+                    sound.EmbedInto(frame, number);
+                    if (int(number) < first || int(number) > last) return;
+                    number % 25 == 0 ? ErasePacks(frame) : damage(frame);
+                });
+                const std::vector<uint64_t> clicks = FindClicks(run.Got(), 2);
+                ASSERT_FALSE(clicks.empty());
+                EXPECT_NEAR(kSeconds - 1.0, double(clicks.back()) / rate, 0.005);
+                run.ExpectLength(rate, 0.04);
+            }
+}
+
+TEST(AudioTransfer, SoundThatBeginsLateIsInStepAndFramesBeforeItAreLeftAlone)
+{
+    for (const uint32_t rate : {48000u, 44100u})
+        for (const auto& [from, to, separate] : kWays) {
+            TRACE_WAY(rate);
+            const SampleSound sound(rate);
+            SoundLoop run(from, to, separate);
+            run.Go(from ? 500 : 599, [&](Bytes& frame, uint64_t number) {
+                if (number >= 110) sound.EmbedInto(frame, number);
+            });
+            ExpectInStep(run, sound, from ? 5 : 4, 20);
+            EXPECT_EQ(separate ? rate : 0, separate ? run.track.rate : run.rates[80]);
+        }
+}
+
+TEST(AudioTransfer, ATrackWithoutAnySoundIsSilentAndAsLongAsThePictures)
+{
+    for (const uint64_t frames : {300, 20}) {
+        SoundLoop run(true, true, true);
+        run.Go(frames);
+        EXPECT_EQ(48000u, run.track.rate);
+        EXPECT_EQ(2u, run.track.channels);
+        EXPECT_EQ(Bytes(frames * 7680, 0), run.track.samples);
+    }
+    SoundLoop frames(true, true);
+    frames.Go(20);
+    EXPECT_TRUE(frames.heard.empty()) << "frames stay as they are";
+}
+
+TEST(AudioTransfer, AChangeOfRateIsFollowedInFramesAndSilentInATrack)
+{
+    const SampleSound before(48000), after(32000);
+    for (const auto& [from, to, separate] : kWays) {
+        TRACE_WAY(0);
+        SoundLoop run(from, to, separate);
+        run.Go(1000, [&](Bytes& frame, uint64_t number) {
+            (number / 130 % 2 == 0 ? before : after).EmbedInto(frame, number);
+        });
+        if (separate) {
+            EXPECT_EQ(48000u, run.track.rate);
+            run.ExpectLength(48000, 0.04);
+            for (const uint64_t click : FindClicks(run.track.samples, 2))
+                EXPECT_LE(std::min(click % 48000, 48000 - click % 48000), 1920u) << click;
+            continue;
+        }
+        EXPECT_EQ(48000u, run.rates.front());
+        EXPECT_EQ(32000u, run.rates.back());
+        const std::vector<uint64_t> clicks = FindClicks(run.heard, 2);
+        for (const uint64_t click : clicks) {
+            const double second = double(run.ShownAt(click, 0)) / FramesPerSecond(from);
+            EXPECT_NEAR(std::round(second), second, 0.09) << click;
+        }
+        EXPECT_NEAR(1000 / (from ? 25.0 : 30.0), double(clicks.size()), 1.0);
+    }
+}
+
+// In PAL each rate has whole samples in a frame: not a sample is lost or made where it changes.
+TEST(AudioTransfer, AChangeOfRateBetweenTwoFramesIsExact)
+{
+    // Of each source frame in turn.
+    const std::vector<uint32_t> runs[] = {
+        {48000, 48000, 48000, 32000, 32000, 32000, 44100, 48000, 44100, 44100},
+        {32000, 48000, 48000, 48000, 48000, 32000},
+        {44100, 44100, 32000, 48000}};
+    for (const std::vector<uint32_t>& rates : runs) {
+        Bytes expected;
+        SoundLoop run(true, true);
+        run.Go(rates.size(), [&](Bytes& frame, uint64_t number) {
+            const SampleSound sound(rates[number]);
+            sound.EmbedInto(frame, number);
+            const Bytes samples =
+                sound.Samples(sound.FirstOfFrame(number, true), rates[number] / 25);
+            expected.insert(expected.end(), samples.begin(), samples.end());
+        });
+        EXPECT_EQ(rates, run.rates);
+        EXPECT_TRUE(expected == run.heard) << testing::PrintToString(rates);
+    }
+}
+
+TEST(AudioTransfer, AStreamShorterOrLongerThanThePicturesEndsWithThem)
+{
+    const SampleSound sound(48000);
+    for (const uint64_t seconds : {3, 8, 20})
+        for (const bool separate : {false, true})
+            for (const uint32_t chunk : {1000u, 192000u}) {
+                SCOPED_TRACE(testing::PrintToString(std::tuple(seconds, separate, chunk)));
+                MadeUpStream stream(sound.Samples(0, seconds * 48000), {chunk});
+                SoundLoop run(true, false, separate);
+                run.stream = &stream;
+                run.Go(200);
+                run.ExpectLength(48000, 0.034);
+                run.ExpectBegin(sound.Samples(0, std::min<uint64_t>(seconds, 8) * 48000 - 1602));
+                EXPECT_TRUE(seconds >= 8 || run.Got().back() == 0) << "silence, not repetition";
+            }
+}
+
+TEST(AudioTransfer, MonoIsHeardOnBothChannelsOfAFrame)
+{
+    const Bytes mono = SampleSound(48000).Samples(0, 48000);  // two seconds as mono
+    MadeUpStream stream(mono, {4000});
+    SoundLoop run(true, true);
+    run.stream = &stream;
+    run.channels = 1;
+    run.Go(20);
+    ASSERT_EQ(20 * 7680u, run.heard.size());
+    for (size_t i = 0; i < run.heard.size(); i++)
+        ASSERT_EQ(mono[i / 4 * 2 + i % 2], run.heard[i]) << i;
+}
+
+TEST(AudioTransfer, NoChannelsAndTooManyAreRefused)
+{
+    MadeUpStream stream(Bytes(1000), {100});
+    AudioTransfer transfer(AudioSetup{});
+    for (const auto& [channels, status] : {std::pair(0u, -1), {17u, -1}, {16u, 0}})
+        EXPECT_EQ(status, transfer.SetSourceStream(stream, SampleCoding{}, 48000, channels));
+}
+
+TEST(AudioTransfer, ACompanionTakesTheFramesPlace)
+{
+    const SampleSound sound(44100), inside(48000);
+    const TempFolder folder;
+    WriteSound(folder.Path("clip_1.wav"), {kSamplePCM, 2, 16, 44100}, sound.Samples(0, 44100 * 8));
+    for (const bool separate : {false, true})
+        for (const int32_t interleave : {0, 1, 30}) {
+            SCOPED_TRACE(interleave);
+            SoundLoop run(true, false, separate);
+            run.setup.companions = true;
+            run.setup.interleave = interleave;
+            run.setup.source_path = folder.Path("clip.dv");
+            run.Go(200, [&](Bytes& frame, uint64_t number) { inside.EmbedInto(frame, number); });
+            run.ExpectBegin(sound.Samples(0, 44100 * 8 - 1800));
+            const double chunks = !separate          ? 0
+                                  : interleave == 30 ? 8
+                                                     : 240;  // one more at the end
+            EXPECT_NEAR(chunks, double(run.track.sizes.size()), 2);
+        }
+}
+
+}  // namespace
+}  // namespace kelvane

@@ -1,0 +1,110 @@
+#include "media/riff/chunk_tree.h"
+
+#include <gtest/gtest.h>
+
+#include "base/four_cc.h"
+#include "platform/files/file_access.h"
+#include "support/riff.h"
+#include "support/temp_folder.h"
+
+namespace kelvane {
+namespace {
+
+// Adds a list of this name.
+Chunk* AddList(ChunkTree& tree, const char (&name)[5], Chunk* parent, Chunk* anchor = nullptr)
+{
+    return tree.NewChunk(
+        {.id = FourCC("LIST"), .name = FourCC(name), .parent = parent, .anchor = anchor});
+}
+
+// The ids in list order, each led by a dash for every level.
+std::string Shape(const ChunkTree& tree)
+{
+    std::string shape;
+    for (size_t i = 0; const Chunk* chunk = tree.ChunkAt(i); i++)
+        shape +=
+            std::string(static_cast<size_t>(chunk->depth), '-') + FourCCText(chunk->id, true) + " ";
+    return shape;
+}
+
+std::string Written(ChunkTree& tree)
+{
+    const TempFolder folder;
+    const FileHolder file(FileOpen(folder.Path("file").c_str(), kOpenCreate));
+    EXPECT_EQ(0, tree.Flush(file.Handle()));
+    return AsText(ReadWhole(folder.Path("file")));
+}
+
+TEST(ChunkTree, PlacesByParentAndAnchor)
+{
+    ChunkTree tree(ByteOrder::kLittle);
+    EXPECT_EQ("FILE ", Shape(tree));
+    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
+    Chunk* header = AddList(tree, "hdrl", riff);
+    tree.NewChunk({.id = FourCC("avih"), .parent = header});
+    Chunk* extended = AddList(tree, "odml", header);
+    tree.NewChunk({.id = FourCC("dmlh"), .parent = extended});
+    tree.NewChunk({.id = FourCC("JUNK"), .parent = riff});
+    Chunk* media = AddList(tree, "movi", riff);
+    EXPECT_EQ("FILE -RIFF --LIST ---avih ---LIST ----dmlh --JUNK --LIST ", Shape(tree));
+
+    Chunk* stream = AddList(tree, "strl", header, extended);
+    tree.NewChunk({.id = FourCC("strh"), .parent = stream});
+    tree.NewChunk({.id = FourCC("strf"), .parent = stream});
+    tree.NewChunk({.id = FourCC("last"), .parent = header});
+    Chunk* frame = tree.NewChunk({.id = FourCC("00db"), .parent = media});
+    tree.NewChunk({.id = FourCC("idx1"), .parent = riff});
+    EXPECT_EQ(media, tree.NewChunk({.id = FourCC("01wb"), .anchor = frame})->parent);
+    EXPECT_EQ(
+        "FILE -RIFF --LIST ---avih ---LIST ----strh ----strf ---LIST ----dmlh ---last --JUNK "
+        "--LIST ---00db ---01wb --idx1 ",
+        Shape(tree));
+}
+
+TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
+{
+    ChunkTree tree(ByteOrder::kLittle);
+    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
+    tree.NewChunk({.id = FourCC("fmt "),
+                   .length = 4,
+                   .parent = riff,
+                   .data = std::make_unique<Bytes>(4, 'x')});
+    AddList(tree, "INFO", riff);
+    Chunk* data = tree.NewChunk({.id = FourCC("data"), .length = 2, .parent = riff});
+    EXPECT_EQ(std::string("RIFF\x26\0\0\0WAVEfmt \4\0\0\0xxxxLIST\4\0\0\0INFOdata\2\0\0\0", 44),
+              Written(tree));
+    EXPECT_EQ("", Written(tree)) << "all is clean now";
+
+    data->length = 0x102;
+    data->dirty_header = true;
+    tree.Layout();
+    const std::string again = Written(tree);
+    EXPECT_EQ(std::string("RIFF\x26\1\0\0WAVE", 12), again.substr(0, 12));
+    EXPECT_EQ(std::string("\0\0\0\0", 4), again.substr(20, 4)) << "a clean body is not written";
+    EXPECT_EQ(std::string("data\2\1\0\0", 8), again.substr(36));
+
+    const FileHolder full(FileOpen("/dev/full", kOpenCreate));
+    data->dirty_header = true;
+    EXPECT_EQ(-1, tree.Flush(full.Handle()));
+
+    ChunkTree plain(ByteOrder::kLittle);
+    Chunk* leaf = plain.NewChunk({.id = FourCC("FORM"), .length = 6});
+    EXPECT_EQ(22u, plain.NewChunk({.id = FourCC("next")})->offset);
+    EXPECT_EQ(6u, leaf->length) << "a list in IFF files only";
+}
+
+TEST(ChunkTree, KeepsTheLengthOfAnOpaqueList)
+{
+    ChunkTree tree(ByteOrder::kLittle);
+    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
+    Chunk* media = AddList(tree, "movi", riff);
+    media->opaque = true;
+    media->length = 1000;
+    const Chunk* noted = tree.NoteChunk({.id = FourCC("ix00"), .length = 8, .parent = media}, 500);
+    EXPECT_EQ(20u + 1000 + 8, tree.NewChunk({.id = FourCC("idx1"), .parent = riff})->offset);
+    EXPECT_EQ(500u, noted->offset) << "not laid out";
+    EXPECT_FALSE(noted->dirty_header);
+}
+
+}  // namespace
+}  // namespace kelvane
