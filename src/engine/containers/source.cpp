@@ -17,7 +17,10 @@ std::string CannotRead(const std::string& path)
 
 std::unique_ptr<Source> OpenSource(const std::string& path, std::string& message)
 {
-    switch (DetectFileType(path)) {
+    SourceKind kind = DetectFileType(path);
+    // A disk may give at the second try what it refused at the first.
+    if (kind == kUnknownSource) kind = DetectFileType(path);
+    switch (kind) {
         case kAVISource:
             return OpenAVISource(path, message);
         case kQuickTimeSource:

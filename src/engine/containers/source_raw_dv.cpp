@@ -25,7 +25,9 @@ public:
         int32_t count = 1;
         fFile.SetRecordSize(kPAL.dv_frame_size);
         // A single NTSC frame is less than this record; its bytes arrive all the same.
-        static_cast<void>(fFile.Read(first.data(), count));
+        const Status read = fFile.Read(first.data(), count);
+        // Without it nobody knows the television system.
+        if (read == kUnread) return kCannotOpen + read.Reason();
         if (fFile.Seek(0) != kOK) return kCannotOpen;
         kind = kRawDVSource;
         is_pal = DIFFrame(first.data(), static_cast<uint32_t>(first.size())).IsPAL();

@@ -1,10 +1,12 @@
 #include "engine/sound/companion_audio.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
 #include "base/status.h"
+#include "platform/files/file_access.h"
 
 namespace kelvane {
 
@@ -17,6 +19,17 @@ constexpr size_t kSample = 2;  // bytes of what Fill delivers
 SampleCoding AIFFCoding(const RawAudioFormat& format)
 {
     return {.bits = format.bitspersample, .big_endian = (format.bitspersample + 7) / 8 != 2};
+}
+
+// What the system says of a file that is there and does not let itself be read; kOK for all others.
+Status WhyUnreadable(const std::string& path)
+{
+    uint8_t byte;
+    if (FileReadHead(path.c_str(), &byte, 1) >= 0) return kOK;
+    const Status status = Status::System();
+    for (const int absent : {ENOENT, ENOTDIR, ENAMETOOLONG, EISDIR, EINVAL})
+        if (status.SystemError() == absent) return kOK;
+    return status;
 }
 
 bool SameFormat(const RawAudioFormat& a, const RawAudioFormat& b)
@@ -96,14 +109,15 @@ Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool s
 {
     if (IsOpen()) return kOK;
     for (const CompanionName& name : CompanionNames(source_path))
-        if (OpenRun(name)) return Settle(separate_track);
+        if (OpenRun(name) || fUnreadable != kOK) return Settle(separate_track);
     return kOK;
 }
 
 Status CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
 {
-    if (IsOpen() || !OpenRun(GivenCompanion(path))) return kOK;
-    return Settle(separate_track);
+    if (IsOpen()) return kOK;
+    return OpenRun(GivenCompanion(path)) || fUnreadable != kOK ? Settle(separate_track)
+                                                               : Status(kOK);
 }
 
 // Opens the file of this name and of the channels that follow. False when the first does not open.
@@ -111,7 +125,13 @@ bool CompanionAudio::OpenRun(CompanionName name)
 {
     while (fReaders.size() < kMostReaders) {
         auto reader = std::make_unique<CompanionReader>(name.path);
-        if (!reader->IsUsable()) break;
+        // A disk may give at the second try what it refused at the first.
+        if (!reader->IsUsable()) reader = std::make_unique<CompanionReader>(name.path);
+        if (!reader->IsUsable()) {
+            fUnreadable = WhyUnreadable(name.path);
+            if (fUnreadable != kOK) fPaths.push_back(name.path);
+            break;
+        }
         fReaders.push_back(std::move(reader));
         fPaths.push_back(name.path);
         if (name.counter >= name.path.size()) break;
@@ -122,6 +142,10 @@ bool CompanionAudio::OpenRun(CompanionName name)
 
 Status CompanionAudio::Settle(bool separate_track)
 {
+    // Sound that lies there is not passed over in silence.
+    if (fUnreadable != kOK)
+        return Refuse("Error reading source file (audio) ! " + fPaths.back() + " can't be read." +
+                      fUnreadable.Reason());
     const RawAudioFormat format = fReaders[0]->Format();
     const bool same = std::ranges::all_of(
         fReaders, [&](const auto& reader) { return SameFormat(reader->Format(), format); });
@@ -140,7 +164,7 @@ Status CompanionAudio::Settle(bool separate_track)
     return kOK;
 }
 
-Status CompanionAudio::Refuse(const char* message)
+Status CompanionAudio::Refuse(const std::string& message)
 {
     fMessage = message;
     fReaders.clear();

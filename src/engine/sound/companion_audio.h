@@ -49,7 +49,8 @@ public:
     // Looks for companion files beside the source by name.
     Status FindCompanionAudio(const std::string& source_path, bool separate_track);
     // Takes the named file, and those of its further channels, instead. Both do nothing when files
-    // are open already. -18 with a message when the files do not fit together.
+    // are open already. -18 with a message when the files do not fit together, or one is there and
+    // cannot be read.
     Status OpenCompanionAudio(const std::string& path, bool separate_track);
 
     bool IsOpen() const { return !fReaders.empty(); }
@@ -70,7 +71,7 @@ public:
 private:
     bool OpenRun(CompanionName name);
     Status Settle(bool separate_track);
-    Status Refuse(const char* message);
+    Status Refuse(const std::string& message);
     void FillFromOne(AudioFifo& fifo);
     void FillFromMany(AudioFifo& fifo);
 
@@ -79,6 +80,7 @@ private:
     uint32_t fChannels = 0;
     uint32_t fRate = 0;  // hertz
     std::vector<std::string> fPaths;
+    Status fUnreadable = kOK;  // of the last of the paths
     std::string fMessage;
     std::vector<uint8_t> fMono, fMixed;
 };

@@ -230,6 +230,13 @@ TEST_F(Messages, SoundThatWillNotDo)
     companion("source.wav", 2, 22050);
     Expect(-13, wrong, source);
     std::filesystem::remove(fFolder.Path("source.wav"));
+    const std::string loop = fFolder.Path("source.wav");
+    std::filesystem::create_symlink(loop, loop);
+    Expect(-18,
+           "Error reading source file (audio) ! " + loop +
+               " can't be read. (Too many levels of symbolic links)",
+           source);
+    std::filesystem::remove(loop);
     companion("source_1.wav", 2, 48000), companion("source_2.wav", 2, 48000);
     Expect(-18, "Source audio files should be mono!", source);
     EXPECT_EQ(fFolder.Path("source_2.wav"), fResult.audio_file_2);
