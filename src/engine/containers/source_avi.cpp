@@ -42,14 +42,16 @@ public:
     {
         if (fFile.InitCheck() == kCorrupted) return "AVI parsing error, corrupted file";
         if (fFile.InitCheck() != kOK) return "AVI open error" + fFile.InitCheck().Reason();
+        // Behind the words for what is not there: why it could not be looked for.
+        const std::string trouble = fFile.Trouble().Reason();
         fVideo = fFile.VideoStream();
-        if (fVideo < 0) return "Source contains no video streams.";
-        if (fFile.CountStreams() <= 0) return "Source contains 0 streams.";
+        if (fVideo < 0) return "Source contains no video streams." + trouble;
+        if (fFile.CountStreams() <= 0) return "Source contains 0 streams." + trouble;
         const AVIStream& stream = *fFile.StreamAt(fVideo);
         kind = kAVISource;
         is_pal = stream.IsPAL();
         handler = stream.Handler();
-        if (!TakePicture(stream)) return "Source is not DV or uncompressed AVI.";
+        if (!TakePicture(stream)) return "Source is not DV or uncompressed AVI." + trouble;
         // A file of one stream has its sound in the frames.
         if (fFile.CountStreams() > 1) TakeSound();
         return {};
