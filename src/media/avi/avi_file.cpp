@@ -43,11 +43,11 @@ void AVIFile::OpenSource(const char* path)
     if (!fFile.IsOpen()) return;
     AVIParser parser(fFile.Handle(), fMode == kDescribe, fStructure);
     fInitCheck = parser.Run();
-    fTrouble = parser.Failure();
+    fTrouble = parser.Trouble();
     if (fMode == kDescribe) return;
     AVIIndex index(fStructure, fFile.Handle());
     index.BuildTables();
-    fTrouble = FirstFailure(fTrouble, index.Failure());
+    fTrouble = FirstFailure(fTrouble, index.Trouble());
 }
 
 AVIStream* AVIFile::StreamAt(int32_t index)

@@ -29,10 +29,16 @@ bool ChunkSource::FillWindow()
 {
     int64_t got = FileReadAt(fFile, fPosition, fWindow.data(), fWindow.size());
     if (got < 0) got = FileReadAt(fFile, fPosition, fWindow.data(), 4);
-    if (got < 0) fFailure = Status::System();
+    if (got < 0) Fail();
     fWindowStart = fPosition;
     fWindowSize = got > 0 ? static_cast<uint32_t>(got) : 0;
     return fWindowSize >= 4;
+}
+
+void ChunkSource::Fail()
+{
+    fFailure = Status::System();
+    fTrouble = FirstFailure(fTrouble, fFailure);
 }
 
 bool ChunkSource::ReadLength(uint32_t& length)
@@ -51,7 +57,7 @@ std::unique_ptr<Bytes> ChunkSource::ReadBody(uint32_t length)
     if (bytes == 0 || bytes > fBodiesLeft) return nullptr;
     auto body = std::make_unique<Bytes>(bytes);
     const int64_t got = FileReadAt(fFile, fPosition, body->data(), bytes);
-    if (got < 0) fFailure = Status::System();
+    if (got < 0) Fail();
     if (got <= 0) return nullptr;
     body->resize(static_cast<size_t>(got));
     fBodiesLeft -= static_cast<uint64_t>(got);

@@ -23,6 +23,8 @@ public:
     // kError with the reason when the system could not read what was asked for last; kOK where the
     // file just ended.
     Status Failure() const { return fFailure; }
+    // What it said first of all reads so far.
+    Status Trouble() const { return fTrouble; }
     // Bytes of the file as it was found.
     uint64_t FileEnd() const { return fFileEnd; }
 
@@ -37,6 +39,7 @@ public:
 
 private:
     bool FillWindow();
+    void Fail();
 
     static constexpr uint64_t kMostBodies = 512 << 20;  // bytes; an index of a month of tape
 
@@ -46,6 +49,7 @@ private:
     uint64_t fPosition = 0;
     uint64_t fBodiesLeft;  // bytes
     Status fFailure = kOK;
+    Status fTrouble = kOK;
     uint64_t fWindowStart = 0;
     uint32_t fWindowSize = 0;
     std::array<uint8_t, 2048> fWindow;

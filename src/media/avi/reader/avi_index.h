@@ -24,7 +24,7 @@ public:
     // "movi".
     void BuildTables();
     // What the system said where something could not be read; kOK otherwise.
-    Status Failure() const { return fSource.Failure(); }
+    Status Trouble() const { return fSource.Trouble(); }
 
 private:
     // A stretch of the file of which no index tells.

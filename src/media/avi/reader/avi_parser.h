@@ -20,7 +20,7 @@ public:
     // not even the first list can be read.
     Status Run();
     // What the system said where something could not be read; kOK otherwise.
-    Status Failure() const { return fSource.Failure(); }
+    Status Trouble() const { return fSource.Trouble(); }
 
 private:
     void ParseList(Chunk* parent, bool load);
