@@ -69,7 +69,7 @@ Status ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& mes
     }
     const Status status =
         audio.SetSourceStream(*stream, coding, static_cast<uint32_t>(format.srate), format.ch);
-    if (status != kOK) message = audio.Message();
+    if (status != kOK) message = audio.Message() + source.Trouble().Reason();
     return status;
 }
 
