@@ -1,21 +1,18 @@
 #include "engine/loop/conversion_outcome.h"
 
 #include "engine/loop/frame_loop.h"
+#include "format/picture_layout.h"
 
 namespace kelvane {
 
 namespace {
 
-std::string Frames(uint64_t count)
-{
-    return std::to_string(count) + (count == 1 ? " frame." : " frames.");
-}
-
 Status TellWriteError(const std::string& words, Status reason, const std::string& path,
                       ConversionResult& result)
 {
     result.frames_written = FramesIn(path);
-    result.message = words + " The file holds " + Frames(result.frames_written) + reason.Reason();
+    result.message =
+        words + " The file holds " + FramesInWords(result.frames_written) + "." + reason.Reason();
     return kError;
 }
 
@@ -32,8 +29,7 @@ Status CheckSource(const ConversionRun& run, ConversionResult& result)
     } else if (losses.FailTheRun()) {
         result.message = ReadErrorInWords(losses, promised, reason);
     } else if (run.frames_written == 0 && run.wish == Wish::kGoOn) {
-        result.message = "Error reading source file (video) ! The film has " +
-                         Frames(run.reader.Given()) + reason.Reason();
+        result.message = TooShortInWords(run.reader.Given()) + reason.Reason();
     } else {
         return kOK;
     }
@@ -56,7 +52,15 @@ uint64_t FramesIn(const std::string& path)
 {
     std::string message;
     const auto file = OpenSource(path, message);
-    return file ? file->CountFrames() : 0;
+    if (!file) return 0;
+    // What is promised last may not be there whole.
+    std::vector<uint8_t> frame(LargestFrame(file->format));
+    uint64_t count = file->CountFrames();
+    for (int64_t size = 0; count > 0; count--) {
+        const Status last = file->ReadFrame(static_cast<int64_t>(count) - 1, frame, size);
+        if (last != kMissing && last != kEnd) break;
+    }
+    return count;
 }
 
 Status ConcludeRun(ConversionRun& run, Status loop, const std::string& path,

@@ -12,8 +12,6 @@ namespace {
 
 constexpr uint64_t kLeastFrames = 3;
 
-constexpr char kVideoReadError[] = "Error reading source file (video) !";
-
 // What a step says about the turn.
 enum class Turn { kGoOn, kEnd, kFailed };
 
@@ -67,12 +65,6 @@ Status Read(ConversionRun& run)
     return kOK;
 }
 
-std::string TooShort(uint64_t frames)
-{
-    return std::string(kVideoReadError) + " The film has " + std::to_string(frames) +
-           (frames == 1 ? " frame." : " frames.");
-}
-
 // A film needs three frames, unless one more was read at once; and it needs its first one.
 Turn CheckStart(ConversionRun& run, Status& status)
 {
@@ -80,7 +72,7 @@ Turn CheckStart(ConversionRun& run, Status& status)
     const uint64_t given = run.reader.Given();
     const bool first_lost = given == 0 && end == kUnread;
     if (end == kOK || (run.frames_read != kLeastFrames && !first_lost)) return Turn::kGoOn;
-    std::string message = TooShort(given);
+    std::string message = TooShortInWords(given);
     if (first_lost) message = std::string(kVideoReadError) + " The first frame can't be read.";
     if (end == kReferenceMissing)
         message = "Error reading source file! The referenced file is not found.";

@@ -21,21 +21,27 @@ void AddSentence(std::string& text, const std::string& sentence)
     text += sentence;
 }
 
-std::string Frames(uint64_t count)
+}  // namespace
+
+std::string FramesInWords(uint64_t count)
 {
     return std::to_string(count) + (count == 1 ? " frame" : " frames");
 }
 
-}  // namespace
+std::string TooShortInWords(uint64_t frames)
+{
+    return std::string(kVideoReadError) + " The film has " + FramesInWords(frames) + ".";
+}
 
 std::string LossesInWords(const Losses& losses)
 {
     std::string text;
     if (losses.frames_undecodable > 0)
-        AddSentence(text, Frames(losses.frames_undecodable) +
+        AddSentence(text, FramesInWords(losses.frames_undecodable) +
                               " could not be decoded and show the picture before.");
     if (losses.frames_salvaged > 0)
-        AddSentence(text, Frames(losses.frames_salvaged) + " were salvaged from a damaged file.");
+        AddSentence(text,
+                    FramesInWords(losses.frames_salvaged) + " were salvaged from a damaged file.");
     if (losses.sound_silenced > 0)
         AddSentence(text, Seconds(losses.sound_silenced) + " seconds of sound became silence.");
     return text;
@@ -53,8 +59,7 @@ std::string FramesMissing(const Losses& losses, uint64_t promised)
 std::string ReadErrorInWords(const Losses& losses, uint64_t promised, Status reason)
 {
     std::string text;
-    if (losses.FramesNotRead() > 0)
-        text = "Error reading source file (video) !" + FramesMissing(losses, promised);
+    if (losses.FramesNotRead() > 0) text = kVideoReadError + FramesMissing(losses, promised);
     if (losses.sound_unread > 0)
         AddSentence(text, "Error reading source file (audio) ! " + Seconds(losses.sound_unread) +
                               " seconds of sound are missing.");

@@ -30,6 +30,12 @@ struct Losses {
 // The losses that do not fail a run, as a sentence; empty when there are none.
 std::string LossesInWords(const Losses& losses);
 
+inline constexpr char kVideoReadError[] = "Error reading source file (video) !";
+
+// "1 frame", "2 frames".
+std::string FramesInWords(uint64_t count);
+// Of a film that has too few frames to be converted.
+std::string TooShortInWords(uint64_t frames);
 // " 52 of 100 frames are missing, the first is number 48."; empty when none is.
 std::string FramesMissing(const Losses& losses, uint64_t promised);
 // Why a run failed that could not read all of its source: how many of the `promised` frames are
