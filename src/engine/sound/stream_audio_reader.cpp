@@ -42,6 +42,8 @@ void StreamAudioReader::TakeFailure(Status status)
     }
     const uint64_t chunk = fStream.SkipChunk();
     if (chunk == 0) {
+        // How much there should be, the file does not tell; that it is missing, is told.
+        fLost += fConverter.Coding().Bytes();
         fStatus = status;
         return;
     }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cerrno>
 #include <deque>
 #include <numeric>
 #include <random>
@@ -170,6 +171,38 @@ TEST(StreamAudio, AStreamOfNothingDoesNotHoldUpTheRun)
     AudioFifo fifo;
     for (const StatusCode status : {kOK, kOK, kEnd})
         EXPECT_EQ(status, reader.Fill(fifo, 100));
+}
+
+// A stream whose only chunk cannot be read.
+struct UnreadStream : AudioStream {
+    explicit UnreadStream(uint64_t bytes) : left(bytes) {}
+    uint32_t ChunkSize() override { return 400; }
+    Status ReadChunk(uint8_t*, uint32_t, uint32_t& bytes) override
+    {
+        bytes = 0;
+        return skipped ? Status(kEnd) : Status(kUnread, EIO);
+    }
+    uint64_t SkipChunk() override
+    {
+        skipped = left > 0;
+        return left;
+    }
+    uint64_t left;
+    bool skipped = false;
+};
+
+TEST(StreamAudio, WhatCannotBeReadIsSilenceAndIsCounted)
+{
+    for (const uint64_t bytes : {400u, 0u}) {
+        UnreadStream stream(bytes);
+        StreamAudioReader reader(stream, SampleCoding{});
+        AudioFifo fifo;
+        EXPECT_EQ(bytes ? kEnd : kUnread, reader.Fill(fifo, 1000));
+        EXPECT_EQ(bytes, fifo.Count());
+        EXPECT_EQ(bytes ? bytes : 2, reader.LostBytes()) << "never nothing";
+        EXPECT_EQ(EIO, reader.Reason().SystemError());
+        EXPECT_TRUE(reader.Ended());
+    }
 }
 
 TEST(TrackAudio, WritesAChunkEachTurnAndMakesUpForWhatWasShort)
