@@ -19,10 +19,12 @@ enum StatusCode : int {
     kNoDVCPROEncoder = -112,        // DVCPRO25 output and no encoder for it
 
     // Reads of a frame or a chunk. What is no kOK gives no bytes, but for kTooLarge.
-    kEnd = -200,      // behind the last one
-    kMissing = -201,  // its place is beyond the end of the file
-    kUnread = -202,   // it is in the file, and the system could not read it
-    kTooLarge = -203  // larger than the buffer
+    kEnd = -200,       // behind the last one
+    kMissing = -201,   // its place is beyond the end of the file
+    kUnread = -202,    // it is in the file, and the system could not read it
+    kTooLarge = -203,  // larger than the buffer
+
+    kUnwritten = -204  // a frame or a chunk that the destination did not take
 };
 
 // A code, and what the system said where the system failed.

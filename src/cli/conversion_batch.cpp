@@ -72,8 +72,7 @@ private:
     // Asks what must be asked before anything is touched.
     bool MayWrite(const std::string& source, const std::string& output)
     {
-        std::string missing;
-        if (!CodecsAreSet(fSettings, missing)) return Fail(missing);
+        if (const auto set = CodecsAreSet(fSettings); !set) return Fail(set.Error().message);
         if (IsSameFile(source, output)) return Fail("The output is the source file itself.");
         std::error_code error;
         if (!std::filesystem::is_regular_file(output, error)) return true;

@@ -1,7 +1,10 @@
 #include "engine/containers/destination.h"
 
+#include <algorithm>
+
 #include "base/status.h"
 #include "base/television.h"
+#include "engine/timing/planned_frames.h"
 
 namespace kelvane {
 
@@ -39,15 +42,6 @@ MediaFormat DestinationFormat(const ConversionSettings& settings, const Source& 
     return format;
 }
 
-}  // namespace
-
-DestinationPlan PlanDestination(const ConversionSettings& settings, const Source& source,
-                                int32_t type)
-{
-    const bool pal = DestinationIsPAL(settings, source);
-    return {settings, source, type, DestinationFormat(settings, source, pal), pal};
-}
-
 MediaFormat TrackFormat(const Source& source)
 {
     RawAudioFormat sound = {kSamplePCM, 2, 16, 48000};
@@ -58,8 +52,7 @@ MediaFormat TrackFormat(const Source& source)
     return MediaFormat(sound);
 }
 
-std::unique_ptr<Destination> CreateDestination(const std::string& path, const DestinationPlan& plan,
-                                               std::string& message)
+CreatedDestination CreateOfType(const DestinationPlan& plan)
 {
     switch (plan.type) {
         case kDestinationCanopus1:
@@ -71,15 +64,56 @@ std::unique_ptr<Destination> CreateDestination(const std::string& path, const De
         case kDestinationAVI2OpenDML:
         case kDestinationAVI1Reference:
         case kDestinationAVI2Reference:
-            return CreateAVIDestination(path, plan, message);
+            return CreateAVIDestination(plan);
         case kDestinationQuickTime:
-            return CreateQuickTimeDestination(path, plan, message);
+            return CreateQuickTimeDestination(plan);
         case kDestinationRawDV:
-            return CreateRawDVDestination(path, plan, message);
+            return CreateRawDVDestination(plan);
         default:
-            message = kFormatRefused;
-            return nullptr;
+            return Failure{kError, kFormatRefused};
     }
+}
+
+}  // namespace
+
+DestinationPlan PlanDestination(const std::string& path, const ConversionSettings& settings,
+                                const Source& source, int32_t type)
+{
+    DestinationPlan plan;
+    plan.path = path;
+    plan.type = type;
+    plan.is_pal = DestinationIsPAL(settings, source);
+    plan.format = DestinationFormat(settings, source, plan.is_pal);
+    plan.options = settings.conversion_options;
+    plan.codec = settings.codec;
+    plan.source_handler = source.handler;
+    plan.track = TrackFormat(source);
+    plan.frames = PlannedFrames(settings, source.is_pal, plan.is_pal,
+                                std::min(source.CountFrames(), kMostFrames));
+    return plan;
+}
+
+std::vector<std::string> FilesOf(const DestinationPlan& plan)
+{
+    std::vector<std::string> files = AVIMediaFiles(plan);
+    files.insert(files.begin(), plan.path);
+    return files;
+}
+
+Failure CannotCreate(Status status)
+{
+    if (status == kFormatNotSupported) return {kError, kFormatRefused};
+    return {kError, "Could not create destination file." + status.Reason()};
+}
+
+CreatedDestination CreateDestination(const DestinationPlan& plan)
+{
+    CreatedDestination created = CreateOfType(plan);
+    if (created) {
+        (*created)->format = plan.format;
+        (*created)->is_pal = plan.is_pal;
+    }
+    return created;
 }
 
 }  // namespace kelvane

@@ -4,7 +4,9 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
+#include "base/result.h"
 #include "base/status.h"
 #include "engine/containers/source.h"
 #include "engine/options/conversion_settings.h"
@@ -32,38 +34,44 @@ public:
     bool is_pal = false;
 };
 
-// What is settled about a destination before it is created.
+// What is settled about a destination before it is created; nothing is touched until then.
 struct DestinationPlan {
-    const ConversionSettings& settings;
-    const Source& source;
-    int32_t type;        // DestinationType
+    std::string path;
+    int32_t type = kDestinationNone;
     MediaFormat format;  // of the picture
-    bool is_pal;
+    bool is_pal = false;
+    uint32_t options = 0;         // ConversionOption bits
+    uint32_t codec = 0;           // output compressor, 0 none
+    uint32_t source_handler = 0;  // codec of the source's picture, a RIFF code
+    // The sound of a separate track as it is declared when the file begins: what the engine moves
+    // is 16-bit PCM, of the source's rate and channels where they are known.
+    MediaFormat track;
+    // Frames that a run will write.
+    uint64_t frames = 0;
     AVILimits avi_limits{};  // tests make them small
 };
-DestinationPlan PlanDestination(const ConversionSettings& settings, const Source& source,
-                                int32_t type);
+DestinationPlan PlanDestination(const std::string& path, const ConversionSettings& settings,
+                                const Source& source, int32_t type);
 
-// Creates the file. Null with the reason in `message`.
-std::unique_ptr<Destination> CreateDestination(const std::string& path, const DestinationPlan& plan,
-                                               std::string& message);
+// All files that the destination needs for its planned frames; these are replaced when it is
+// created. Should it need one more, that one is created only where none exists.
+std::vector<std::string> FilesOf(const DestinationPlan& plan);
+
+using CreatedDestination = Result<std::unique_ptr<Destination>>;
+
+// Creates the files.
+CreatedDestination CreateDestination(const DestinationPlan& plan);
 
 // The same for one family of types.
-std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
-                                                  const DestinationPlan& plan,
-                                                  std::string& message);
-std::unique_ptr<Destination> CreateQuickTimeDestination(const std::string& path,
-                                                        const DestinationPlan& plan,
-                                                        std::string& message);
-std::unique_ptr<Destination> CreateRawDVDestination(const std::string& path,
-                                                    const DestinationPlan& plan,
-                                                    std::string& message);
+CreatedDestination CreateAVIDestination(const DestinationPlan& plan);
+CreatedDestination CreateQuickTimeDestination(const DestinationPlan& plan);
+CreatedDestination CreateRawDVDestination(const DestinationPlan& plan);
 
-inline constexpr char kCannotCreate[] = "Could not create destination file.";
+// Files beside the destination that hold the media of its planned frames; none for most types.
+std::vector<std::string> AVIMediaFiles(const DestinationPlan& plan);
+
 inline constexpr char kFormatRefused[] = "Output format not supported.";
-
-// The sound of a separate track as it is declared when the file begins: what the engine moves is
-// 16-bit PCM, of the source's rate and channels where they are known.
-MediaFormat TrackFormat(const Source& source);
+// Why a destination could not be created.
+Failure CannotCreate(Status status);
 
 }  // namespace kelvane

@@ -1,7 +1,9 @@
 #include "base/four_cc.h"
 #include "base/status.h"
+#include "base/television.h"
 #include "engine/containers/destination.h"
 #include "media/avi/avi_file.h"
+#include "media/avi/structure/avi_references.h"
 
 namespace kelvane {
 
@@ -58,8 +60,10 @@ private:
 
 class AVIDestination : public Destination {
 public:
-    AVIDestination(const std::string& path, const AVILimits& limits) : fFile(path.c_str(), kCreate)
+    explicit AVIDestination(const DestinationPlan& plan) : fFile(plan.path.c_str(), kCreate)
     {
+        AVILimits limits = plan.avi_limits;
+        limits.reference_files = AVIMediaFiles(plan).size();
         fFile.SetLimits(limits);
     }
 
@@ -78,8 +82,7 @@ public:
     Status BeginDV(const DestinationPlan& plan, const AVISetup& setup)
     {
         uint32_t flags = setup.flags | (plan.is_pal ? kAVIPAL : kAVINTSC);
-        if (setup.index_option && plan.settings.conversion_options & kOptionIdx1)
-            flags |= kAVIOldIndex;
+        if (setup.index_option && plan.options & kOptionIdx1) flags |= kAVIOldIndex;
         fHasTrack = setup.audio_track;
         return fFile.BeginDVAVI(flags, HandlerFor(plan), 0);
     }
@@ -101,8 +104,8 @@ private:
     {
         if (plan.type == kDestinationCanopus1 || plan.type == kDestinationCanopus2)
             return FourCC("CDVC");
-        if (plan.type == kDestinationMatrox) return plan.settings.codec;
-        return plan.settings.codec ? plan.settings.codec : plan.source.handler;
+        if (plan.type == kDestinationMatrox) return plan.codec;
+        return plan.codec ? plan.codec : plan.source_handler;
     }
 
     AVIFile fFile;
@@ -128,24 +131,26 @@ bool TakesOtherPictures(int32_t type)
 
 }  // namespace
 
-std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
-                                                  const DestinationPlan& plan, std::string& message)
+std::vector<std::string> AVIMediaFiles(const DestinationPlan& plan)
+{
+    if (!IsReference(plan.type)) return {};
+    const auto frame = static_cast<uint64_t>(SystemFor(plan.is_pal).dv_frame_size);
+    return ReferenceFiles(plan.path, plan.frames, frame, plan.avi_limits.reference_file);
+}
+
+CreatedDestination CreateAVIDestination(const DestinationPlan& plan)
 {
     const bool dv = IsDVDestination(plan.format);
     // References stand for DV frames only. Refused before the file is touched.
-    if (!dv && IsReference(plan.type)) {
-        message = kFormatRefused;
-        return nullptr;
-    }
-    auto destination = std::make_unique<AVIDestination>(path, plan.avi_limits);
+    if (!dv && IsReference(plan.type)) return Failure{kError, kFormatRefused};
+    auto destination = std::make_unique<AVIDestination>(plan);
     const AVISetup& setup = *SetupOf(plan.type);
     Status status = destination->InitCheck();
     if (status == kOK)
         status = dv || !TakesOtherPictures(plan.type) ? destination->BeginDV(plan, setup)
                                                       : destination->BeginOther(plan, setup);
-    if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
-    return nullptr;
+    if (status == kOK) return CreatedDestination(std::move(destination));
+    return CannotCreate(status);
 }
 
 }  // namespace kelvane

@@ -29,15 +29,15 @@ private:
     QTFile& fFile;
 };
 
-uint32_t QuickTimeOptions(const ConversionSettings& settings)
+uint32_t QuickTimeOptions(const DestinationPlan& plan)
 {
-    const uint32_t bits = settings.conversion_options;
+    const uint32_t bits = plan.options;
     uint32_t options = 0;
     if (bits & kOptionOffsets64) options |= kQTWideOffsets;
     if (bits & kOptionDVCP) options |= kQTDVCP;
     if (bits & kOptionSoftDV) options |= kQTSoftDV;
-    if (settings.codec == "AVdv"_4cc) options |= kQTAvidDV;
-    if (settings.codec == "dvpp"_4cc) options |= kQTDVCPRO;
+    if (plan.codec == "AVdv"_4cc) options |= kQTAvidDV;
+    if (plan.codec == "dvpp"_4cc) options |= kQTDVCPRO;
     return options;
 }
 
@@ -48,15 +48,15 @@ public:
     Status InitCheck() const { return fFile.InitCheck(); }
     Status Begin(const DestinationPlan& plan)
     {
-        fFile.SetOptions(QuickTimeOptions(plan.settings), kInformation);
+        fFile.SetOptions(QuickTimeOptions(plan), kInformation);
         const MediaFormat& picture = plan.format;
         const Status status = picture.kind == kRawVideo ? fFile.AddVideoTrack(picture)
                               : picture.encoded_video.encoding == kEncodingQTRLE
                                   ? fFile.AddEncodedVideoTrack(picture)
                                   : fFile.AddDVTrack(plan.is_pal);
-        if (status != kOK || !(plan.settings.conversion_options & kOptionAudioTrack)) return status;
+        if (status != kOK || !(plan.options & kOptionAudioTrack)) return status;
         fHasTrack = true;
-        return fFile.AddPCMAudioTrack(TrackFormat(plan.source));
+        return fFile.AddPCMAudioTrack(plan.track);
     }
 
     Status WriteFrame(std::span<const uint8_t> frame) override
@@ -74,16 +74,13 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Destination> CreateQuickTimeDestination(const std::string& path,
-                                                        const DestinationPlan& plan,
-                                                        std::string& message)
+CreatedDestination CreateQuickTimeDestination(const DestinationPlan& plan)
 {
-    auto destination = std::make_unique<QuickTimeDestination>(path);
+    auto destination = std::make_unique<QuickTimeDestination>(plan.path);
     Status status = destination->InitCheck();
     if (status == kOK) status = destination->Begin(plan);
-    if (status == kOK) return destination;
-    message = status == kFormatNotSupported ? kFormatRefused : kCannotCreate + status.Reason();
-    return nullptr;
+    if (status == kOK) return CreatedDestination(std::move(destination));
+    return CannotCreate(status);
 }
 
 }  // namespace kelvane

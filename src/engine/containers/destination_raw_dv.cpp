@@ -28,14 +28,11 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Destination> CreateRawDVDestination(const std::string& path,
-                                                    const DestinationPlan& plan,
-                                                    std::string& message)
+CreatedDestination CreateRawDVDestination(const DestinationPlan& plan)
 {
-    auto destination = std::make_unique<RawDVDestination>(path, plan.is_pal);
-    if (destination->InitCheck() == kOK) return destination;
-    message = kCannotCreate + destination->InitCheck().Reason();
-    return nullptr;
+    auto destination = std::make_unique<RawDVDestination>(plan.path, plan.is_pal);
+    if (destination->InitCheck() != kOK) return CannotCreate(destination->InitCheck());
+    return CreatedDestination(std::move(destination));
 }
 
 }  // namespace kelvane

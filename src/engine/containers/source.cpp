@@ -15,22 +15,21 @@ std::string CannotRead(const std::string& path)
 
 }  // namespace
 
-std::unique_ptr<Source> OpenSource(const std::string& path, std::string& message)
+OpenedSource OpenSource(const std::string& path)
 {
     SourceKind kind = DetectFileType(path);
     // A disk may give at the second try what it refused at the first.
     if (kind == kUnknownSource) kind = DetectFileType(path);
     switch (kind) {
         case kAVISource:
-            return OpenAVISource(path, message);
+            return OpenAVISource(path);
         case kQuickTimeSource:
-            return OpenQuickTimeSource(path, message);
+            return OpenQuickTimeSource(path);
         case kRawDVSource:
-            return OpenRawDVSource(path, message);
+            return OpenRawDVSource(path);
         default:
-            message =
-                "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV." + CannotRead(path);
-            return nullptr;
+            return Failure{kError, "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV." +
+                                       CannotRead(path)};
     }
 }
 

@@ -6,14 +6,22 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "base/status.h"
 #include "engine/containers/file_type.h"
 #include "engine/sound/audio_stream.h"
+#include "engine/sound/sample_coding.h"
 #include "format/media_format.h"
 
 namespace kelvane {
 
 inline constexpr uint64_t kMostFrames = 1000000000;  // of a run
+
+// What came of reading a frame.
+struct FrameRead {
+    Status status;
+    size_t size = 0;  // bytes read
+};
 
 // One opened source file: the facts that the engine needs of it, its frames in order, and its
 // separate audio stream if it has one.
@@ -21,10 +29,10 @@ class Source {
 public:
     virtual ~Source() = default;
 
-    // Reads a frame of the picture, from 0, into `buffer`; `size` is its bytes, 0 for a frame that
-    // holds the one before. kEnd, kMissing, kUnread, kReferenceMissing, with size 0; kTooLarge when
-    // only its first bytes fit into the buffer, with those. Cheap in rising order.
-    virtual Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) = 0;
+    // Reads a frame of the picture, from 0, into `buffer`; its size is 0 for a frame that holds the
+    // one before. kEnd, kMissing, kUnread, kReferenceMissing, with size 0; kTooLarge when only its
+    // first bytes fit into the buffer, with those. Cheap in rising order.
+    virtual FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) = 0;
     // Frames of the picture that the file promises.
     virtual uint64_t CountFrames() const = 0;
     // What the system said where it could not read the file's structure; kOK otherwise.
@@ -37,30 +45,34 @@ public:
     // The stream that `audio_format` describes; null when there is none.
     virtual AudioStream* Audio() { return nullptr; }
 
-    SourceKind kind = kUnknownSource;
-    MediaFormat format;        // of the picture
-    MediaFormat audio_format;  // of a separate audio stream; kind 0 when there is none
-    uint32_t handler = 0;      // codec of the picture, a RIFF code
+    std::string path;
+    MediaFormat format;                    // of the picture
+    MediaFormat audio_format;              // of a separate audio stream; kind 0: there is none
+    SampleCoding audio_coding{.bits = 0};  // of its samples; 0 bits: not to be brought to 16
+    bool has_companions = false;           // sound can lie in files beside it
+    uint32_t handler = 0;                  // codec of the picture, a RIFF code
     bool is_pal = false;
 };
 
-// Recognises a file by its contents and opens it. Null with the reason in `message`.
-std::unique_ptr<Source> OpenSource(const std::string& path, std::string& message);
+using OpenedSource = Result<std::unique_ptr<Source>>;
+
+// Recognises a file by its contents and opens it.
+OpenedSource OpenSource(const std::string& path);
 
 // What the kinds share: a class is made with the path, and its Open() answers with the reason why
 // it cannot be used, or with an empty text.
 template <class Kind>
-std::unique_ptr<Source> OpenedSource(const std::string& path, std::string& message)
+OpenedSource OpenAs(const std::string& path)
 {
     auto source = std::make_unique<Kind>(path);
-    message = source->Open();
-    if (!message.empty()) return nullptr;
-    return source;
+    source->path = path;
+    if (std::string reason = source->Open(); !reason.empty()) return Failure{kError, reason};
+    return OpenedSource(std::move(source));
 }
 
 // The same for one kind.
-std::unique_ptr<Source> OpenAVISource(const std::string& path, std::string& message);
-std::unique_ptr<Source> OpenQuickTimeSource(const std::string& path, std::string& message);
-std::unique_ptr<Source> OpenRawDVSource(const std::string& path, std::string& message);
+OpenedSource OpenAVISource(const std::string& path);
+OpenedSource OpenQuickTimeSource(const std::string& path);
+OpenedSource OpenRawDVSource(const std::string& path);
 
 }  // namespace kelvane

@@ -35,7 +35,7 @@ private:
 
 class AVISource : public Source {
 public:
-    explicit AVISource(const std::string& path) : fFile(path.c_str(), kRead) {}
+    explicit AVISource(const std::string& file) : fFile(file.c_str(), kRead) {}
 
     // Empty when all is well, else the reason.
     std::string Open()
@@ -48,7 +48,7 @@ public:
         if (fVideo < 0) return "Source contains no video streams." + trouble;
         if (fFile.CountStreams() <= 0) return "Source contains 0 streams." + trouble;
         const AVIStream& stream = *fFile.StreamAt(fVideo);
-        kind = kAVISource;
+        has_companions = true;
         is_pal = stream.IsPAL();
         handler = stream.Handler();
         if (!TakePicture(stream)) return "Source is not DV or uncompressed AVI." + trouble;
@@ -57,17 +57,15 @@ public:
         return {};
     }
 
-    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         uint32_t bytes = 0;
-        size = 0;
-        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
-        size = bytes;
         if (fIsTopDown && bytes >= BytesOfPicture(format))
             SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),
                          format.Height());
-        return status;
+        return {status, bytes};
     }
 
     uint64_t CountFrames() const override
@@ -127,6 +125,7 @@ private:
         const int32_t stream = fFile.AudioStream();
         if (stream < 0) return;
         fFile.StreamFormat(stream, audio_format);
+        if (audio_format.kind == kRawAudio) audio_coding = RIFFCoding(audio_format.raw_audio);
         fAudio = std::make_unique<AVIAudio>(fFile, stream);
     }
 
@@ -138,9 +137,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Source> OpenAVISource(const std::string& path, std::string& message)
+OpenedSource OpenAVISource(const std::string& path)
 {
-    return OpenedSource<AVISource>(path, message);
+    return OpenAs<AVISource>(path);
 }
 
 }  // namespace kelvane

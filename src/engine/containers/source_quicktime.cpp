@@ -38,13 +38,12 @@ private:
 
 class QuickTimeSource : public Source {
 public:
-    explicit QuickTimeSource(const std::string& path) : fFile(path.c_str(), kRead) {}
+    explicit QuickTimeSource(const std::string& file) : fFile(file.c_str(), kRead) {}
 
     // Empty when all is well, else the reason.
     std::string Open()
     {
         if (fFile.InitCheck() != kOK) return "Quicktime open error" + fFile.InitCheck().Reason();
-        kind = kQuickTimeSource;
         handler = FourCC("dvsd");
         for (int32_t stream = 0; stream < fFile.CountStreams(); stream++)
             TakeTrack(stream);
@@ -54,14 +53,12 @@ public:
         return {};
     }
 
-    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         uint32_t bytes = 0;
-        size = 0;
-        if (fFile.SeekFrame(fVideo, number) != kOK) return kEnd;
+        if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
-        size = bytes;
-        return status;
+        return {status, bytes};
     }
 
     uint64_t CountFrames() const override
@@ -81,6 +78,7 @@ private:
             format = track;
         } else if (track.IsAudio() && !fAudio) {
             audio_format = track;
+            if (track.kind == kRawAudio) audio_coding = QuickTimeCoding(track.raw_audio);
             fAudio = std::make_unique<QTAudio>(fFile, stream);
         }
     }
@@ -101,9 +99,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Source> OpenQuickTimeSource(const std::string& path, std::string& message)
+OpenedSource OpenQuickTimeSource(const std::string& path)
 {
-    return OpenedSource<QuickTimeSource>(path, message);
+    return OpenAs<QuickTimeSource>(path);
 }
 
 }  // namespace kelvane

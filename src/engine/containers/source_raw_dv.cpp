@@ -15,7 +15,7 @@ constexpr char kCannotOpen[] = "Cannot open source file.";
 
 class RawDVSource : public Source {
 public:
-    explicit RawDVSource(const std::string& path) : fFile(path.c_str(), kRead) {}
+    explicit RawDVSource(const std::string& file) : fFile(file.c_str(), kRead) {}
 
     // Empty when all is well, else the reason.
     std::string Open()
@@ -29,7 +29,7 @@ public:
         // Without it nobody knows the television system.
         if (read == kUnread) return kCannotOpen + read.Reason();
         if (fFile.Seek(0) != kOK) return kCannotOpen;
-        kind = kRawDVSource;
+        has_companions = true;
         is_pal = DIFFrame(first.data(), static_cast<uint32_t>(first.size())).IsPAL();
         fRecordSize = SystemFor(is_pal).dv_frame_size;
         fFile.SetRecordSize(fRecordSize);
@@ -38,15 +38,13 @@ public:
         return {};
     }
 
-    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         int32_t count = 1;
-        size = 0;
-        if (buffer.size() < static_cast<size_t>(fRecordSize) || fFile.Seek(number) != kOK)
-            return kEnd;
+        const auto record = static_cast<size_t>(fRecordSize);
+        if (buffer.size() < record || fFile.Seek(number) != kOK) return {kEnd};
         const Status status = fFile.Read(buffer.data(), count);
-        if (status == kOK) size = fRecordSize;
-        return status;
+        return {status, status == kOK ? record : 0};
     }
 
     uint64_t CountFrames() const override
@@ -61,9 +59,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Source> OpenRawDVSource(const std::string& path, std::string& message)
+OpenedSource OpenRawDVSource(const std::string& path)
 {
-    return OpenedSource<RawDVSource>(path, message);
+    return OpenAs<RawDVSource>(path);
 }
 
 }  // namespace kelvane

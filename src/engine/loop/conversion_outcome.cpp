@@ -1,91 +1,91 @@
 #include "engine/loop/conversion_outcome.h"
 
-#include "engine/loop/frame_loop.h"
 #include "format/picture_layout.h"
 
 namespace kelvane {
 
 namespace {
 
-Status TellWriteError(const std::string& words, Status reason, const std::string& path,
-                      ConversionResult& result)
+Failure WriteError(const std::string& words, Status reason, const std::string& path,
+                   ConversionResult& result)
 {
     result.frames_written = FramesIn(path);
-    result.message =
-        words + " The file holds " + FramesInWords(result.frames_written) + "." + reason.Reason();
-    return kError;
+    return {kError, words + " The file holds " + FramesInWords(result.frames_written) + "." +
+                        reason.Reason()};
 }
 
 // Of a run that wrote all that it had: did it have all?
-Status CheckSource(const ConversionRun& run, ConversionResult& result)
+Result<> CheckSource(const FrameLoop& loop, const AudioTransfer& audio, const Losses& losses)
 {
-    const Losses& losses = run.losses;
-    const uint64_t promised = run.reader.Promised();
-    const Status frames = run.reader.Reason();
-    const Status reason = frames == kOK ? run.audio.Reason() : frames;
-    if (run.reader.EndStatus() == kReferenceMissing || run.audio_status == kReferenceMissing) {
-        result.message = "Error reading the referenced file." + FramesMissing(losses, promised) +
-                         reason.Reason();
-    } else if (losses.FailTheRun()) {
-        result.message = ReadErrorInWords(losses, promised, reason);
-    } else if (run.frames_written == 0 && run.wish == Wish::kGoOn) {
-        result.message = TooShortInWords(run.reader.Given()) + reason.Reason();
-    } else {
-        return kOK;
-    }
-    return kError;
+    const FrameReader& reader = loop.Feed().Reader();
+    const uint64_t promised = reader.Promised();
+    const Status frames = reader.Reason();
+    const Status reason = frames == kOK ? audio.Reason() : frames;
+    if (reader.EndStatus() == kReferenceMissing || loop.Feed().AudioStatus() == kReferenceMissing)
+        return Failure{kError, "Error reading the referenced file." +
+                                   FramesMissing(losses, promised) + reason.Reason()};
+    if (losses.FailTheRun()) return Failure{kError, ReadErrorInWords(losses, promised, reason)};
+    if (loop.Sink().FramesWritten() == 0 && loop.LastWish() == Wish::kGoOn)
+        return Failure{kError, TooShortInWords(reader.Given()) + reason.Reason()};
+    return {};
 }
 
-void Warn(const ConversionRun& run, ConversionResult& result)
+void Warn(const FrameLoop& loop, const Source& source, ConversionResult& result)
 {
-    if (const std::string warning = run.source.Warning(); !warning.empty())
+    if (const std::string warning = source.Warning(); !warning.empty())
         result.warnings.push_back(warning);
-    if (const uint64_t cut = run.reader.CutFrames(); cut > 0)
+    if (const uint64_t cut = loop.Feed().Reader().CutFrames(); cut > 0)
         result.warnings.push_back(
             std::to_string(cut) +
             " frames of the source are larger than a DV frame; their first bytes were taken.");
+}
+
+Outcome OutcomeOf(Wish wish)
+{
+    switch (wish) {
+        case Wish::kStop:
+            return Outcome::kStopped;
+        case Wish::kEnd:
+            return Outcome::kEnded;
+        default:
+            return Outcome::kDone;
+    }
 }
 
 }  // namespace
 
 uint64_t FramesIn(const std::string& path)
 {
-    std::string message;
-    const auto file = OpenSource(path, message);
+    const auto file = OpenSource(path);
     if (!file) return 0;
+    Source& film = **file;
     // What is promised last may not be there whole.
-    std::vector<uint8_t> frame(LargestFrame(file->format));
-    uint64_t count = file->CountFrames();
-    for (int64_t size = 0; count > 0; count--) {
-        const Status last = file->ReadFrame(static_cast<int64_t>(count) - 1, frame, size);
+    std::vector<uint8_t> frame(LargestFrame(film.format));
+    uint64_t count = film.CountFrames();
+    for (; count > 0; count--) {
+        const Status last = film.ReadFrame(static_cast<int64_t>(count) - 1, frame).status;
         if (last != kMissing && last != kEnd) break;
     }
     return count;
 }
 
-Status ConcludeRun(ConversionRun& run, Status loop, const std::string& path,
-                   ConversionResult& result)
+Result<> ConcludeRun(const FrameLoop& loop, const Result<>& run, const OpenFiles& files,
+                     ConversionResult& result)
 {
-    const Status finish = run.destination.Finish();
-    run.losses.sound_unread = run.audio.UnreadSeconds();
-    run.losses.sound_silenced = run.audio.SilencedSeconds();
-    result.losses = run.losses;
-    result.frames_read = run.frames_read;
-    result.frames_written = run.frames_written;
-    result.message = run.message;
-    Warn(run, result);
-    Status status = loop;
-    if (run.write_error != kOK)
-        status = TellWriteError(run.message, run.write_error, path, result);
-    else if (loop == kOK && finish != kOK)
-        status = TellWriteError(kVideoWriteError, finish, path, result);
-    else if (loop == kOK)
-        status = CheckSource(run, result);
-    if (status == kOK)
-        result.outcome = run.wish == Wish::kGoOn   ? Outcome::kDone
-                         : run.wish == Wish::kStop ? Outcome::kStopped
-                                                   : Outcome::kEnded;
-    return status;
+    const Status finish = files.destination.Finish();
+    result.losses = loop.Feed().Lost();
+    result.losses.sound_unread = files.audio.UnreadSeconds();
+    result.losses.sound_silenced = files.audio.SilencedSeconds();
+    result.frames_read = loop.Feed().FramesRead();
+    result.frames_written = loop.Sink().FramesWritten();
+    Warn(loop, files.source, result);
+    if (!run && run.Error().status == kUnwritten)
+        return WriteError(run.Error().message, run.Error().status, files.path, result);
+    if (!run) return run;
+    if (finish != kOK) return WriteError(kVideoWriteError, finish, files.path, result);
+    if (auto whole = CheckSource(loop, files.audio, result.losses); !whole) return whole;
+    result.outcome = OutcomeOf(loop.LastWish());
+    return {};
 }
 
 }  // namespace kelvane

@@ -2,17 +2,26 @@
 
 #include <string>
 
+#include "base/result.h"
 #include "engine/loop/conversion_result.h"
-#include "engine/loop/conversion_run.h"
+#include "engine/loop/frame_loop.h"
 
 namespace kelvane {
+
+// What a run has open.
+struct OpenFiles {
+    Source& source;
+    Destination& destination;
+    AudioTransfer& audio;
+    const std::string& path;  // of the destination
+};
 
 // Frames in a file as anybody would find them; 0 when it does not open.
 uint64_t FramesIn(const std::string& path);
 
-// Finishes the destination and tells what became of the run whose loop answered `loop`: status,
-// message, losses and counts. Only now is known what stands in the output, at `path`.
-Status ConcludeRun(ConversionRun& run, Status loop, const std::string& path,
-                   ConversionResult& result);
+// Finishes the destination and tells what became of the run whose loop answered `run`: message,
+// losses and counts. Only now is known what stands in the output.
+Result<> ConcludeRun(const FrameLoop& loop, const Result<>& run, const OpenFiles& files,
+                     ConversionResult& result);
 
 }  // namespace kelvane

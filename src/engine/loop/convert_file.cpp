@@ -17,8 +17,8 @@ constexpr char kNoMemory[] = "There is not enough memory.";
 constexpr int32_t kCanopusInterleave = 4;  // frames between two chunks of sound
 
 // Opens the four external codecs for their television systems, or keeps them open.
-Status BindCodecs(const ConversionSettings& settings, const Source& source,
-                  const Destination& destination, ConversionState& state, std::string& message)
+Result<> BindCodecs(const ConversionSettings& settings, const Source& source,
+                    const Destination& destination, ConversionState& state)
 {
     const struct {
         DVCodecRole role;
@@ -32,15 +32,13 @@ Status BindCodecs(const ConversionSettings& settings, const Source& source,
     };
     for (const auto& row : rows) {
         DVCodecSlot& slot = state.slots[row.role];
-        if (slot.Bind(row.chosen, row.pal) == kOK) continue;
-        message = slot.OpenError();
-        return kError;
+        if (slot.Bind(row.chosen, row.pal) != kOK) return Failure{kError, slot.OpenError()};
     }
-    return kOK;
+    return {};
 }
 
-AudioSetup SoundSetup(const ConversionSettings& settings, int32_t type,
-                      const std::string& sourcePath, const Source& source, Destination& destination)
+AudioSetup SoundSetup(const ConversionSettings& settings, const Source& source,
+                      const DestinationPlan& plan, Destination& destination)
 {
     AudioSetup setup;
     setup.source_is_pal = source.is_pal;
@@ -48,29 +46,24 @@ AudioSetup SoundSetup(const ConversionSettings& settings, int32_t type,
     setup.source_is_dv = source.format.IsDV();
     setup.separate_track = destination.Audio() != nullptr;
     setup.interleave =
-        type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
-    setup.companions =
-        settings.audio_search != 0 && (source.kind == kAVISource || source.kind == kRawDVSource);
-    setup.source_path = sourcePath;
+        plan.type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
+    setup.companions = settings.audio_search != 0 && source.has_companions;
+    setup.source_path = source.path;
     if (settings.audio_search > 1 && settings.audio_file) setup.companion = settings.audio_file;
     return setup;
 }
 
-Status ConnectSourceSound(Source& source, AudioTransfer& audio, std::string& message)
+Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
 {
     AudioStream* stream = source.Audio();
-    if (!stream) return kOK;
-    RawAudioFormat format = source.audio_format.encoded_audio.output;
-    SampleCoding coding;
-    coding.bits = 0;  // cannot be brought to 16 bits
-    if (source.audio_format.kind == kRawAudio) {
-        format = source.audio_format.raw_audio;
-        coding = source.kind == kQuickTimeSource ? QuickTimeCoding(format) : RIFFCoding(format);
-    }
-    const Status status =
-        audio.SetSourceStream(*stream, coding, static_cast<uint32_t>(format.srate), format.ch);
-    if (status != kOK) message = audio.Message() + source.Trouble().Reason();
-    return status;
+    if (!stream) return {};
+    const bool raw = source.audio_format.kind == kRawAudio;
+    const RawAudioFormat format =
+        raw ? source.audio_format.raw_audio : source.audio_format.encoded_audio.output;
+    const auto set = audio.SetSourceStream(*stream, source.audio_coding,
+                                           static_cast<uint32_t>(format.srate), format.ch);
+    if (!set) return Failure{kError, set.Error().message + source.Trouble().Reason()};
+    return {};
 }
 
 // True when the source has sound that this destination cannot hold.
@@ -97,46 +90,6 @@ void CopyCompanions(const AudioTransfer& audio, ConversionResult& result)
         *places[i] = paths[i];
 }
 
-struct Job {
-    const std::string& source_path;
-    const std::string& destination_path;
-    int32_t type;
-    const ConversionSettings& settings;
-    ConversionHost* host;
-    ConversionState& state;
-};
-
-// Memory that is not to be had ends the loop like any failure: what is written gets finished.
-Status RunSafely(ConversionRun& run)
-{
-    try {
-        return RunFrameLoop(run);
-    } catch (const std::bad_alloc&) {
-        run.message = kNoMemory;
-        return kError;
-    }
-}
-
-// With both files open.
-Status ConvertOpened(const Job& job, Source& source, Destination& destination,
-                     ConversionResult& result)
-{
-    const ConversionSettings& settings = job.settings;
-    if (!CodecsAreSet(settings, result.message)) return kError;
-    if (BindCodecs(settings, source, destination, job.state, result.message) != kOK) return kError;
-    AudioTransfer audio(SoundSetup(job.settings, job.type, job.source_path, source, destination));
-    if (ConnectSourceSound(source, audio, result.message) != kOK) return kError;
-    if (LosesSound(source, destination))
-        result.warnings.push_back(
-            "The output format carries no sound; that of the source is left out.");
-    ConversionRun run(settings, source, destination, audio, job.host, job.state);
-    const Status loop = RunSafely(run);
-    CopyTimecode(run.first_timecode, result.first_timecode);
-    CopyTimecode(run.last_timecode, result.last_timecode);
-    CopyCompanions(audio, result);
-    return ConcludeRun(run, loop, job.destination_path, result);
-}
-
 // The deinterlacer begins each file anew, whichever way the one before ended.
 class DeinterlaceHistory {
 public:
@@ -152,46 +105,69 @@ private:
     DeinterlaceState& fState;
 };
 
-Status Convert(const Job& job, ConversionResult& result)
+// Memory that is not to be had ends the loop like any failure: what is written gets finished.
+Result<> RunSafely(FrameLoop& loop)
 {
-    const auto source = OpenSource(job.source_path, result.message);
-    if (!source) return kError;
-    const DestinationPlan plan = PlanDestination(job.settings, *source, job.type);
-    const DeinterlaceHistory history(job.state.deinterlace, plan.format);
-    const auto destination = CreateDestination(job.destination_path, plan, result.message);
-    if (!destination) return kError;
-    destination->format = plan.format;
-    destination->is_pal = result.destination_is_pal = plan.is_pal;
-    return ConvertOpened(job, *source, *destination, result);
+    try {
+        return loop.Run();
+    } catch (const std::bad_alloc&) {
+        return Failure{kError, kNoMemory};
+    }
+}
+
+Result<> Convert(const std::string& source_path, const std::string& destination_path, int32_t type,
+                 const ConversionMeans& means, ConversionResult& result)
+{
+    const auto source = OpenSource(source_path);
+    if (!source) return source.Error();
+    const DestinationPlan plan = PlanDestination(destination_path, means.settings, **source, type);
+    const auto destination = CreateDestination(plan);
+    if (!destination) return destination.Error();
+    return ConvertOpened(**source, plan, **destination, means, result);
 }
 
 // The same before and after the loop.
-Status ConvertSafely(const Job& job, ConversionResult& result)
+template <class Work>
+Result<> Safely(const Work& work)
 {
     try {
-        return Convert(job, result);
+        return work();
     } catch (const std::bad_alloc&) {
-        result.message = kNoMemory;
+        return Failure{kError, kNoMemory};
     } catch (const std::exception& error) {
-        result.message = std::string("Unexpected failure: ") + error.what();
+        return Failure{kError, std::string("Unexpected failure: ") + error.what()};
     }
-    result.outcome = Outcome::kFailed;
-    return kError;
 }
 
 }  // namespace
 
-bool CodecsAreSet(const ConversionSettings& settings, std::string& message)
+Result<> CodecsAreSet(const ConversionSettings& settings)
 {
-    if (settings.dv_data_conversion != kConvertToDVCPRO25 && !settings.dv_encoder) {
-        message = "DV Encoder is not set.";
-        return false;
-    }
-    if (!settings.dv_decoder) {
-        message = "DV Decoder is not set.";
-        return false;
-    }
-    return true;
+    if (settings.dv_data_conversion != kConvertToDVCPRO25 && !settings.dv_encoder)
+        return Failure{kError, "DV Encoder is not set."};
+    if (!settings.dv_decoder) return Failure{kError, "DV Decoder is not set."};
+    return {};
+}
+
+Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination& destination,
+                       const ConversionMeans& means, ConversionResult& result)
+{
+    const ConversionSettings& settings = means.settings;
+    result.destination_is_pal = plan.is_pal;
+    const DeinterlaceHistory history(means.state.deinterlace, plan.format);
+    if (auto set = CodecsAreSet(settings); !set) return set;
+    if (auto bound = BindCodecs(settings, source, destination, means.state); !bound) return bound;
+    AudioTransfer audio(SoundSetup(settings, source, plan, destination));
+    if (auto sound = ConnectSourceSound(source, audio); !sound) return sound;
+    if (LosesSound(source, destination))
+        result.warnings.push_back(
+            "The output format carries no sound; that of the source is left out.");
+    FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
+    const Result<> run = RunSafely(loop);
+    CopyTimecode(loop.Tape().FirstTimecode(), result.first_timecode);
+    CopyTimecode(loop.Tape().LastTimecode(), result.last_timecode);
+    CopyCompanions(audio, result);
+    return ConcludeRun(loop, run, {source, destination, audio, plan.path}, result);
 }
 
 Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
@@ -201,10 +177,15 @@ Status ConvertFile(const std::string& sourcePath, const std::string& destination
     ConversionResult unseen;
     ConversionResult& filled = result ? *result : unseen;
     filled = ConversionResult();
-    const Status status = ConvertSafely(
-        {sourcePath, destinationPath, typeOfDestination, settings, host, state}, filled);
-    filled.status = status.Code();
-    return status;
+    const auto converted = Safely([&] {
+        return Convert(sourcePath, destinationPath, typeOfDestination, {settings, host, state},
+                       filled);
+    });
+    if (converted) return kOK;
+    filled.outcome = Outcome::kFailed;
+    filled.message = converted.Error().message;
+    filled.status = converted.Error().status.Code();
+    return converted.Error().status;
 }
 
 }  // namespace kelvane

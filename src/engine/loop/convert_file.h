@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "base/status.h"
+#include "base/result.h"
+#include "engine/containers/destination.h"
+#include "engine/containers/source.h"
 #include "engine/loop/conversion_host.h"
 #include "engine/loop/conversion_result.h"
 #include "engine/options/conversion_settings.h"
@@ -11,10 +13,23 @@
 
 namespace kelvane {
 
-// False, with the words for the user, when a codec that every conversion needs is not chosen or not
-// installed. ConvertFile asks the same once the destination exists; who asks before spares an
-// existing file.
-bool CodecsAreSet(const ConversionSettings& settings, std::string& message);
+// Fails when a codec that every conversion needs is not chosen or not installed. ConvertFile asks
+// the same once the destination exists; who asks before spares an existing file.
+Result<> CodecsAreSet(const ConversionSettings& settings);
+
+// What a conversion works with.
+struct ConversionMeans {
+    const ConversionSettings& settings;
+    ConversionHost* host;  // may be null
+    ConversionState& state;
+};
+
+// Converts an open source to a destination that was created by its plan, and finishes it. Who wants
+// to ask something before a file is touched opens the source, plans and creates the destination by
+// himself (OpenSource, PlanDestination, FilesOf, CreateDestination) and comes here; the rest, and
+// what is answered, is as with ConvertFile.
+Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination& destination,
+                       const ConversionMeans& means, ConversionResult& result);
 
 // Converts one file: opens the source, converts, closes both files and returns. kOK when the file
 // was converted or `host` stopped it; kError for a failure told in `result->message`, or another

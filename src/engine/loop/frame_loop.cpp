@@ -2,106 +2,73 @@
 
 #include <algorithm>
 
-#include "base/status.h"
-#include "engine/loop/reencoding.h"
-#include "engine/timing/planned_frames.h"
+#include "format/picture_layout.h"
 
 namespace kelvane {
 
-namespace {
-
-constexpr uint64_t kLeastFrames = 3;
-
-// What a step says about the turn.
-enum class Turn { kGoOn, kEnd, kFailed };
-
-Status Fail(ConversionRun& run, Status status, const std::string& message)
+FrameLoop::FrameLoop(const ConversionSettings& settings, Source& source, Destination& destination,
+                     AudioTransfer& audio, uint64_t frames, ConversionHost* host,
+                     ConversionState& state)
+    : fSettings(settings),
+      fSource(source),
+      fDestination(destination),
+      fHost(host),
+      fFeed(source, audio),
+      fPictures(source.format, destination.format, settings, state),
+      fScenes(PixelsOf(destination.format), state.pool),
+      fPlanner(settings, source.is_pal, destination.is_pal),
+      fMaker(destination.format, destination.is_pal, settings.motiondetail, state),
+      fSink(destination, audio),
+      fFramesPlanned(frames)
 {
-    run.message = message;
-    return status;
 }
 
-// What could be written is told when the destination is closed.
-Status FailToWrite(ConversionRun& run, Status status, const char* words)
+Result<> FrameLoop::Run()
 {
-    run.message = words;
-    run.write_error = status;
-    return kError;
+    for (Turn turn = Turn::kGoOn; turn == Turn::kGoOn;) {
+        const Result<Turn> taken = TakeTurn();
+        if (!taken) return taken.Error();
+        turn = *taken;
+    }
+    if (auto finished = fSink.Finish(); !finished) return finished;
+    ReportEnd();
+    return {};
 }
 
-int64_t CountToRead(ConversionRun& run)
+Result<FrameLoop::Turn> FrameLoop::TakeTurn()
 {
-    const int64_t count = run.time.FramesToRead();
-    return count != 0 || !run.ring.IsFresh() ? count : FramesToPrefill(run.settings);
+    const FrameRing& ring = fFeed.Ring();
+    if (const auto read = fFeed.Read(fPlanner.FramesToRead(ring.IsFresh())); !read)
+        return read.Error();
+    if (fFeed.IsOver() || !ring.Current()) return Turn::kEnd;
+    SourceFrame& current = *ring.Current();
+    if (fSource.format.IsDV()) fTape.LookAt(current.Bytes());
+    if (const auto made = PassesThrough() ? PassOn(current) : Reencode(); !made)
+        return made.Error();
+    return AdvanceAndReport();
 }
 
-// Reads a frame into the ring. At the end of the source the turns still advance it, so that it runs
-// dry in order.
-Status ReadFrame(ConversionRun& run)
+bool FrameLoop::KeepsDataKind() const
 {
-    FrameSlot& slot = run.ring.AtWrite();
-    const auto number = static_cast<int64_t>(run.frames_read++);
-    int64_t size = 0;
-    switch (run.reader.Next(slot.compressed, size)) {
-        case FrameArrival::kFrame:
-            run.ring.Filled(size, number);
-            return run.audio.FrameRead(std::span(slot.compressed).first(size_t(size)));
-        case FrameArrival::kRepeat:
-            run.ring.Repeat(number);
-            run.audio.FrameRepeated();
-            return kOK;
+    switch (fSettings.dv_data_conversion) {
+        case kKeepDataKind:
+            return true;
+        case kConvertToDV:
+            return !fTape.IsDVCPRO();
+        case kConvertToDVCPRO25:
+            return fTape.IsDVCPRO();
         default:
-            run.ring.MarkEmpty(number);
-            return kOK;
+            return false;
     }
 }
 
-Status Read(ConversionRun& run)
+bool FrameLoop::WantsDVCPRO() const
 {
-    for (int64_t left = CountToRead(run); left > 0; left--)
-        if (const Status status = ReadFrame(run); status != kOK)
-            return Fail(run, status, run.audio.Message());
-    run.audio_status = run.audio.TurnRead();
-    return kOK;
+    const int32_t kind = fSettings.dv_data_conversion;
+    return kind == kConvertToDVCPRO25 || (kind == kKeepDataKind && fTape.IsDVCPRO());
 }
 
-// A film needs three frames, unless one more was read at once; and it needs its first one.
-Turn CheckStart(ConversionRun& run, Status& status)
-{
-    const Status end = run.reader.EndStatus();
-    const uint64_t given = run.reader.Given();
-    const bool first_lost = given == 0 && end == kUnread;
-    if (end == kOK || (run.frames_read != kLeastFrames && !first_lost)) return Turn::kGoOn;
-    std::string message = TooShortInWords(given);
-    if (first_lost) message = std::string(kVideoReadError) + " The first frame can't be read.";
-    if (end == kReferenceMissing)
-        message = "Error reading source file! The referenced file is not found.";
-    status = Fail(run, kError, message + run.reader.Reason().Reason());
-    return Turn::kFailed;
-}
-
-Turn CheckReads(ConversionRun& run, Status& status)
-{
-    if (CheckStart(run, status) == Turn::kFailed) return Turn::kFailed;
-    if (run.reader.EndStatus() == kOK && run.audio_status == kOK) return Turn::kGoOn;
-    return run.ring.IsDry() ? Turn::kEnd : Turn::kGoOn;
-}
-
-// The first DV frame tells what the file is; every one tells its time code.
-void LookAtFrame(ConversionRun& run, FrameSlot& current)
-{
-    if (!run.source.format.IsDV()) return;
-    run.frame.AttachFrame(current.compressed.data(), static_cast<uint32_t>(current.size));
-    Timecode timecode;
-    const bool told = run.frame.GetTimecode(timecode);
-    if (!run.knows_first) {
-        run.knows_first = true;
-        run.is_dvcpro = run.frame.IsDVCPRO();
-        run.is_wide = run.frame.IsWidescreen();
-        if (told) run.first_timecode = timecode;
-    }
-    if (told) run.last_timecode = timecode;
-}
+namespace {
 
 bool KeepsFieldOrder(const ConversionSettings& settings)
 {
@@ -109,140 +76,71 @@ bool KeepsFieldOrder(const ConversionSettings& settings)
     return from == 0 || to == 0 || to == from;
 }
 
-bool KeepsDataKind(const ConversionRun& run)
-{
-    switch (run.settings.dv_data_conversion) {
-        case kKeepDataKind:
-            return true;
-        case kConvertToDV:
-            return !run.is_dvcpro;
-        case kConvertToDVCPRO25:
-            return run.is_dvcpro;
-        default:
-            return false;
-    }
-}
+}  // namespace
 
 // True when the frame can be written as it was read. Raw pictures of the same colour space and
 // size are copied like any other.
-bool PassesThrough(const ConversionRun& run)
+bool FrameLoop::PassesThrough() const
 {
-    const ConversionSettings& settings = run.settings;
-    return run.source.is_pal == run.destination.is_pal &&
-           SameKind(run.source.format, run.destination.format) &&
-           (settings.dst_aspect <= 0 || settings.dst_aspect == settings.src_aspect) &&
-           SameSize(run.source.format, run.destination.format) && KeepsFieldOrder(settings) &&
-           KeepsDataKind(run);
+    return fSource.is_pal == fDestination.is_pal && SameKind(fSource.format, fDestination.format) &&
+           (fSettings.dst_aspect <= 0 || fSettings.dst_aspect == fSettings.src_aspect) &&
+           SameSize(fSource.format, fDestination.format) && KeepsFieldOrder(fSettings) &&
+           KeepsDataKind();
 }
 
-// Puts sound and display format into a DV frame.
-void TouchUp(ConversionRun& run, std::span<uint8_t> frame)
+// Sound and display format are put into the frame itself; where it stands for the next one as well,
+// they are put in anew.
+Result<> FrameLoop::PassOn(SourceFrame& frame)
 {
-    if (!run.destination.format.IsDV()) return;
-    run.audio.EmbedInto(frame, static_cast<uint64_t>(run.frames_output));
-    if (!run.is_wide) return;
-    run.frame.AttachFrame(frame.data(), static_cast<uint32_t>(frame.size()));
-    run.frame.SetWidescreen(true);
+    if (fPlanner.Number() == 0) fSink.SetStreamHeader(fSource.StreamHeader());
+    return fSink.Write(fPlanner.Number(), frame.Bytes(), fTape.IsWide());
 }
 
-// Takes the sound of a destination without a separate track.
-class NoTrack : public AudioTrack {
-public:
-    void SetFormat(uint32_t, uint32_t) override {}
-    Status WriteChunk(std::span<const uint8_t>) override { return kOK; }
-};
-
-AudioTrack& TrackOf(ConversionRun& run, NoTrack& none)
+// Makes and writes the output frame of this turn. That the newest picture could not be made is told
+// before anything else.
+Result<> FrameLoop::Reencode()
 {
-    AudioTrack* track = run.destination.Audio();
-    return track ? *track : none;
+    const NeighbourFrames frames = fFeed.Ring().Neighbours();
+    const int64_t current = fFeed.Ring().CurrentNumber();
+    if (auto made = fPictures.Make(frames, fTape.IsDVCPRO()); !made) return made;
+    fScenes.BeginTurn();
+    const auto picture = [&](Neighbour which) {
+        if (which == Neighbour::kNewest) static_cast<void>(fPictures.Wait());
+        return frames[which]->picture.data();
+    };
+    const ResamplingPlan plan = fPlanner.Plan(
+        current, [&](Neighbour a, Neighbour b) { return fScenes.Alike(picture(a), picture(b)); });
+    const bool dropped = plan.base == ResamplingPlan::kDrop;
+    if (dropped || plan.LooksAt(Neighbour::kNewest))
+        if (auto newest = fPictures.Wait(); !newest || dropped) return newest;
+    const Result<> made = fMaker.Make({plan, frames, fPlanner.Order(current), WantsDVCPRO()});
+    if (auto newest = fPictures.Wait(); !newest) return newest;
+    if (!made) return made;
+    if (fPlanner.Number() == 0) fSink.SetStreamHeader(fMaker.StreamHeader());
+    return fSink.Write(fPlanner.Number(), fMaker.Frame(), fTape.IsWide());
 }
 
-Status Write(ConversionRun& run, std::span<uint8_t> frame)
+void FrameLoop::Report()
 {
-    if (run.audio.CheckRate() != kOK) return Fail(run, kWrongSampleRate, run.audio.Message());
-    TouchUp(run, frame);
-    if (!frame.empty()) {
-        if (const Status status = run.destination.WriteFrame(frame); status != kOK)
-            return FailToWrite(run, status, kVideoWriteError);
-        run.frames_written++;
-    }
-    NoTrack none;
-    const Status status =
-        run.audio.FrameWritten(static_cast<uint64_t>(run.frames_output), TrackOf(run, none));
-    return status == kOK ? Status(kOK) : FailToWrite(run, status, kAudioWriteError);
-}
-
-// Makes and writes the output frame of this turn.
-Status MakeFrame(ConversionRun& run, FrameSlot& current)
-{
-    if (PassesThrough(run)) {
-        if (run.frames_output == 0)
-            if (const auto header = run.source.StreamHeader(); !header.empty())
-                run.destination.SetStreamHeader(header);
-        return Write(run, std::span(current.compressed).first(static_cast<size_t>(current.size)));
-    }
-    bool dropped = false;
-    const Status status = Reencode(run, dropped);
-    if (status != kOK || dropped) return status;
-    return Write(run, run.encoder.Frame());
-}
-
-void Report(ConversionRun& run)
-{
-    if (!run.host) return;
-    run.frames_planned = std::max(run.frames_planned, run.frames_written);
-    run.wish = run.host->Progress({run.frames_written, run.frames_planned, run.frames_read});
+    if (!fHost) return;
+    fFramesPlanned = std::max(fFramesPlanned, fSink.FramesWritten());
+    fWish = fHost->Progress({fSink.FramesWritten(), fFramesPlanned, fFeed.FramesRead()});
 }
 
 // The source can have held less than it promised: what was planned is what there is, at the end.
-void ReportEnd(ConversionRun& run)
+void FrameLoop::ReportEnd()
 {
-    if (run.wish != Wish::kGoOn || run.frames_planned == run.frames_written) return;
-    run.frames_planned = run.frames_written;
-    Report(run);
-    run.wish = Wish::kGoOn;  // it is over already
+    if (fWish != Wish::kGoOn || fFramesPlanned == fSink.FramesWritten()) return;
+    fFramesPlanned = fSink.FramesWritten();
+    Report();
+    fWish = Wish::kGoOn;  // it is over already
 }
 
-// False when the run is to stop.
-bool AdvanceAndReport(ConversionRun& run)
+FrameLoop::Turn FrameLoop::AdvanceAndReport()
 {
-    run.time.Advance(run.frames_output, run.frames_read);
-    run.frames_output++;
-    Report(run);
-    return run.wish == Wish::kGoOn && run.frames_read < kMostFrames;
-}
-
-Turn TakeTurn(ConversionRun& run, Status& status)
-{
-    status = Read(run);
-    if (status != kOK) return Turn::kFailed;
-    const Turn reads = CheckReads(run, status);
-    if (reads != Turn::kGoOn) return reads;
-    FrameSlot& current = run.ring.Current();
-    LookAtFrame(run, current);
-    if (current.size == 0) return Turn::kEnd;
-    status = MakeFrame(run, current);
-    if (status != kOK) return Turn::kFailed;
-    return AdvanceAndReport(run) ? Turn::kGoOn : Turn::kEnd;
-}
-
-}  // namespace
-
-Status RunFrameLoop(ConversionRun& run)
-{
-    run.frames_planned = PlannedFrames(run.settings, run.source.is_pal, run.destination.is_pal,
-                                       run.reader.Promised());
-    Status status = kOK;
-    Turn turn = Turn::kGoOn;
-    while (turn == Turn::kGoOn)
-        turn = TakeTurn(run, status);
-    if (turn == Turn::kFailed) return status;
-    if (AudioTrack* track = run.destination.Audio())
-        if (const Status last = run.audio.Finish(*track); last != kOK)
-            return FailToWrite(run, last, kAudioWriteError);
-    ReportEnd(run);
-    return kOK;
+    fPlanner.Advance(fFeed.FramesRead());
+    Report();
+    return fWish == Wish::kGoOn && fFeed.FramesRead() < kMostFrames ? Turn::kGoOn : Turn::kEnd;
 }
 
 }  // namespace kelvane

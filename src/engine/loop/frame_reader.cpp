@@ -29,79 +29,79 @@ FrameReader::FrameReader(Source& source, Losses& losses)
       fPromised(static_cast<int64_t>(std::min(source.CountFrames(), kMostFrames))),
       fSecond(std::max<int64_t>(1, std::lround(source.format.FrameRate())))
 {
-    if (source.format.IsDV()) fFrameBytes = SystemFor(source.is_pal).dv_frame_size;
+    if (source.format.IsDV())
+        fFrameBytes = static_cast<size_t>(SystemFor(source.is_pal).dv_frame_size);
 }
 
-FrameArrival FrameReader::Next(std::span<uint8_t> buffer, int64_t& size)
+FrameArrival FrameReader::Next(std::span<uint8_t> buffer)
 {
-    size = 0;
-    if (fEnd != kOK) return FrameArrival::kEnd;
+    if (fEnd != kOK) return {};
     if (fNext < fGapEnd)
         return Repeat(fGapAt < fGapFaults.size() ? fGapFaults[fGapAt++] : Fault::kUnread);
-    const Fault fault = Read(fNext, buffer, size);
-    switch (fault) {
+    const Reading reading = Read(fNext, buffer);
+    switch (reading.fault) {
         case Fault::kNone:
-            fNext++;
-            fCutFrames += fCut;
-            return FrameArrival::kFrame;
+            return Give(reading.size);
         case Fault::kHeld:
-            return fNext == 0 ? FirstOfHeld(buffer, size) : Repeat(fault);
+            return fNext == 0 ? FirstOfHeld(buffer) : Repeat(reading.fault);
         case Fault::kUnread:
         case Fault::kShort:
         case Fault::kBad:
-            if (fNext == 0) return End(fault);  // there is no frame before it
-            return fault == Fault::kBad ? Repeat(fault) : PassGap(buffer, fault);
+            if (fNext == 0) return End(reading.fault);  // there is no frame before it
+            return reading.fault == Fault::kBad ? Repeat(reading.fault)
+                                                : PassGap(buffer, reading.fault);
         default:
-            return End(fault);
+            return End(reading.fault);
     }
 }
 
-FrameReader::Fault FrameReader::Read(int64_t number, std::span<uint8_t> buffer, int64_t& size)
+FrameReader::Reading FrameReader::Read(int64_t number, std::span<uint8_t> buffer)
 {
-    fCut = false;
-    fStatus = fSource.ReadFrame(number, buffer, size);
+    const FrameRead read = fSource.ReadFrame(number, buffer);
+    fStatus = read.status;
     switch (fStatus.Code()) {
         case kOK:
-            if (size == 0) return Fault::kHeld;
+            if (read.size == 0) return {Fault::kHeld};
             break;
         case kTooLarge:  // its beginning came
-            if (fFrameBytes == 0) return Fault::kBad;
+            if (fFrameBytes == 0) return {Fault::kBad};
             break;
         case kEnd:
-            return number < fPromised ? Fault::kMissing : Fault::kEnd;
+            return {number < fPromised ? Fault::kMissing : Fault::kEnd};
         case kMissing:
-            return Fault::kMissing;
+            return {Fault::kMissing};
         case kReferenceMissing:
-            return Fault::kReferenceMissing;
+            return {Fault::kReferenceMissing};
         default:
-            return Fault::kUnread;
+            return {Fault::kUnread};
     }
-    if (fFrameBytes == 0) return Fault::kNone;
-    fCut = size > fFrameBytes;
-    const Fault fault = CheckDV(buffer.first(static_cast<size_t>(size)), size);
-    if (fault != Fault::kNone) size = 0;
-    return fault;
+    return fFrameBytes == 0 ? Reading{Fault::kNone, read.size} : CheckDV(buffer.first(read.size));
 }
 
 // Only whole frames go on from here. Of a chunk that is too long, the first bytes are a frame when
 // they begin like one.
-FrameReader::Fault FrameReader::CheckDV(std::span<const uint8_t> chunk, int64_t& size) const
+FrameReader::Reading FrameReader::CheckDV(std::span<const uint8_t> chunk)
 {
-    if (size < fFrameBytes) return Fault::kShort;
-    if (size > fFrameBytes && !BeginsWithHeaderBlock(chunk)) return Fault::kBad;
-    size = fFrameBytes;
-    return Fault::kNone;
+    fCut = chunk.size() > fFrameBytes;
+    if (chunk.size() < fFrameBytes) return {Fault::kShort};
+    if (fCut && !BeginsWithHeaderBlock(chunk)) return {Fault::kBad};
+    return {Fault::kNone, fFrameBytes};
+}
+
+FrameArrival FrameReader::Give(size_t size)
+{
+    fNext++;
+    fCutFrames += fCut;
+    return {FrameArrival::kFrame, size};
 }
 
 // Held frames in front of the first one stand for that one, so that sound and picture stay in step.
-FrameArrival FrameReader::FirstOfHeld(std::span<uint8_t> buffer, int64_t& size)
+FrameArrival FrameReader::FirstOfHeld(std::span<uint8_t> buffer)
 {
     for (int64_t number = 1; number < fPromised; number++) {
-        const Fault fault = Read(number, buffer, size);
-        if (fault == Fault::kHeld) continue;
-        if (fault != Fault::kNone) return End(fault);
-        fNext++;
-        return FrameArrival::kFrame;
+        const Reading reading = Read(number, buffer);
+        if (reading.fault == Fault::kHeld) continue;
+        return reading.fault == Fault::kNone ? Give(reading.size) : End(reading.fault);
     }
     return End(Fault::kEnd);
 }
@@ -114,11 +114,10 @@ FrameArrival FrameReader::PassGap(std::span<uint8_t> buffer, Fault first)
     fGapAt = 0;
     if (fReason == kOK) fReason = fStatus;
     const int64_t one_by_one = fNext + kSecondsOneByOne * fSecond;
-    int64_t size = 0;
     int64_t number = fNext + 1;
     for (;; number += number < one_by_one ? 1 : fSecond) {
         if (number >= fPromised && number >= one_by_one) return End(Fault::kUnread);
-        const Fault fault = number < fPromised ? Read(number, buffer, size) : Fault::kEnd;
+        const Fault fault = number < fPromised ? Read(number, buffer).fault : Fault::kEnd;
         if (fault != Fault::kUnread && fault != Fault::kShort) break;
         if (fReason == kOK) fReason = fStatus;
         if (number < one_by_one) fGapFaults.push_back(fault);
@@ -131,7 +130,7 @@ FrameArrival FrameReader::Repeat(Fault fault)
 {
     Count(fault, 1);
     fNext++;
-    return FrameArrival::kRepeat;
+    return {FrameArrival::kRepeat};
 }
 
 FrameArrival FrameReader::End(Fault fault)
@@ -140,7 +139,7 @@ FrameArrival FrameReader::End(Fault fault)
     switch (fault) {
         case Fault::kEnd:
             fEnd = kEnd;
-            return FrameArrival::kEnd;
+            return {};
         case Fault::kReferenceMissing:
             fEnd = fStatus;
             break;
@@ -152,7 +151,7 @@ FrameArrival FrameReader::End(Fault fault)
     }
     if (fReason == kOK) fReason = fStatus;
     Count(fault, left);
-    return FrameArrival::kEnd;
+    return {};
 }
 
 void FrameReader::Count(Fault fault, uint64_t frames)

@@ -11,10 +11,14 @@
 namespace kelvane {
 
 // What came of reading the next frame.
-enum class FrameArrival {
-    kFrame,
-    kRepeat,  // the frame before stands for this one, without its sound
-    kEnd,     // nothing more comes
+struct FrameArrival {
+    enum Kind {
+        kFrame,
+        kRepeat,  // the frame before stands for this one, without its sound
+        kEnd,     // nothing more comes
+    };
+    Kind kind = kEnd;
+    size_t size = 0;  // bytes of a frame
 };
 
 // The frames of a source in order, whatever is wrong with some of them. What cannot be had is
@@ -23,8 +27,8 @@ class FrameReader {
 public:
     FrameReader(Source& source, Losses& losses);
 
-    // Reads the next frame into `buffer`; `size` is its bytes when it is kFrame, else 0.
-    FrameArrival Next(std::span<uint8_t> buffer, int64_t& size);
+    // Reads the next frame into `buffer`.
+    FrameArrival Next(std::span<uint8_t> buffer);
 
     // Frames that came so far, repeats among them.
     uint64_t Given() const { return static_cast<uint64_t>(fNext); }
@@ -42,9 +46,16 @@ private:
     // What is the matter with a frame.
     enum class Fault { kNone, kHeld, kUnread, kShort, kBad, kMissing, kReferenceMissing, kEnd };
 
-    Fault Read(int64_t number, std::span<uint8_t> buffer, int64_t& size);
-    Fault CheckDV(std::span<const uint8_t> chunk, int64_t& size) const;
-    FrameArrival FirstOfHeld(std::span<uint8_t> buffer, int64_t& size);
+    // What a read gave of a frame.
+    struct Reading {
+        Fault fault;
+        size_t size = 0;  // of a frame without fault
+    };
+
+    Reading Read(int64_t number, std::span<uint8_t> buffer);
+    Reading CheckDV(std::span<const uint8_t> chunk);
+    FrameArrival Give(size_t size);
+    FrameArrival FirstOfHeld(std::span<uint8_t> buffer);
     FrameArrival PassGap(std::span<uint8_t> buffer, Fault first);
     FrameArrival Repeat(Fault fault);
     FrameArrival End(Fault fault);
@@ -53,8 +64,8 @@ private:
     Source& fSource;
     Losses& fLosses;
     int64_t fPromised;
-    int64_t fFrameBytes = 0;  // of a DV frame; 0 for other pictures
-    int64_t fSecond;          // frames
+    size_t fFrameBytes = 0;  // of a DV frame; 0 for other pictures
+    int64_t fSecond;         // frames
     int64_t fNext = 0;
     int64_t fGapEnd = 0;            // frames from fNext to here cannot be had
     std::vector<Fault> fGapFaults;  // of the first of them

@@ -1,46 +1,57 @@
 #include "engine/loop/frame_ring.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace kelvane {
 
 FrameRing::FrameRing(size_t frameRoom)
+    : fFrameRoom(frameRoom), fSpare(std::make_shared<SourceFrame>(frameRoom))
 {
-    for (FrameSlot& slot : fSlots)
-        slot.compressed.resize(frameRoom);
 }
 
-void FrameRing::Filled(int64_t size, int64_t frameNumber)
+void FrameRing::Put(FrameRef frame, int64_t number)
 {
-    FrameSlot& slot = AtWrite();
-    slot.size = size;
-    slot.valid = true;
-    slot.is_decoded = false;
-    slot.frame_number = frameNumber;
-    Advance();
+    Place& place = fPlaces[fCount++ % kPlaces];
+    const FrameRef last = std::exchange(place.frame, std::move(frame));
+    place.number = number;
+    if (fSpare) return;
+    // A frame that nobody looks at any more gives its room.
+    fSpare = last.use_count() == 1 ? last : std::make_shared<SourceFrame>(fFrameRoom);
+    fSpare->has_picture = false;
 }
 
-void FrameRing::Repeat(int64_t frameNumber)
+void FrameRing::Filled(size_t bytes, int64_t number)
 {
-    const FrameSlot& last = Newest();
-    std::copy_n(last.compressed.begin(), last.size, AtWrite().compressed.begin());
-    Filled(last.size, frameNumber);
+    fSpare->size = bytes;
+    Put(std::exchange(fSpare, nullptr), number);
 }
 
-void FrameRing::MarkEmpty(int64_t frameNumber)
+void FrameRing::Repeat(int64_t number)
 {
-    Filled(0, frameNumber);
-    Newest().valid = false;
+    Put(Back(1).frame, number);
 }
 
-bool FrameRing::IsFresh() const
+void FrameRing::MarkEmpty(int64_t number)
 {
-    return fWrite == 0 && !fSlots[0].valid && !fSlots[1].valid && !fSlots[2].valid;
+    Put(nullptr, number);
 }
 
 bool FrameRing::IsDry() const
 {
-    return fSlots[0].size == 0 && fSlots[1].size == 0 && fSlots[2].size == 0;
+    return !fPlaces[0].frame && !fPlaces[1].frame && !fPlaces[2].frame;
+}
+
+NeighbourFrames FrameRing::Neighbours() const
+{
+    const auto given = [](const FrameRef& frame, const FrameRef& other) {
+        return frame ? frame : other;
+    };
+    NeighbourFrames frames;
+    const FrameRef& current = frames[Neighbour::kCurrent] = Current();
+    frames[Neighbour::kPrevious] = given(Back(4).frame, current);
+    const FrameRef& next = frames[Neighbour::kNext] = given(Back(2).frame, current);
+    frames[Neighbour::kNewest] = given(Back(1).frame, next);
+    return frames;
 }
 
 }  // namespace kelvane

@@ -3,20 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include "engine/pictures/source_frame.h"
 
 namespace kelvane {
-
-// One source frame and what was made of it.
-struct FrameSlot {
-    std::vector<uint8_t> compressed;  // as read from the file
-    std::vector<uint8_t> decoded;     // as 32-bit pixels in the source's geometry
-    std::vector<uint8_t> resized;     // in the destination's geometry
-    int64_t size = 0;                 // bytes read; 0 marks an empty slot
-    bool valid = false;               // a read was tried
-    bool is_decoded = false;          // `decoded` and `resized` hold this frame
-    int64_t frame_number = 0;         // in the source, from 0
-};
 
 // The last four frames read. Time resampling looks one frame back and two ahead of the frame at
 // the centre.
@@ -25,31 +15,40 @@ public:
     // `frameRoom`: most bytes of a frame as read.
     explicit FrameRing(size_t frameRoom);
 
-    // The slot that the next frame goes to.
-    FrameSlot& AtWrite() { return fSlots[fWrite]; }
-    // Records the outcome of a read into that slot and moves on. `size` is 0 after a failure.
-    void Filled(int64_t size, int64_t frameNumber);
+    // Where the next frame is to be read to.
+    std::span<uint8_t> Room() { return fSpare->bytes; }
+    // So many bytes were read there: frame `number` of the source.
+    void Filled(size_t bytes, int64_t number);
     // The frame read last stands for this one as well.
-    void Repeat(int64_t frameNumber);
-    // The same for a turn that did not read: the ring runs dry in the right order.
-    void MarkEmpty(int64_t frameNumber);
+    void Repeat(int64_t number);
+    // A turn that did not read: the ring runs dry in the right order.
+    void MarkEmpty(int64_t number);
 
-    // True before anything was read.
-    bool IsFresh() const;
-    // True when slots 0 to 2 are all empty: nothing more will come.
+    // True before the first of these.
+    bool IsFresh() const { return fCount == 0; }
+    // True when places 0 to 2 are all empty: nothing more will come.
     bool IsDry() const;
 
-    FrameSlot& Newest() { return Back(1); }
-    FrameSlot& Next() { return Back(2); }
-    FrameSlot& Current() { return Back(3); }
-    FrameSlot& Previous() { return Back(4); }
+    // The frame at the centre, null for an empty place, and its number.
+    const FrameRef& Current() const { return Back(3).frame; }
+    int64_t CurrentNumber() const { return Back(3).number; }
+    // The frames around it. Only while it is there.
+    NeighbourFrames Neighbours() const;
 
 private:
-    FrameSlot& Back(size_t steps) { return fSlots[(fWrite + 4 - steps) % 4]; }
-    void Advance() { fWrite = (fWrite + 1) % 4; }
+    static constexpr size_t kPlaces = 4;
+    struct Place {
+        FrameRef frame;  // null: empty
+        int64_t number = 0;
+    };
 
-    std::array<FrameSlot, 4> fSlots;
-    size_t fWrite = 0;
+    const Place& Back(size_t steps) const { return fPlaces[(fCount + kPlaces - steps) % kPlaces]; }
+    void Put(FrameRef frame, int64_t number);
+
+    size_t fFrameRoom;
+    std::array<Place, kPlaces> fPlaces;
+    size_t fCount = 0;
+    FrameRef fSpare;
 };
 
 }  // namespace kelvane

@@ -3,36 +3,31 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/status.h"
+#include "base/result.h"
 #include "format/picture_layout.h"
 #include "picture/packing.h"
 
 namespace kelvane {
 
-Status PictureDecoder::Fail(Status status, std::string message)
-{
-    fMessage = std::move(message);
-    return status;
-}
-
-Status PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro,
-                              std::span<uint8_t> picture)
+Result<> PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro,
+                                std::span<uint8_t> picture)
 {
     return fFormat.IsDV() ? DecodeDV(frame, dvcpro, picture) : DecodeBuiltIn(frame, picture);
 }
 
-Status PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
-                                std::span<uint8_t> picture)
+Result<> PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
+                                  std::span<uint8_t> picture)
 {
     DVCodecSlot& slot = fState.slots[dvcpro ? kDVCPRODecoder : kDVDecoder];
     if (dvcpro && !slot.IsOpen())
-        return Fail(kNoDVCPRODecoder, "No DVCPRO25 Decoder is set! Please check the Preferences.");
+        return Failure{kNoDVCPRODecoder,
+                       "No DVCPRO25 Decoder is set! Please check the Preferences."};
     const size_t pixels = PixelsOf(fFormat);
     const bool narrow = slot.PictureSpace() == kBGR24;
     if (slot.Decode(frame, picture.first(pixels * (narrow ? 3 : 4))) != kOK)
-        return Fail(kError, slot.CodingError());
+        return Failure{kError, slot.CodingError()};
     if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
-    return kOK;
+    return {};
 }
 
 bool PictureDecoder::FindCodec()
@@ -55,9 +50,9 @@ bool PictureDecoder::TurnsRows() const
     return fFormat.encoded_video.encoding == kEncodingHuffYUV;
 }
 
-Status PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
+Result<> PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
 {
-    if (!FindCodec()) return Fail(kError, "No suitable decoder is found.");
+    if (!FindCodec()) return Failure{kError, "No suitable decoder is found."};
     const size_t pixels = PixelsOf(fFormat);
     const bool narrow = fCodec->OutputFormat().Space() == kBGR24;
     fLastOutput.resize(pixels * 4);
@@ -69,7 +64,7 @@ Status PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<u
     if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
     if (TurnsRows())
         SwapVertical(picture.data(), static_cast<size_t>(fFormat.Width()) * 4, fFormat.Height());
-    return kOK;
+    return {};
 }
 
 }  // namespace kelvane

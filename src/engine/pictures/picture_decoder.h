@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/status.h"
+#include "base/result.h"
 #include "codecs/interface/codec.h"
 #include "engine/pictures/conversion_state.h"
 #include "format/media_format.h"
@@ -23,22 +23,19 @@ public:
     }
 
     // `frame` is as read from the file, `dvcpro` what the first frame of a DV source said. The
-    // picture is of 4 bytes a pixel. 0, or a negative Status with the reason in Message().
-    Status Decode(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
-    const std::string& Message() const { return fMessage; }
+    // picture is of 4 bytes a pixel.
+    Result<> Decode(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
 
 private:
-    Status DecodeDV(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
-    Status DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture);
+    Result<> DecodeDV(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
+    Result<> DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture);
     bool FindCodec();
     bool TurnsRows() const;
-    Status Fail(Status status, std::string message);
 
     const MediaFormat& fFormat;
     ConversionState& fState;
     std::unique_ptr<Codec> fCodec;     // found at the first frame
     std::vector<uint8_t> fLastOutput;  // difference frames go on from it
-    std::string fMessage;
 };
 
 }  // namespace kelvane

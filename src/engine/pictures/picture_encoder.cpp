@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/byte_cursor.h"
-#include "base/status.h"
+#include "base/result.h"
 #include "base/television.h"
 #include "codecs/huffyuv/huffyuv_encoder.h"
 #include "format/picture_layout.h"
@@ -16,36 +16,31 @@ PictureEncoder::PictureEncoder(const MediaFormat& format, bool pal, ConversionSt
 {
 }
 
-Status PictureEncoder::Fail(Status status, std::string message)
-{
-    fMessage = std::move(message);
-    return status;
-}
-
 bool PictureEncoder::IsHuffYUV() const
 {
     return fFormat.kind == kEncodedVideo && fFormat.encoded_video.encoding == kEncodingHuffYUV;
 }
 
-Status PictureEncoder::Encode(std::span<uint8_t> picture, bool dvcpro)
+Result<> PictureEncoder::Encode(std::span<uint8_t> picture, bool dvcpro)
 {
     fBuffer.resize(LargestFrame(fFormat));
     return fFormat.IsDV() ? EncodeDV(picture, dvcpro) : EncodeBuiltIn(picture);
 }
 
-Status PictureEncoder::EncodeDV(std::span<uint8_t> picture, bool dvcpro)
+Result<> PictureEncoder::EncodeDV(std::span<uint8_t> picture, bool dvcpro)
 {
     DVCodecSlot& slot = fState.slots[dvcpro ? kDVCPROEncoder : kDVEncoder];
     if (dvcpro && !slot.IsOpen())
-        return Fail(kNoDVCPROEncoder, "No DVCPRO25 Encoder is set! Please check the Preferences.");
+        return Failure{kNoDVCPROEncoder,
+                       "No DVCPRO25 Encoder is set! Please check the Preferences."};
     const TelevisionSystem& system = SystemFor(fPAL);
     const size_t pixels = static_cast<size_t>(system.width) * static_cast<size_t>(system.height);
     if (slot.PictureSpace() == kBGR24) Rgb32ToRgb24(picture.data(), picture.data(), pixels);
     fSize = static_cast<size_t>(system.dv_frame_size);
     fCoded.resize(fSize);
-    if (slot.Encode(picture, fCoded) != kOK) return Fail(kError, slot.CodingError());
+    if (slot.Encode(picture, fCoded) != kOK) return Failure{kError, slot.CodingError()};
     Repeat();
-    return kOK;
+    return {};
 }
 
 void PictureEncoder::Repeat()
@@ -63,9 +58,9 @@ bool PictureEncoder::FindCodec()
     return fCodec != nullptr;
 }
 
-Status PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
+Result<> PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
 {
-    if (!FindCodec()) return Fail(kError, "No suitable encoder is found.");
+    if (!FindCodec()) return Failure{kError, "No suitable encoder is found."};
     const size_t pixels = PixelsOf(fFormat);
     const bool turns = fFormat.kind == kRawVideo ? !IsTopRowFirst(fFormat.Space()) : IsHuffYUV();
     if (turns)
@@ -76,7 +71,7 @@ Status PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
     auto out = static_cast<uint32_t>(fBuffer.size());
     static_cast<void>(fCodec->Convert(picture.data(), in, fBuffer.data(), out, 0));
     fSize = out;
-    return kOK;
+    return {};
 }
 
 std::vector<uint8_t> PictureEncoder::StreamHeader() const

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/status.h"
+#include "base/result.h"
 #include "codecs/interface/codec.h"
 #include "engine/pictures/conversion_state.h"
 #include "format/media_format.h"
@@ -19,9 +19,8 @@ public:
     PictureEncoder(const MediaFormat& format, bool pal, ConversionState& state);
 
     // Codes the picture, which may be turned upside down or packed in place on the way. `dvcpro`
-    // tells which kind of DV is wanted. 0 with the frame in Frame(), or a negative Status with the
-    // reason in Message().
-    Status Encode(std::span<uint8_t> picture, bool dvcpro);
+    // tells which kind of DV is wanted. The frame is then in Frame().
+    Result<> Encode(std::span<uint8_t> picture, bool dvcpro);
     // Makes the frame of the last picture again, without what was edited since.
     void Repeat();
     // The frame made last; may be edited in place.
@@ -29,14 +28,12 @@ public:
     // What a codec wants stored beside the frames (a bitmap header with its extension); empty when
     // there is nothing. Known after the first frame.
     std::vector<uint8_t> StreamHeader() const;
-    const std::string& Message() const { return fMessage; }
 
 private:
-    Status EncodeDV(std::span<uint8_t> picture, bool dvcpro);
-    Status EncodeBuiltIn(std::span<uint8_t> picture);
+    Result<> EncodeDV(std::span<uint8_t> picture, bool dvcpro);
+    Result<> EncodeBuiltIn(std::span<uint8_t> picture);
     bool FindCodec();
     bool IsHuffYUV() const;
-    Status Fail(Status status, std::string message);
 
     const MediaFormat& fFormat;
     bool fPAL;
@@ -45,7 +42,6 @@ private:
     std::vector<uint8_t> fCoded;    // a DV frame as its codec made it
     std::vector<uint8_t> fBuffer;
     size_t fSize = 0;
-    std::string fMessage;
 };
 
 }  // namespace kelvane

@@ -9,8 +9,12 @@ namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kMostAlike = 60000000;  // difference of two pictures of one scene
 constexpr int32_t kBlurThreshold = 16;
+
+const uint8_t* At(const NeighbourPictures& pictures, Neighbour which)
+{
+    return pictures[static_cast<size_t>(which)];
+}
 
 }  // namespace
 
@@ -18,25 +22,6 @@ TimeResampler::TimeResampler(int32_t width, int32_t height, int32_t motionDetail
                              ConversionState& state)
     : fWidth(width), fHeight(height), fMotionDetail(motionDetail), fState(state)
 {
-}
-
-void TimeResampler::BeginTurn(PictureOf pictureOf)
-{
-    fPictureOf = std::move(pictureOf);
-    fCompared.clear();
-}
-
-bool TimeResampler::Alike(Neighbour a, Neighbour b)
-{
-    const uint8_t *first = fPictureOf(a), *second = fPictureOf(b);
-    if (first == second) return true;
-    for (const Comparison& done : fCompared)
-        if ((done.a == first && done.b == second) || (done.a == second && done.b == first))
-            return done.alike;
-    const size_t pixels = static_cast<size_t>(fWidth) * static_cast<size_t>(fHeight);
-    const bool alike = PictureDifference(first, second, pixels, &fState.pool) <= kMostAlike;
-    fCompared.push_back({first, second, alike});
-    return alike;
 }
 
 void TimeResampler::CopyOrWeave(const uint8_t* even, const uint8_t* odd, uint8_t* output) const
@@ -51,11 +36,12 @@ void TimeResampler::CopyOrWeave(const uint8_t* even, const uint8_t* odd, uint8_t
         memcpy(output + y * row, (y % 2 ? odd : even) + y * row, row);
 }
 
-void TimeResampler::BlendLines(const ResamplingPlan::Blend& blend, const uint8_t* main,
+void TimeResampler::BlendLines(const ResamplingPlan::Blend& blend,
+                               const NeighbourPictures& pictures, const uint8_t* main,
                                int32_t first, uint8_t* output)
 {
     if (blend.weight == 0) return;
-    const uint8_t* partner = fPictureOf(blend.partner);
+    const uint8_t* partner = At(pictures, blend.partner);
     if (partner == main) return;
     const ptrdiff_t row = ptrdiff_t{fWidth} * 4;
     BlendPictures(BlendMode::kWeight, blend.weight,
@@ -65,12 +51,13 @@ void TimeResampler::BlendLines(const ResamplingPlan::Blend& blend, const uint8_t
 
 // With a change of field order, the parity that comes second in the source is taken from one frame
 // earlier on both sides. That is done on copies, which holds too when two of the pictures are one.
-void TimeResampler::Interpolate(const ResamplingPlan& plan, uint8_t* output)
+void TimeResampler::Interpolate(const ResamplingPlan& plan, const NeighbourPictures& pictures,
+                                uint8_t* output)
 {
-    const uint8_t* a = fPictureOf(Neighbour::kCurrent);
-    const uint8_t* b = fPictureOf(Neighbour::kNext);
+    const uint8_t* a = At(pictures, Neighbour::kCurrent);
+    const uint8_t* b = At(pictures, Neighbour::kNext);
     if (plan.shift_field) {
-        const uint8_t* before = fPictureOf(Neighbour::kPrevious);
+        const uint8_t* before = At(pictures, Neighbour::kPrevious);
         const size_t bytes = static_cast<size_t>(fWidth) * static_cast<size_t>(fHeight) * 4;
         for (auto& picture : fShifted)
             picture.resize(bytes);
@@ -105,26 +92,27 @@ void TimeResampler::Deinterlace(const ResamplingPlan& plan, uint8_t* output)
     }
 }
 
-void TimeResampler::Make(const ResamplingPlan& plan, uint8_t* output)
+void TimeResampler::Make(const ResamplingPlan& plan, const NeighbourPictures& pictures,
+                         uint8_t* output)
 {
     switch (plan.base) {
         case ResamplingPlan::kWeave: {
-            const uint8_t *even = fPictureOf(plan.even), *odd = fPictureOf(plan.odd);
+            const uint8_t *even = At(pictures, plan.even), *odd = At(pictures, plan.odd);
             CopyOrWeave(even, odd, output);
-            BlendLines(plan.blend_even, even, 0, output);
-            BlendLines(plan.blend_odd, odd, 1, output);
+            BlendLines(plan.blend_even, pictures, even, 0, output);
+            BlendLines(plan.blend_odd, pictures, odd, 1, output);
             break;
         }
         case ResamplingPlan::kMix: {
-            CopyOrWeave(fPictureOf(plan.even), fPictureOf(plan.even), output);
+            CopyOrWeave(At(pictures, plan.even), At(pictures, plan.even), output);
             const ptrdiff_t row = ptrdiff_t{fWidth} * 4;
             BlendPictures(BlendMode::kWeight, plan.blend_all.weight,
-                          {fPictureOf(plan.blend_all.partner), row, fWidth, fHeight},
+                          {At(pictures, plan.blend_all.partner), row, fWidth, fHeight},
                           {output, row, fWidth, fHeight}, &fState.pool);
             break;
         }
         case ResamplingPlan::kInterpolate:
-            Interpolate(plan, output);
+            Interpolate(plan, pictures, output);
             break;
         case ResamplingPlan::kNothing:
         case ResamplingPlan::kDrop:

@@ -28,20 +28,15 @@ AudioTransfer::AudioTransfer(const AudioSetup& setup)
 {
 }
 
-Status AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding,
-                                      uint32_t rate, uint32_t channels)
+Result<> AudioTransfer::SetSourceStream(AudioStream& stream, const SampleCoding& coding,
+                                        uint32_t rate, uint32_t channels)
 {
-    if (!coding.IsSupported() || channels == 0 || channels > kMostChannels) {
-        fMessage = "Source audio format is not supported (PCM or float is needed)!";
-        return kError;
-    }
-    if (!IsKnownRate(rate)) {
-        fMessage = WrongRate(rate);
-        return kError;
-    }
+    if (!coding.IsSupported() || channels == 0 || channels > kMostChannels)
+        return Failure{kError, "Source audio format is not supported (PCM or float is needed)!"};
+    if (!IsKnownRate(rate)) return Failure{kError, WrongRate(rate)};
     fStream.emplace(stream, coding);
     Know(rate, channels);
-    return kOK;
+    return {};
 }
 
 // What the frames before this one were owed becomes due at the rate now known.
@@ -74,16 +69,16 @@ size_t AudioTransfer::Enough() const
                     AudioFifo::kMaximum / 3 * 2);
 }
 
-Status AudioTransfer::FrameRead(std::span<uint8_t> frame)
+Result<> AudioTransfer::FrameRead(std::span<uint8_t> frame)
 {
-    if (fStream) return kOK;
+    if (fStream) return {};
     if (fSetup.companions && !fCompanionsSought)
-        if (const Status status = OpenCompanions(); status != kOK) return status;
+        if (auto opened = OpenCompanions(); !opened) return opened;
     if (fCompanion.IsOpen())
         fCompanion.Fill(fFifo, Enough());
     else if (fSetup.source_is_dv)
         ExtractFrom(frame);
-    return kOK;
+    return {};
 }
 
 void AudioTransfer::FrameRepeated()
@@ -111,16 +106,14 @@ Status AudioTransfer::Reason() const
     return fStream ? fStream->Reason() : fCompanion.Reason();
 }
 
-Status AudioTransfer::OpenCompanions()
+Result<> AudioTransfer::OpenCompanions()
 {
     fCompanionsSought = true;
     const bool named = !fSetup.companion.empty();
-    const Status status =
-        named ? fCompanion.OpenCompanionAudio(fSetup.companion, fSetup.separate_track)
-              : fCompanion.FindCompanionAudio(fSetup.source_path, fSetup.separate_track);
-    fMessage = fCompanion.Message();
-    if (status == kOK && fCompanion.IsOpen()) Know(fCompanion.Rate(), fCompanion.Channels());
-    return status;
+    auto opened = named ? fCompanion.OpenCompanionAudio(fSetup.companion, fSetup.separate_track)
+                        : fCompanion.FindCompanionAudio(fSetup.source_path, fSetup.separate_track);
+    if (opened && fCompanion.IsOpen()) Know(fCompanion.Rate(), fCompanion.Channels());
+    return opened;
 }
 
 void AudioTransfer::ExtractFrom(std::span<uint8_t> bytes)
@@ -164,11 +157,10 @@ Status AudioTransfer::TurnRead()
     return fStream ? fStream->Fill(fFifo, Enough()) : kOK;
 }
 
-Status AudioTransfer::CheckRate()
+Result<> AudioTransfer::CheckRate() const
 {
-    if (fRate == 0 || IsKnownRate(fRate)) return kOK;
-    fMessage = WrongRate(fRate);
-    return kWrongSampleRate;
+    if (fRate == 0 || IsKnownRate(fRate)) return {};
+    return Failure{kWrongSampleRate, WrongRate(fRate)};
 }
 
 // Each change of rate falls between two output frames. Where it does not, either silence fills the

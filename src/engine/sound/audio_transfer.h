@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "base/status.h"
 #include "dv/dif_frame.h"
 #include "engine/sound/audio_fifo.h"
@@ -41,21 +42,20 @@ public:
     explicit AudioTransfer(const AudioSetup& setup);
 
     // The source has an audio stream: neither companion files nor frames are looked at then. To be
-    // called before the loop, if at all; `stream` outlives this object. -1 with a message for
-    // samples that cannot be brought to 16 bits or a rate that DV does not know.
-    Status SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
-                           uint32_t channels);
-    // After each source frame that was read, with its bytes. -18 with a message when companion
-    // files do not fit together.
-    Status FrameRead(std::span<uint8_t> frame);
+    // called before the loop, if at all; `stream` outlives this object. Fails for samples that
+    // cannot be brought to 16 bits and for a rate that DV does not know.
+    Result<> SetSourceStream(AudioStream& stream, const SampleCoding& coding, uint32_t rate,
+                             uint32_t channels);
+    // After each source frame that was read, with its bytes. Fails when companion files do not fit
+    // together.
+    Result<> FrameRead(std::span<uint8_t> frame);
     // After each source frame for which the one before stands: silence in place of its sound.
     void FrameRepeated();
     // Once a turn, after its reads, if it had any. The status of the last read of the source's
     // audio stream; 0 without one.
     Status TurnRead();
-    // Once a turn, before its frame is finished. -13 with a message for a rate that DV does not
-    // know.
-    Status CheckRate();
+    // Once a turn, before its frame is finished. Fails for a rate that DV does not know.
+    Result<> CheckRate() const;
     // For each DV frame of the destination before it is written: puts the sound of output frame
     // `number` into it. Leaves the frame alone while no sound is known, and when there is a
     // separate track.
@@ -77,8 +77,6 @@ public:
     uint32_t Channels() const { return fChannels; }
     // Companion files in use.
     const std::vector<std::string>& CompanionPaths() const { return fCompanion.Paths(); }
-    // Words for the last failure.
-    const std::string& Message() const { return fMessage; }
 
 private:
     // From this byte of all that ever went through the FIFO on, the sound has another rate.
@@ -92,7 +90,7 @@ private:
     void Know(uint32_t rate, uint32_t channels);
     void OweWithoutRate(uint64_t number);
     uint64_t OwedWithoutRate() const;  // samples, at the rate now known
-    Status OpenCompanions();
+    Result<> OpenCompanions();
     void ExtractFrom(std::span<uint8_t> frame);
     void StartFrames(uint32_t rate);
     void SwitchRate(uint64_t number);
@@ -104,7 +102,6 @@ private:
     SampleCadence fCadence;
     uint32_t fRate = 0;  // of what leaves the FIFO, hertz
     uint32_t fChannels = 2;
-    std::string fMessage;
     DIFFrame fFrame;
 
     std::optional<StreamAudioReader> fStream;

@@ -105,19 +105,19 @@ Status CompanionAudio::Reason() const
     return kOK;
 }
 
-Status CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
+Result<> CompanionAudio::FindCompanionAudio(const std::string& source_path, bool separate_track)
 {
-    if (IsOpen()) return kOK;
+    if (IsOpen()) return {};
     for (const CompanionName& name : CompanionNames(source_path))
         if (OpenRun(name) || fUnreadable != kOK) return Settle(separate_track);
-    return kOK;
+    return {};
 }
 
-Status CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
+Result<> CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
 {
-    if (IsOpen()) return kOK;
+    if (IsOpen()) return {};
     return OpenRun(GivenCompanion(path)) || fUnreadable != kOK ? Settle(separate_track)
-                                                               : Status(kOK);
+                                                               : Result<>();
 }
 
 // Opens the file of this name and of the channels that follow. False when the first does not open.
@@ -140,7 +140,7 @@ bool CompanionAudio::OpenRun(CompanionName name)
     return IsOpen();
 }
 
-Status CompanionAudio::Settle(bool separate_track)
+Result<> CompanionAudio::Settle(bool separate_track)
 {
     // Sound that lies there is not passed over in silence.
     if (fUnreadable != kOK)
@@ -155,20 +155,19 @@ Status CompanionAudio::Settle(bool separate_track)
     if (fReaders.size() == 1) {
         fUsed = 1;
         fChannels = format.ch;
-        return kOK;
+        return {};
     }
     const bool four = fReaders.size() == kMostReaders && !separate_track && fRate == 32000;
     if (fReaders.size() == kMostReaders && !four) fReaders.resize(2);
     fChannels = four ? 4 : 2;
     fUsed = fChannels;
-    return kOK;
+    return {};
 }
 
-Status CompanionAudio::Refuse(const std::string& message)
+Failure CompanionAudio::Refuse(const std::string& message)
 {
-    fMessage = message;
     fReaders.clear();
-    return kCompanionAudioMismatch;
+    return {kCompanionAudioMismatch, message};
 }
 
 bool CompanionAudio::Ended() const

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "base/status.h"
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/companion_names.h"
@@ -47,11 +48,11 @@ private:
 class CompanionAudio {
 public:
     // Looks for companion files beside the source by name.
-    Status FindCompanionAudio(const std::string& source_path, bool separate_track);
+    Result<> FindCompanionAudio(const std::string& source_path, bool separate_track);
     // Takes the named file, and those of its further channels, instead. Both do nothing when files
-    // are open already. -18 with a message when the files do not fit together, or one is there and
+    // are open already. They fail (-18) when the files do not fit together, or one is there and
     // cannot be read.
-    Status OpenCompanionAudio(const std::string& path, bool separate_track);
+    Result<> OpenCompanionAudio(const std::string& path, bool separate_track);
 
     bool IsOpen() const { return !fReaders.empty(); }
     // Of the sound that Fill delivers.
@@ -59,7 +60,6 @@ public:
     uint32_t Rate() const { return fRate; }
     // The files found, up to four, in channel order.
     const std::vector<std::string>& Paths() const { return fPaths; }
-    const std::string& Message() const { return fMessage; }
     // Bytes of the sound delivered that could not be read and are silence; what the system said.
     uint64_t LostBytes() const;
     Status Reason() const;
@@ -70,8 +70,8 @@ public:
 
 private:
     bool OpenRun(CompanionName name);
-    Status Settle(bool separate_track);
-    Status Refuse(const std::string& message);
+    Result<> Settle(bool separate_track);
+    Failure Refuse(const std::string& message);
     void FillFromOne(AudioFifo& fifo);
     void FillFromMany(AudioFifo& fifo);
 
@@ -81,7 +81,6 @@ private:
     uint32_t fRate = 0;  // hertz
     std::vector<std::string> fPaths;
     Status fUnreadable = kOK;  // of the last of the paths
-    std::string fMessage;
     std::vector<uint8_t> fMono, fMixed;
 };
 

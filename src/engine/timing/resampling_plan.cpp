@@ -228,6 +228,24 @@ FieldOrder OutputFieldOrder(const ResamplingInput& in)
     return order == 1 ? FieldOrder::kUpperFirst : FieldOrder::kLowerFirst;
 }
 
+bool ResamplingPlan::LooksAt(Neighbour which) const
+{
+    const auto blends = [&](const Blend& blend) {
+        return blend.weight != 0 && blend.partner == which;
+    };
+    switch (base) {
+        case kWeave:
+            return even == which || odd == which || blends(blend_even) || blends(blend_odd);
+        case kMix:
+            return even == which || blend_all.partner == which;
+        case kInterpolate:
+            return which == Neighbour::kCurrent || which == Neighbour::kNext ||
+                   (shift_field && which == Neighbour::kPrevious);
+        default:
+            return false;
+    }
+}
+
 ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
                                 int32_t& dropCounter)
 {

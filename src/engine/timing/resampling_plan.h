@@ -45,6 +45,8 @@ struct ResamplingPlan {
         int32_t weight = 0;  // of the partner, 0 to 255; 0: no blend
     };
 
+    // True when the picture of that neighbour goes into this one.
+    bool LooksAt(Neighbour which) const;
     // True when the picture is lines of frames as they are, and nothing more.
     bool OnlyWeaves() const
     {

@@ -40,9 +40,9 @@ FileHandle OpenForReading(const char* path)
     return file.Release();
 }
 
-FileHandle OpenForCreating(const char* path, uint32_t permissions)
+FileHandle OpenForCreating(const char* path, int more, uint32_t permissions)
 {
-    FileHolder file(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, permissions));
+    FileHolder file(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | more, permissions));
     if (!file.IsOpen() || LockedByOther(file.Handle(), LOCK_EX)) return kNoFile;
     if (IsRegularFile(file.Handle()) && ftruncate(file.Handle(), 0) != 0) return kNoFile;
     return file.Release();
@@ -70,7 +70,8 @@ int DropWritten(iovec* pieces, int count, size_t done)
 
 FileHandle FileOpen(const char* path, uint32_t flags, uint32_t permissions)
 {
-    return flags & kOpenCreateBit ? OpenForCreating(path, permissions) : OpenForReading(path);
+    if (!(flags & kOpenCreateBit)) return OpenForReading(path);
+    return OpenForCreating(path, flags & kOpenNewBit ? O_EXCL : 0, permissions);
 }
 
 int64_t FileSeek(FileHandle handle, int64_t offset, SeekOrigin origin)

@@ -10,10 +10,12 @@
 
 namespace kelvane {
 
-// Flags of FileOpen. Only the create bit has an effect; update yields a read-only handle, as the
-// classes that open for update rely on.
+// Flags of FileOpen. Only the create bit has an effect, and the new bit beside it; update yields a
+// read-only handle, as the classes that open for update rely on.
 inline constexpr uint32_t kOpenCreateBit = 0x100;
+inline constexpr uint32_t kOpenNewBit = 0x10000;
 inline constexpr uint32_t kOpenCreate = 0x8322;
+inline constexpr uint32_t kOpenCreateNew = kOpenCreate | kOpenNewBit;  // only where there is none
 inline constexpr uint32_t kOpenRead = 0x8020;
 inline constexpr uint32_t kOpenUpdate = 0x8022;
 

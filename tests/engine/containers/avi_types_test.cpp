@@ -49,9 +49,8 @@ TEST_F(AVITypes, GoOnInANewRiffOrFileOrEndAtTheirLimits)
         {"avi1-odml", "rgb24", {1}, {}, OldIndex::kAlways},
         {"avi2-odml", "huffyuv-yuv", {1}, {}, OldIndex::kAlways},
     };
-    std::string message;
-    const auto source = OpenSource(MakeClip(3), message);
-    ASSERT_TRUE(source) << message;
+    const auto source = OpenSource(MakeClip(3));
+    ASSERT_TRUE(source);
     for (const auto& row : rows)
         for (const int32_t option : {0, 1}) {
             SCOPED_TRACE(testing::PrintToString(std::tuple(row.format, row.codec, option)));
@@ -59,12 +58,14 @@ TEST_F(AVITypes, GoOnInANewRiffOrFileOrEndAtTheirLimits)
             Choose(row.format, row.codec);
             ConversionSettings settings;
             FillConversionSettings(fOptions, fCodecs, settings);
-            DestinationPlan plan =
-                PlanDestination(settings, *source, TypeOfDestination(fOptions.selection));
-            plan.avi_limits = kLimits;
             const std::string path = fFolder.Path("film.avi");
-            const auto film = CreateDestination(path, plan, message);
-            ASSERT_TRUE(film) << message;
+            DestinationPlan plan =
+                PlanDestination(path, settings, **source, TypeOfDestination(fOptions.selection));
+            plan.avi_limits = kLimits;
+            plan.frames = 8;
+            const auto created = CreateDestination(plan);
+            ASSERT_TRUE(created);
+            Destination* const film = (*created).get();
             size_t taken = 0;
             const Bytes frame(plan.format.IsDV() ? 144000 : 500000);
             while (taken < 8 && film->WriteFrame(frame) == 0)

@@ -77,13 +77,15 @@ std::string ConversionCase::Converted(const std::string& source, const std::stri
 
 Film::Film(const std::string& path)
 {
-    std::string message;
-    source = OpenSource(path, message);
-    if (!source) throw std::runtime_error(path + ": " + message);
+    OpenedSource opened = OpenSource(path);
+    if (!opened) throw std::runtime_error(path + ": " + opened.Error().message);
+    source = std::move(*opened);
     Bytes buffer(LargestFrame(source->format));
-    int64_t number = 0;
-    for (int64_t size = 0; source->ReadFrame(number++, buffer, size) == 0 && size > 0;)
-        frames.emplace_back(buffer.begin(), buffer.begin() + size);
+    for (int64_t number = 0;; number++) {
+        const FrameRead read = source->ReadFrame(number, buffer);
+        if (read.status != kOK || read.size == 0) break;
+        frames.emplace_back(buffer.begin(), buffer.begin() + ptrdiff_t(read.size));
+    }
     while (AudioStream* stream = source->Audio()) {
         buffer.resize(std::max<uint32_t>(stream->ChunkSize(), 1));
         uint32_t bytes = 0;
@@ -123,7 +125,7 @@ Bytes DecodedFrame(const std::string& path, size_t number, ConversionState& stat
     Bytes picture(2 * std::max<size_t>(pixels, 720 * 576) * 4);
     for (size_t i = 0; i <= number; i++) {
         Bytes& frame = film.frames.at(i);
-        EXPECT_EQ(0, decoder.Decode(frame, format.IsDV() && View(frame).IsDVCPRO(), picture));
+        EXPECT_TRUE(decoder.Decode(frame, format.IsDV() && View(frame).IsDVCPRO(), picture));
     }
     picture.resize(pixels * 4);
     return picture;

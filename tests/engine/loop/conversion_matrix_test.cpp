@@ -234,7 +234,7 @@ TEST_F(ConversionMatrix, ARepeatedFrameIsAsItsCodecMadeIt)
     const MediaFormat format = DVFormat(false);
     PictureEncoder encoder(format, false, fState);
     Bytes picture = DrawnIn(false, false, 0);
-    ASSERT_EQ(0, encoder.Encode(picture, false));
+    ASSERT_TRUE(encoder.Encode(picture, false));
     const Bytes coded(encoder.Frame().begin(), encoder.Frame().end());
     std::ranges::fill(encoder.Frame(), uint8_t{1});
     encoder.Repeat();

@@ -23,27 +23,25 @@ public:
         is_pal = true;
         format = DVFormat(true);
     }
-    Status ReadFrame(int64_t number, std::span<uint8_t> buffer, int64_t& size) override
+    FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         reads++;
-        size = 0;
-        if (number >= int64_t(fFrames.size())) return kEnd;
+        if (number >= int64_t(fFrames.size())) return {kEnd};
         switch (fFrames[size_t(number)]) {
             case 'u':
-                return {kUnread, EIO};
+                return {{kUnread, EIO}};
             case 'm':
-                return kMissing;
+                return {kMissing};
             case 'r':
-                return {kReferenceMissing, ENOENT};
+                return {{kReferenceMissing, ENOENT}};
             case 'h':
-                return kOK;
+                return {kOK};
         }
         const char letter = fFrames[size_t(number)];
-        size = letter == 's' ? 8 : letter == 'f' ? 144000 : 150000;
         const uint8_t head[] = {0x1F, 0x07, 0x00, uint8_t(number % 10)};
         std::copy_n(head, 4, buffer.begin());
         if (letter == 'x') buffer[0] = 0x9F;
-        return kOK;
+        return {kOK, size_t(letter == 's' ? 8 : letter == 'f' ? 144000 : 150000)};
     }
     uint64_t CountFrames() const override { return fFrames.size(); }
 
@@ -58,11 +56,11 @@ struct Reading {
     {
         Bytes buffer(LargestFrame(source.format));
         for (;;) {
-            int64_t size = 0;
-            const FrameArrival arrival = reader.Next(buffer, size);
-            if (arrival == FrameArrival::kEnd) return;
-            EXPECT_EQ(arrival == FrameArrival::kFrame ? 144000 : 0, size);
-            came += arrival == FrameArrival::kFrame ? char('0' + buffer[3]) : '=';
+            const FrameArrival arrival = reader.Next(buffer);
+            if (arrival.kind == FrameArrival::kEnd) return;
+            const bool frame = arrival.kind == FrameArrival::kFrame;
+            EXPECT_EQ(frame ? 144000u : 0u, arrival.size);
+            came += frame ? char('0' + buffer[3]) : '=';
         }
     }
     MadeUpFilm source;

@@ -23,9 +23,11 @@ Bytes Made(const ResamplingPlan& plan, const Bytes& current, const Bytes& next, 
     const CodecRegistry registry;
     ConversionState state(registry, 1);
     TimeResampler resampler(width, height, 0, state);
-    resampler.BeginTurn([&](Neighbour name) { return pictures[name == Neighbour::kNext].data(); });
+    NeighbourPictures seen{};
+    seen[size_t(Neighbour::kCurrent)] = pictures[0].data();
+    seen[size_t(Neighbour::kNext)] = pictures[1].data();
     Bytes output(pictures[0].size());
-    resampler.Make(plan, output.data());
+    resampler.Make(plan, seen, output.data());
     Bytes lines;
     for (size_t line = 0; line < size_t(height); line++)
         lines.insert(lines.end(), &output[line * size_t(width) * 4],

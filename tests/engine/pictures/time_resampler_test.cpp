@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/pictures/scene_test.h"
 #include "engine/timing/pulldown_plan.h"
 #include "picture/motion_blur_deinterlace.h"
 #include "support/drawn_picture.h"
@@ -19,15 +20,13 @@ struct Turn {
         for (int i = 0; i < 4; i++)
             for (int32_t y = 0; y < height; y++)
                 pictures[size_t(i)].insert(pictures[size_t(i)].end(), Row(), Value(i, y));
-        Begin();
-    }
-    void Begin()
-    {
-        resampler.BeginTurn([this](Neighbour name) { return shown[size_t(name)]->data(); });
     }
     const Bytes& Make(const Plan& plan)
     {
-        resampler.Make(plan, output.data());
+        NeighbourPictures seen{};
+        for (const Neighbour name : {kPrevious, kCurrent, kNext, kNewest})
+            if (plan.LooksAt(name)) seen[size_t(name)] = shown[size_t(name)]->data();
+        resampler.Make(plan, seen, output.data());
         return output;
     }
     static uint8_t Value(int picture, int32_t y) { return uint8_t(60 * picture + 7 * y); }
@@ -118,25 +117,24 @@ TEST(TimeResampler, ShiftsAFieldOfTheInterpolatedPicturesWithoutTouchingThem)
         }
 }
 
-TEST(TimeResampler, TheSceneTestCountsColoursOverAllPixels)
+TEST(SceneTest, CountsColoursOverAllPixels)
 {
     constexpr size_t kWhole = 60000000 / (3 * 255), kRest = 60000000 % (3 * 255);
-    Turn turn(320, 256);
-    Bytes &a = turn.pictures[0], &b = turn.pictures[1];
-    std::fill(a.begin(), a.end(), uint8_t{0});
-    b = a;
+    WorkerPool pool(1);
+    SceneTest scenes(320 * 256, pool);
+    Bytes a(320 * 256 * 4, 0), b = a;
     std::fill_n(b.end() - ptrdiff_t(kWhole * 4), kWhole * 4, uint8_t{255});
     for (size_t i = 3; i < b.size(); i += 4)
         b[i] = uint8_t(i);  // the fourth byte does not count
     b[0] = 255;
     b[1] = kRest - 255;
-    EXPECT_TRUE(turn.resampler.Alike(kPrevious, kCurrent));
+    EXPECT_TRUE(scenes.Alike(a.data(), b.data()));
     b[2] = 1;
-    EXPECT_TRUE(turn.resampler.Alike(kCurrent, kPrevious)) << "asked before in this turn";
-    turn.Begin();
-    EXPECT_FALSE(turn.resampler.Alike(kPrevious, kCurrent));
-    EXPECT_FALSE(turn.resampler.Alike(kCurrent, kPrevious));
-    EXPECT_TRUE(turn.resampler.Alike(kCurrent, kCurrent));
+    EXPECT_TRUE(scenes.Alike(b.data(), a.data())) << "asked before in this turn";
+    scenes.BeginTurn();
+    EXPECT_FALSE(scenes.Alike(a.data(), b.data()));
+    EXPECT_FALSE(scenes.Alike(b.data(), a.data()));
+    EXPECT_TRUE(scenes.Alike(b.data(), b.data()));
 }
 
 TEST(TimeResampler, DeinterlacesTheFieldThatThePlanNames)

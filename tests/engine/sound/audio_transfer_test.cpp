@@ -55,7 +55,7 @@ struct SoundLoop {
         const bool from = setup.source_is_pal, to = setup.destination_is_pal;
         AudioTransfer transfer(setup);
         if (stream) {
-            EXPECT_EQ(0, transfer.SetSourceStream(*stream, SampleCoding{}, 48000, channels));
+            EXPECT_TRUE(transfer.SetSourceStream(*stream, SampleCoding{}, 48000, channels));
         }
         const double step = from == to ? 1.0 : from ? 25 / 29.97 : 1.1988;
         Bytes frame(from ? 144000 : 120000, 0xFF), output(to ? 144000 : 120000, 0xFF);
@@ -68,11 +68,11 @@ struct SoundLoop {
                 frame[3] = from ? 0xBF : 0x3F;
                 ErasePacks(frame);
                 if (make) make(frame, read);
-                ASSERT_EQ(0, transfer.FrameRead(frame));
+                ASSERT_TRUE(transfer.FrameRead(frame));
             }
             static_cast<void>(transfer.TurnRead());
             if (current >= frames) break;
-            ASSERT_EQ(0, transfer.CheckRate());
+            ASSERT_TRUE(transfer.CheckRate());
             shown.push_back(current);
             ErasePacks(output);
             transfer.EmbedInto(output, number);
@@ -341,8 +341,8 @@ TEST(AudioTransfer, NoChannelsAndTooManyAreRefused)
 {
     MadeUpStream stream(Bytes(1000), {100});
     AudioTransfer transfer(AudioSetup{});
-    for (const auto& [channels, status] : {std::pair(0u, -1), {17u, -1}, {16u, 0}})
-        EXPECT_EQ(status, transfer.SetSourceStream(stream, SampleCoding{}, 48000, channels));
+    for (const auto& [channels, taken] : {std::pair(0u, false), {17u, false}, {16u, true}})
+        EXPECT_EQ(taken, bool(transfer.SetSourceStream(stream, SampleCoding{}, 48000, channels)));
 }
 
 TEST(AudioTransfer, ACompanionTakesTheFramesPlace)

@@ -26,7 +26,7 @@ protected:
     void Find(const std::string& clip, bool separate = false)
     {
         fCompanion = {};
-        EXPECT_EQ(0, fCompanion.FindCompanionAudio(fFolder.Path(clip), separate)) << clip;
+        EXPECT_TRUE(fCompanion.FindCompanionAudio(fFolder.Path(clip), separate)) << clip;
     }
     // Names of the files found beside a clip.
     Paths Found(const std::string& clip)
@@ -161,9 +161,9 @@ TEST_F(Companions, WhatStandsBehindTheSamplesIsNotHeard)
 TEST_F(Companions, AFileGivenByNameCountsOnFromIt)
 {
     Make("take_1.wav"), Make("take_2.wav"), Make("other.wav");
-    EXPECT_EQ(0, fCompanion.OpenCompanionAudio(fFolder.Path("take_1.wav"), false));
+    EXPECT_TRUE(fCompanion.OpenCompanionAudio(fFolder.Path("take_1.wav"), false));
     EXPECT_EQ(2u, fCompanion.Paths().size());
-    EXPECT_EQ(0, fCompanion.FindCompanionAudio(fFolder.Path("other.avi"), false));
+    EXPECT_TRUE(fCompanion.FindCompanionAudio(fFolder.Path("other.avi"), false));
     EXPECT_EQ(2u, fCompanion.Paths().size()) << "once";
 }
 

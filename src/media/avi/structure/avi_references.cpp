@@ -12,15 +12,21 @@ namespace kelvane {
 
 namespace {
 
-// The extension is what follows the last dot, if that stands behind the folders.
-std::string ReferencePath(const std::string& destination)
+constexpr uint32_t kChunkHead = 8;
+
+// The extension is what follows the last dot, if that stands behind the folders; in its place comes
+// the number in three digits.
+std::string ReferencePath(const std::string& destination, uint64_t number)
 {
     size_t folder = destination.rfind('/');
     if (folder == std::string::npos) folder = destination.rfind('\\');
     const size_t dot = destination.rfind('.');
     const bool extension =
         dot != std::string::npos && (folder == std::string::npos || dot > folder);
-    return destination.substr(0, extension ? dot : std::string::npos) + ".000";
+    std::string path = destination.substr(0, extension ? dot : std::string::npos) + '.';
+    for (const uint64_t place : {100, 10, 1})
+        path += static_cast<char>('0' + number / place % 10);
+    return path;
 }
 
 }  // namespace
@@ -89,22 +95,32 @@ Status ReferencedFiles::Read(const Reference& reference, uint32_t bytes, std::sp
     size = 0;
     const OpenFile& file = FileOf(reference.path);
     if (file.opened != kOK) return file.opened;
-    return ReadEntry(file.file.Handle(), {uint64_t{reference.position} + 8, bytes}, buffer, size);
+    return ReadEntry(file.file.Handle(), {uint64_t{reference.position} + kChunkHead, bytes}, buffer,
+                     size);
 }
 
-ReferenceOutput::ReferenceOutput(const std::string& destination, uint64_t limit)
-    : fPath(ReferencePath(destination)), fLimit(limit)
+// A file is left behind the chunk that begins beyond the limit, and the next one begun at once.
+std::vector<std::string> ReferenceFiles(const std::string& destination, uint64_t frames,
+                                        uint64_t frameBytes, uint64_t limit)
+{
+    const uint64_t frames_of_file = limit / (kChunkHead + frameBytes) + 2;
+    std::vector<std::string> files;
+    for (uint64_t number = 0; number <= frames / frames_of_file; number++)
+        files.push_back(ReferencePath(destination, number));
+    return files;
+}
+
+ReferenceOutput::ReferenceOutput(const std::string& destination, uint64_t limit, uint64_t replaced)
+    : fDestination(destination), fLimit(limit), fReplaced(replaced)
 {
 }
 
 // The file of the number.
 Status ReferenceOutput::Open()
 {
-    const size_t digits = fPath.size() - 3;
-    fPath[digits] = static_cast<char>('0' + fNumber / 100 % 10);
-    fPath[digits + 1] = static_cast<char>('0' + fNumber / 10 % 10);
-    fPath[digits + 2] = static_cast<char>('0' + fNumber % 10);
-    fFile = FileHolder(FileOpen(fPath.c_str(), kOpenCreate));
+    fPath = ReferencePath(fDestination, fNumber);
+    const uint32_t flags = fNumber < fReplaced ? kOpenCreate : kOpenCreateNew;
+    fFile = FileHolder(FileOpen(fPath.c_str(), flags));
     fEnd = 0;
     return fFile.IsOpen() ? kOK : Status::System();
 }
@@ -125,17 +141,17 @@ Status ReferenceOutput::Write(uint32_t tag, std::span<const uint8_t> frame, Refe
         if (opened != kOK) return opened;
     }
     const auto size = static_cast<uint32_t>(frame.size());
-    uint8_t head[8];
+    uint8_t head[kChunkHead];
     StoreBytes(std::span(head).first(4), tag, ByteOrder::kLittle);
     StoreBytes(std::span(head).last(4), size, ByteOrder::kLittle);
-    const FilePart parts[] = {{head, 8}, {frame.data(), size}};
-    if (FileWriteAt(fFile.Handle(), fEnd, parts) != int64_t{8} + size) {
+    const FilePart parts[] = {{head, kChunkHead}, {frame.data(), size}};
+    if (FileWriteAt(fFile.Handle(), fEnd, parts) != int64_t{kChunkHead} + size) {
         fTail = true;
         return Status::System();
     }
     reference.position = static_cast<uint32_t>(fEnd);
     const bool full = fEnd > fLimit;
-    fEnd += 8 + uint64_t{size};
+    fEnd += kChunkHead + uint64_t{size};
     if (full) {
         const Status closed = Close();
         fNumber++;

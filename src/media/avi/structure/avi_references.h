@@ -59,11 +59,16 @@ private:
     size_t fOldest = 0;  // to be replaced next when all places are taken
 };
 
+// The files that so many frames of so many bytes go to.
+std::vector<std::string> ReferenceFiles(const std::string& destination, uint64_t frames,
+                                        uint64_t frameBytes, uint64_t limit);
+
 // The files that the frames of a destination go to. The first is named after the destination, with
 // the extension ".000"; each is left when it has passed the limit.
 class ReferenceOutput {
 public:
-    ReferenceOutput(const std::string& destination, uint64_t limit);
+    // `replaced`: files that may replace others; further ones are created only where none exists.
+    ReferenceOutput(const std::string& destination, uint64_t limit, uint64_t replaced);
     // Appends a chunk and gives the reference to it.
     Status Write(uint32_t tag, std::span<const uint8_t> frame, Reference& reference);
     // Closes the last file.
@@ -73,12 +78,14 @@ private:
     Status Open();
     Status Close();
 
-    std::string fPath;
-    uint64_t fLimit;  // bytes
+    std::string fDestination;
+    std::string fPath;  // of the file being written
+    uint64_t fLimit;    // bytes
+    uint64_t fReplaced;
     FileHolder fFile;
     uint64_t fEnd = 0;
     bool fTail = false;  // there may be a piece of a chunk behind the end
-    int fNumber = 0;
+    uint64_t fNumber = 0;
 };
 
 }  // namespace kelvane

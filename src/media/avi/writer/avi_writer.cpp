@@ -51,7 +51,8 @@ Status AVIWriter::BeginAVI(uint32_t flags)
 {
     if (fStructure.riff || fFinished) return kError;
     fLayout.Begin(flags);
-    if (Has(kAVIReference)) fReferences.emplace(fPath, fLimits.reference_file);
+    if (Has(kAVIReference))
+        fReferences.emplace(fPath, fLimits.reference_file, fLimits.reference_files);
     return kOK;
 }
 
