@@ -49,10 +49,11 @@ AudioSetup SoundSetup(const ConversionSettings& settings, int32_t type,
     setup.separate_track = destination.Audio() != nullptr;
     setup.interleave =
         type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
-    setup.companions =
-        settings.audio_search != 0 && (source.kind == kAVISource || source.kind == kRawDVSource);
+    setup.companions = settings.audio_search != CompanionSearch::kNone &&
+                       (source.kind == kAVISource || source.kind == kRawDVSource);
     setup.source_path = sourcePath;
-    if (settings.audio_search > 1 && settings.audio_file) setup.companion = settings.audio_file;
+    if (settings.audio_search == CompanionSearch::kInFile && settings.audio_file)
+        setup.companion = settings.audio_file;
     return setup;
 }
 
@@ -183,7 +184,7 @@ Status ConvertSafely(const Job& job, ConversionResult& result)
 
 bool CodecsAreSet(const ConversionSettings& settings, std::string& message)
 {
-    if (settings.dv_data_conversion != kConvertToDVCPRO25 && !settings.dv_encoder) {
+    if (settings.dv_data_conversion != DataConversion::kToDVCPRO25 && !settings.dv_encoder) {
         message = "DV Encoder is not set.";
         return false;
     }

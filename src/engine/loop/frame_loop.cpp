@@ -105,18 +105,19 @@ void LookAtFrame(ConversionRun& run, FrameSlot& current)
 
 bool KeepsFieldOrder(const ConversionSettings& settings)
 {
-    const int32_t from = settings.src_interlace, to = settings.dst_interlace;
-    return from == 0 || to == 0 || to == from;
+    return settings.src_interlace == FieldOrder::kProgressive ||
+           settings.dst_interlace == FieldTarget::kAsSource ||
+           IsSameOrder(settings.src_interlace, settings.dst_interlace);
 }
 
 bool KeepsDataKind(const ConversionRun& run)
 {
     switch (run.settings.dv_data_conversion) {
-        case kKeepDataKind:
+        case DataConversion::kKeep:
             return true;
-        case kConvertToDV:
+        case DataConversion::kToDV:
             return !run.is_dvcpro;
-        case kConvertToDVCPRO25:
+        case DataConversion::kToDVCPRO25:
             return run.is_dvcpro;
         default:
             return false;
@@ -130,7 +131,8 @@ bool PassesThrough(const ConversionRun& run)
     const ConversionSettings& settings = run.settings;
     return run.source.is_pal == run.destination.is_pal &&
            SameKind(run.source.format, run.destination.format) &&
-           (settings.dst_aspect <= 0 || settings.dst_aspect == settings.src_aspect) &&
+           (settings.dst_aspect == Aspect::kAsSource ||
+            settings.dst_aspect == settings.src_aspect) &&
            SameSize(run.source.format, run.destination.format) && KeepsFieldOrder(settings) &&
            KeepsDataKind(run);
 }

@@ -41,8 +41,8 @@ Status DecodeSlot(ConversionRun& run, FrameSlot& slot, WorkerPool* pool)
         AdaptiveDeinterlace(run.state.deinterlace, slot.decoded.data(),
                             static_cast<size_t>(from.Width()) * kBytesOf32Bits, from.Width(),
                             from.Height(), true, pool);
-    GeometryConvert(slot.decoded.data(), from, to, slot.resized.data(), run.settings.op,
-                    run.settings.mode, static_cast<uint32_t>(run.settings.src_interlace), pool);
+    GeometryConvert(slot.decoded.data(), from, to, slot.resized.data(), run.settings.mode,
+                    run.settings.src_interlace != FieldOrder::kProgressive, pool);
     slot.is_decoded = true;
     return kOK;
 }
@@ -121,7 +121,9 @@ ResamplingInput InputOf(const ConversionRun& run, const FrameSlot& current)
     in.target_interlace = run.settings.dst_interlace;
     in.allow_field_order_change = run.settings.conversion_options & kOptionFieldOrderChange;
     const bool equal = run.source.is_pal == run.destination.is_pal;
-    in.direction = equal ? 0 : run.settings.op == kOperationToNTSC ? 1 : 2;
+    in.direction = equal                                   ? Direction::kSameStandard
+                   : run.settings.op == Operation::kToNTSC ? Direction::kToNTSC
+                                                           : Direction::kToPAL;
     in.output_index = run.frames_output;
     in.current_frame_number = current.frame_number;
     return in;
@@ -167,8 +169,9 @@ Status MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBesid
         return kOK;
     }
     run.resampler.Make(plan, run.picture.data());
-    const int32_t kind = run.settings.dv_data_conversion;
-    const bool dvcpro = kind == kConvertToDVCPRO25 || (kind == kKeepDataKind && run.is_dvcpro);
+    const DataConversion kind = run.settings.dv_data_conversion;
+    const bool dvcpro =
+        kind == DataConversion::kToDVCPRO25 || (kind == DataConversion::kKeep && run.is_dvcpro);
     return run.encoder.Encode(run.picture, dvcpro);
 }
 

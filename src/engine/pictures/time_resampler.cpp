@@ -14,7 +14,7 @@ constexpr int32_t kBlurThreshold = 16;
 
 }  // namespace
 
-TimeResampler::TimeResampler(int32_t width, int32_t height, int32_t motionDetail,
+TimeResampler::TimeResampler(int32_t width, int32_t height, MotionDetail motionDetail,
                              ConversionState& state)
     : fWidth(width), fHeight(height), fMotionDetail(motionDetail), fState(state)
 {

@@ -14,7 +14,7 @@ namespace kelvane {
 // Carries out a resampling plan on 32-bit pictures of the destination's size.
 class TimeResampler {
 public:
-    TimeResampler(int32_t width, int32_t height, int32_t motionDetail, ConversionState& state);
+    TimeResampler(int32_t width, int32_t height, MotionDetail motionDetail, ConversionState& state);
 
     // Gives the picture of a neighbour; called only for those that are needed.
     using PictureOf = std::function<const uint8_t*(Neighbour)>;
@@ -34,7 +34,7 @@ private:
     void Deinterlace(const ResamplingPlan& plan, uint8_t* output);
 
     int32_t fWidth, fHeight;
-    int32_t fMotionDetail;
+    MotionDetail fMotionDetail;
     ConversionState& fState;
     PictureOf fPictureOf;
     struct Comparison {

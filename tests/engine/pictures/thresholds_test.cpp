@@ -22,7 +22,7 @@ Bytes Made(const ResamplingPlan& plan, const Bytes& current, const Bytes& next, 
     const Bytes pictures[] = {wide(current), wide(next)};
     const CodecRegistry registry;
     ConversionState state(registry, 1);
-    TimeResampler resampler(width, height, 0, state);
+    TimeResampler resampler(width, height, MotionDetail::kFine, state);
     resampler.BeginTurn([&](Neighbour name) { return pictures[name == Neighbour::kNext].data(); });
     Bytes output(pictures[0].size());
     resampler.Make(plan, output.data());
