@@ -35,10 +35,7 @@ void RunCodec(benchmark::State& state, Codec& codec, const Bytes& input, size_t 
 {
     Bytes output(room);
     for (auto _ : state) {
-        uint32_t inputSize = static_cast<uint32_t>(input.size());
-        uint32_t outputSize = static_cast<uint32_t>(room);
-        if (codec.Convert(input.data(), inputSize, output.data(), outputSize, 0) != kOK)
-            state.SkipWithError("Convert failed");
+        if (!codec.Convert(input, output)) state.SkipWithError("Convert failed");
         benchmark::DoNotOptimize(output.data());
     }
 }
@@ -112,10 +109,9 @@ void RLEDecode(benchmark::State& state, uint32_t depth, uint32_t to)
         return;
     const Bytes picture = Picture(depth);
     Bytes frame(5 * kWidth * kHeight);
-    uint32_t size = static_cast<uint32_t>(picture.size());
-    uint32_t frameSize = static_cast<uint32_t>(frame.size());
-    if (encoder.Convert(picture.data(), size, frame.data(), frameSize, 0) != kOK) return;
-    frame.resize(frameSize);
+    const std::optional<size_t> size = encoder.Convert(picture, frame);
+    if (!size) return;
+    frame.resize(*size);
     RunCodec(state, decoder, frame, 4 * kWidth * kHeight);
 }
 

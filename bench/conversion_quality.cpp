@@ -104,7 +104,6 @@ private:
     const TelevisionSystem& From() const { return SystemFor(!fToPAL); }
     const TelevisionSystem& To() const { return SystemFor(fToPAL); }
     double Step() const { return double(From().rate) / double(To().rate); }
-    uint32_t Operation() const { return fToPAL ? kOperationToPAL : kOperationToNTSC; }
     int64_t CountFrames(const TelevisionSystem& system) const
     {
         return static_cast<int64_t>(fSeconds * double(system.rate));
@@ -171,7 +170,7 @@ private:
             for (int field = 0; field < 2; field++)
                 ShootByRule(rule(number, field), field, fShot);
             GeometryConvert(fShot.data(), RawFormat(From()), RawFormat(To()), fResized.data(),
-                            Operation(), 0, 2);
+                            GeometryMode::kScale, true);
             std::copy_n(fResized.begin(), picture.size(), picture.begin());
             return true;
         };
@@ -180,7 +179,7 @@ private:
     void ReportOurs(const Method& method)
     {
         ConversionOptions options;
-        options.opselection = Operation();
+        options.opselection = fToPAL ? kOperationToPAL : kOperationToNTSC;
         options.blendmode = method.resampling;
         options.motiondetail = method.detail;
         const DVCodecLists codecs = ListDVCodecs(fDrivers);

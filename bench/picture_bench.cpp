@@ -70,11 +70,11 @@ int32_t OtherHeight(int32_t height)
 }
 
 // From the other standard's height to this one's, by fields.
-template <uint32_t kOp, int32_t kMode>
+template <GeometryMode kMode>
 void Geometry(Stage& s)
 {
-    GeometryConvert(s.a.data(), Raw(OtherHeight(s.height)), Raw(s.height), s.out.data(), kOp, kMode,
-                    1, &s.pool);
+    GeometryConvert(s.a.data(), Raw(OtherHeight(s.height)), Raw(s.height), s.out.data(), kMode,
+                    true, &s.pool);
 }
 
 template <int32_t kWidth>
@@ -96,14 +96,16 @@ uint8_t* NextPicture(Stage& s)
     return s.out.data();
 }
 
-template <int32_t kDetail, bool kInterlaced = true>
+using enum MotionDetail;
+
+template <MotionDetail kDetail, bool kInterlaced = true>
 void Motion(Stage& s)
 {
     MotionInterpolate(s.motion, s.a.data(), s.b.data(), kBenchWidth, s.height, kInterlaced,
                       s.out.data(), 0.4f, kDetail, &s.pool);
 }
 
-template <int32_t kDetail, bool kInterlaced = true>
+template <MotionDetail kDetail, bool kInterlaced = true>
 void MotionPlain(Stage& s)
 {
     plain::MotionInterpolate(s.motion, s.a.data(), s.b.data(), kBenchWidth, s.height, kInterlaced,
@@ -202,11 +204,12 @@ const Row kRows[] = {
                                &s.pool);
      },
      true},
-    {"MotionInterpolate coarse", MotionPlain<2>, Motion<2>, true},
-    {"MotionInterpolate medium", MotionPlain<1>, Motion<1>, true},
-    {"MotionInterpolate fine", MotionPlain<0>, Motion<0>, true},
-    {"MotionInterpolate coarse progressive", MotionPlain<2, false>, Motion<2, false>, true},
-    {"MotionInterpolate fine progressive", MotionPlain<0, false>, Motion<0, false>, true},
+    {"MotionInterpolate coarse", MotionPlain<kCoarse>, Motion<kCoarse>, true},
+    {"MotionInterpolate medium", MotionPlain<kMedium>, Motion<kMedium>, true},
+    {"MotionInterpolate fine", MotionPlain<kFine>, Motion<kFine>, true},
+    {"MotionInterpolate coarse progressive", MotionPlain<kCoarse, false>, Motion<kCoarse, false>,
+     true},
+    {"MotionInterpolate fine progressive", MotionPlain<kFine, false>, Motion<kFine, false>, true},
 };
 
 struct GeometryRow {
@@ -216,12 +219,12 @@ struct GeometryRow {
 };
 
 const GeometryRow kGeometry[] = {
-    {"Scale", Geometry<"2PAL"_4cc, kScaleUp>, 576},
-    {"Letter box", Geometry<"2PAL"_4cc, kLetterBox>, 576},
-    {"Pan and scan", Geometry<"2PAL"_4cc, kPanAndScan>, 576},
-    {"Letter box plus pan and scan", Geometry<"2PAL"_4cc, kLetterBoxPanAndScan>, 576},
-    {"Scale", Geometry<"2NTS"_4cc, kScaleDown>, 480},
-    {"Crop", Geometry<"2NTS"_4cc, kCrop>, 480},
+    {"Scale", Geometry<GeometryMode::kScale>, 576},
+    {"Letter box", Geometry<GeometryMode::kLetterBox>, 576},
+    {"Pan and scan", Geometry<GeometryMode::kPanAndScan>, 576},
+    {"Letter box plus pan and scan", Geometry<GeometryMode::kLetterBoxPanAndScan>, 576},
+    {"Scale", Geometry<GeometryMode::kScale>, 480},
+    {"Crop", Geometry<GeometryMode::kCrop>, 480},
 };
 
 void Register(const std::string& name, Kernel kernel, int threads, int32_t height)

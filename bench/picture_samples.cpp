@@ -65,23 +65,23 @@ void Geometry(Samples& samples)
 {
     const struct {
         const char* name;
-        uint32_t op;
-        int32_t mode, from, to;
-        uint32_t ilace;
+        GeometryMode mode;
+        int32_t from, to;
+        bool interlaced = true;
     } rows[] = {
-        {"scale-up", "2PAL"_4cc, kScaleUp, kNTSC, kPAL, 1},
-        {"letter-box", "2PAL"_4cc, kLetterBox, kNTSC, kPAL, 1},
-        {"pan-and-scan", "2PAL"_4cc, kPanAndScan, kNTSC, kPAL, 1},
-        {"letter-box-pan-and-scan", "2PAL"_4cc, kLetterBoxPanAndScan, kNTSC, kPAL, 0},
-        {"letter-box-pan-and-scan-fields", "2PAL"_4cc, kLetterBoxPanAndScan, kNTSC, kPAL, 1},
-        {"scale-down", "2NTS"_4cc, kScaleDown, kPAL, kNTSC, 1},
-        {"crop", "2NTS"_4cc, kCrop, kPAL, kNTSC, 1},
+        {"scale-up", GeometryMode::kScale, kNTSC, kPAL},
+        {"letter-box", GeometryMode::kLetterBox, kNTSC, kPAL},
+        {"pan-and-scan", GeometryMode::kPanAndScan, kNTSC, kPAL},
+        {"letter-box-pan-and-scan", GeometryMode::kLetterBoxPanAndScan, kNTSC, kPAL, false},
+        {"letter-box-pan-and-scan-fields", GeometryMode::kLetterBoxPanAndScan, kNTSC, kPAL},
+        {"scale-down", GeometryMode::kScale, kPAL, kNTSC},
+        {"crop", GeometryMode::kCrop, kPAL, kNTSC},
     };
     for (const auto& row : rows) {
         const Picture source = Interlaced(row.from, 10);
         Picture out(2 * kPitch * kPAL);
-        GeometryConvert(source.data(), Raw(row.from), Raw(row.to), out.data(), row.op, row.mode,
-                        row.ilace);
+        GeometryConvert(source.data(), Raw(row.from), Raw(row.to), out.data(), row.mode,
+                        row.interlaced);
         samples.Write(std::string("geometry-") + row.name, out, row.to);
     }
     samples.Write("geometry-ntsc", Interlaced(kNTSC, 10), kNTSC);
@@ -119,14 +119,15 @@ void Motion(Samples& samples)
     samples.Write("motion-blend", out, kPAL);
     MotionState state;
     const char* const names[] = {"motion-fine", "motion-medium", "motion-coarse"};
-    for (const int32_t detail : {kFineMotion, kMediumMotion, kCoarseMotion}) {
+    for (const MotionDetail detail :
+         {MotionDetail::kFine, MotionDetail::kMedium, MotionDetail::kCoarse}) {
         MotionInterpolate(state, a.data(), b.data(), kWidth, kPAL, false, out.data(), kTime,
                           detail);
-        samples.Write(names[detail], out, kPAL);
+        samples.Write(names[static_cast<size_t>(detail)], out, kPAL);
     }
     const Picture fields_a = Interlaced(kPAL, 10), fields_b = Interlaced(kPAL, 11);
     MotionInterpolate(state, fields_a.data(), fields_b.data(), kWidth, kPAL, true, out.data(),
-                      kTime, kFineMotion);
+                      kTime, MotionDetail::kFine);
     samples.Write("motion-fields", out, kPAL);
 }
 

@@ -20,9 +20,7 @@ void DecodeTo(uint32_t space, const MediaFormat& encoded, std::span<const uint8_
     const Bytes frame(bytes.begin(), bytes.end());
     const size_t pixel = space == kYUY2 ? 2 : space == kBGR24 ? 3 : 4;
     Bytes picture(static_cast<size_t>(raw.Width() * raw.Height()) * pixel);
-    uint32_t inputSize = static_cast<uint32_t>(frame.size());
-    uint32_t outputSize = static_cast<uint32_t>(picture.size());
-    decoder.Convert(frame.data(), inputSize, picture.data(), outputSize, 0);
+    static_cast<void>(decoder.Convert(frame, picture));
 }
 
 }  // namespace

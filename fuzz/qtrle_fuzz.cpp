@@ -22,10 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         QTRLEDecoder decoder;
         if (decoder.SetFormats(MediaFormat(view), raw) != kOK) continue;
         Bytes picture(BytesOfPicture(raw));
-        uint32_t inputSize = static_cast<uint32_t>(frame.size());
-        uint32_t outputSize = static_cast<uint32_t>(picture.size());
-        if (decoder.Convert(frame.data(), inputSize, picture.data(), outputSize, 0) == kOK &&
-            outputSize != picture.size())
+        if (decoder.Convert(frame, picture).value_or(picture.size()) != picture.size())
             __builtin_trap();
     }
     return 0;

@@ -25,9 +25,9 @@ struct Arguments {
     std::vector<std::string> files;
     std::string output;         // of one source; empty: named after the source
     ConversionOptions options;  // names of codecs are empty where the default is meant
-    int32_t source_aspect = 0;  // 0 automatic, 1 is 4:3, 2 is 16:9
-    int32_t target_aspect = 0;  // 0 as source
-    std::string audio;          // companion audio file; empty: search beside the source
+    Aspect source_aspect = Aspect::kAsSource;
+    Aspect target_aspect = Aspect::kAsSource;
+    std::string audio;  // companion audio file; empty: search beside the source
     bool search_companions = true;
     int32_t threads = 0;  // 0 is all cores
     ProgressStyle progress = ProgressStyle::kPlain;

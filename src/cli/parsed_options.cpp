@@ -115,8 +115,10 @@ void FillConversion(const ParsedOptions& parsed, Arguments& arguments)
     options.dstint =
         IndexIn(parsed.targetInterlace, {"same", "upper", "lower", "adaptive", "blur"});
     options.dataconv = IndexIn(parsed.data, {"same", "dv", "dvcpro25"});
-    arguments.source_aspect = IndexIn(parsed.sourceAspect, {"auto", "4:3", "16:9"});
-    arguments.target_aspect = IndexIn(parsed.targetAspect, {"same", "4:3", "16:9"});
+    arguments.source_aspect =
+        static_cast<Aspect>(IndexIn(parsed.sourceAspect, {"auto", "4:3", "16:9"}));
+    arguments.target_aspect =
+        static_cast<Aspect>(IndexIn(parsed.targetAspect, {"same", "4:3", "16:9"}));
     options.Bafoch = parsed.fieldOrderChange;
     options.deintPD = parsed.deinterlaceSource;
     options.wr486 = parsed.lines486;

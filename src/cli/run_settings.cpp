@@ -29,9 +29,9 @@ ConversionSettings SettingsFor(const Arguments& arguments, const DVCodecLists& c
     FillConversionSettings(WithCodecs(arguments.options, codecs), codecs, settings);
     settings.src_aspect = arguments.source_aspect;
     settings.dst_aspect = arguments.target_aspect;
-    if (!arguments.search_companions) settings.audio_search = 0;
+    if (!arguments.search_companions) settings.audio_search = CompanionSearch::kNone;
     if (!arguments.audio.empty()) {
-        settings.audio_search = 2;
+        settings.audio_search = CompanionSearch::kInFile;
         settings.audio_file = arguments.audio.c_str();
     }
     return settings;

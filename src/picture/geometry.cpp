@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "base/four_cc.h"
 #include "base/television.h"
 #include "picture/pixels.h"
 #include "picture/scaling.h"
@@ -75,27 +74,22 @@ void ScaleWhole(const Source& source, const Target& target)
     Scale(source, 0, source.width, target, {0, 1}, target.height);
 }
 
-void ToPAL(const Source& source, const Target& target, int32_t mode)
+void LetterBox(const Source& source, const Target& target)
 {
-    switch (mode) {
-        case kScaleUp:
-            return ScaleWhole(source, target);
-        case kLetterBox:
-            BlackRows(target, 0, kLetterBoxBar);
-            CopyRows(source, 0, target, kLetterBoxBar, source.height);
-            return BlackRows(target, kLetterBoxBar + source.height, target.height);
-        case kPanAndScan:
-            return Scale(source, kPanLeft, kPanWidth, target, {0, 1}, target.height);
-        default:
-            BlackRows(target, 0, kHalfBar);
-            BlackRows(target, target.height - kHalfBar, target.height);
-            Scale(source, kHalfPanLeft, kHalfPanWidth, target, kHalfBoxRows, kHalfBoxHeight);
-    }
+    BlackRows(target, 0, kLetterBoxBar);
+    CopyRows(source, 0, target, kLetterBoxBar, source.height);
+    BlackRows(target, kLetterBoxBar + source.height, target.height);
 }
 
-void ToNTSC(const Source& source, const Target& target, int32_t mode)
+void HalfLetterBox(const Source& source, const Target& target)
 {
-    if (mode == kScaleDown) return ScaleWhole(source, target);
+    BlackRows(target, 0, kHalfBar);
+    BlackRows(target, target.height - kHalfBar, target.height);
+    Scale(source, kHalfPanLeft, kHalfPanWidth, target, kHalfBoxRows, kHalfBoxHeight);
+}
+
+void Crop(const Source& source, const Target& target)
+{
     // Deliberate: the window begins above the picture, where rows count as black, and not inside
     // it.
     const int32_t first = (target.height - source.height + 1) >> 1;
@@ -125,28 +119,29 @@ void BySizes(const Source& source, const Target& target)
     BlackRows(target, above + source.height, target.height);
 }
 
-bool IsPicture(const TelevisionSystem& system, int32_t width, int32_t height)
+template <class Picture>
+bool IsOf(const TelevisionSystem& system, const Picture& picture)
 {
-    return width == system.width && height == system.height;
+    return picture.width == system.width && picture.height == system.height;
 }
 
 }  // namespace
 
 void GeometryConvert(const uint8_t* source, const MediaFormat& source_format,
-                     const MediaFormat& destination_format, uint8_t* destination, uint32_t op,
-                     int32_t mode, uint32_t ilace, WorkerPool* pool)
+                     const MediaFormat& destination_format, uint8_t* destination, GeometryMode mode,
+                     bool interlaced, WorkerPool* pool)
 {
-    const Source from{source, source_format.Width(), source_format.Height(), ilace != 0, pool};
+    const Source from{source, source_format.Width(), source_format.Height(), interlaced, pool};
     const Target to{destination, destination_format.Width(), destination_format.Height()};
     if (PixelCount(from.width, from.height) == 0 || PixelCount(to.width, to.height) == 0) return;
-    const bool from_pal = IsPicture(kPAL, from.width, from.height);
-    const bool from_ntsc = IsPicture(kNTSC, from.width, from.height);
-    if (op == "2PAL"_4cc && from_ntsc && IsPicture(kPAL, to.width, to.height))
-        ToPAL(from, to, mode);
-    else if (op == "2NTS"_4cc && from_pal && IsPicture(kNTSC, to.width, to.height))
-        ToNTSC(from, to, mode);
-    else
-        BySizes(from, to);
+    const bool up = IsOf(kNTSC, from) && IsOf(kPAL, to);
+    const bool down = IsOf(kPAL, from) && IsOf(kNTSC, to);
+    if (up && mode == GeometryMode::kLetterBox) return LetterBox(from, to);
+    if (up && mode == GeometryMode::kPanAndScan)
+        return Scale(from, kPanLeft, kPanWidth, to, {0, 1}, to.height);
+    if (up && mode == GeometryMode::kLetterBoxPanAndScan) return HalfLetterBox(from, to);
+    if (down && mode == GeometryMode::kCrop) return Crop(from, to);
+    BySizes(from, to);
 }
 
 }  // namespace kelvane

@@ -53,9 +53,9 @@ struct Weights {
     int32_t v, u;
 };
 
-int32_t LevelsOf(int32_t motiondetail)
+int32_t LevelsOf(MotionDetail detail)
 {
-    return 3 - std::clamp<int32_t>(motiondetail, kFineMotion, kCoarseMotion);
+    return 3 - static_cast<int32_t>(std::clamp(detail, MotionDetail::kFine, MotionDetail::kCoarse));
 }
 
 // A part of a field made of whole largest blocks, cut at its right and lower edge.
@@ -158,10 +158,9 @@ void FillHoles(const Field& field, int32_t weight)
 
 void MotionInterpolate(MotionState& state, const uint8_t* a, const uint8_t* b, int32_t width,
                        int32_t height, bool interlaced, uint8_t* destination, float t,
-                       int32_t motiondetail)
+                       MotionDetail detail)
 {
-    const Run run{
-        state, a, b, destination, width, height, interlaced ? 2 : 1, LevelsOf(motiondetail)};
+    const Run run{state, a, b, destination, width, height, interlaced ? 2 : 1, LevelsOf(detail)};
     if (PixelCount(width, height) == 0 || CopiedNearest(run, t)) return;
     MakeRoom(run);
     std::fill(state.written.begin(), state.written.end(), uint8_t{0});
@@ -331,10 +330,9 @@ void WarpAll(const Run& run, float t, WorkerPool* pool)
 
 void MotionInterpolate(MotionState& state, const uint8_t* a, const uint8_t* b, int32_t width,
                        int32_t height, bool interlaced, uint8_t* destination, float t,
-                       int32_t motiondetail, WorkerPool* pool)
+                       MotionDetail detail, WorkerPool* pool)
 {
-    const Run run{
-        state, a, b, destination, width, height, interlaced ? 2 : 1, LevelsOf(motiondetail)};
+    const Run run{state, a, b, destination, width, height, interlaced ? 2 : 1, LevelsOf(detail)};
     if (PixelCount(width, height) == 0 || CopiedNearest(run, t)) return;
     if (height / run.fields == 0) return;
     BuildAllVectors(run, pool);

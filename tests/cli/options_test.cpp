@@ -62,14 +62,15 @@ std::string Told(const ConversionSettings& s)
     out << "limits " << s.limits_are_in_frame << ' ' << s.from_video_frame << ' '
         << s.to_video_frame << "\nchannels " << s.four_channel_options << "\nbits " << std::hex
         << s.conversion_options << std::dec << "\ncodec " << FourCCText(s.codec, true)
-        << "\ninterleave " << s.audio_interleave_factor << "\naudio_search " << s.audio_search
-        << ' ' << (s.audio_file ? s.audio_file : "none") << "\ndata " << s.dv_data_conversion
+        << "\ninterleave " << s.audio_interleave_factor << "\naudio_search " << int(s.audio_search)
+        << ' ' << (s.audio_file ? s.audio_file : "none") << "\ndata " << int(s.dv_data_conversion)
         << "\nencoders " << NameOf(s.dv_encoder) << ", " << NameOf(s.dvcpro_encoder)
         << "\ndecoders " << NameOf(s.dv_decoder) << ", " << NameOf(s.dvcpro_decoder) << "\nop "
-        << FourCCText(s.op, false) << "\nmode " << s.mode << "\nresampling " << s.timeresampling
-        << "\ninterlace " << s.src_interlace << ' ' << s.dst_interlace << "\ndeinterlace first "
-        << s.deinterlace_source_first << "\naspect " << s.src_aspect << ' ' << s.dst_aspect
-        << "\ndetail " << s.motiondetail << "\nformat " << format.kind;
+        << FourCCText(uint32_t(s.op), false) << "\nmode " << int(s.mode) << "\nresampling "
+        << int(s.timeresampling) << "\ninterlace " << int(s.src_interlace) << ' '
+        << int(s.dst_interlace) << "\ndeinterlace first " << s.deinterlace_source_first
+        << "\naspect " << int(s.src_aspect) << ' ' << int(s.dst_aspect) << "\ndetail "
+        << int(s.motiondetail) << "\nformat " << format.kind;
     if (format.kind != kUnknownFormat) out << " space " << format.Space() << ' ' << format.Height();
     return out.str();
 }
@@ -90,15 +91,15 @@ ConversionSettings Defaults()
                            kOptionAudioTrack | kOptionDVCP;
     s.codec = "dvc "_4cc;
     s.audio_interleave_factor = 5;
-    s.audio_search = 1;
+    s.audio_search = CompanionSearch::kByName;
     s.dv_encoder = &Codecs().encoders[1];
     s.dv_decoder = &Codecs().decoders[1];
     s.dvcpro_encoder = &Codecs().encoders[0];
     s.dvcpro_decoder = &Codecs().decoders[0];
-    s.op = kOperationConvert;
-    s.timeresampling = 1;
-    s.src_interlace = 2;
-    s.motiondetail = 2;
+    s.op = Operation::kConvert;
+    s.timeresampling = ResamplingMethod::kBlend;
+    s.src_interlace = FieldOrder::kLowerFirst;
+    s.motiondetail = MotionDetail::kCoarse;
     return s;
 }
 
@@ -108,50 +109,57 @@ TEST(Options, EachSetsItsFieldOfTheSettingsAndNoOther)
     constexpr uint32_t kOfFormats = kOptionOffsets64 | kOptionAudioTrack;
     const std::pair<const char*, std::function<void(S&)>> rows[] = {
         {"", [](S&) {}},
-        {"--to pal", [](S& s) { s.op = kOperationToPAL; }},
-        {"--to NTSC", [](S& s) { s.op = kOperationToNTSC; }},
+        {"--to pal", [](S& s) { s.op = Operation::kToPAL; }},
+        {"--to NTSC", [](S& s) { s.op = Operation::kToNTSC; }},
         {"--to same", [](S&) {}},
-        {"--to ntsc --mode crop", [](S& s) { s.op = kOperationToNTSC, s.mode = 1; }},
-        {"--to pal --mode scale", [](S& s) { s.op = kOperationToPAL; }},
-        {"--to pal --mode letterbox", [](S& s) { s.op = kOperationToPAL, s.mode = 1; }},
-        {"--to pal --mode PanScan", [](S& s) { s.op = kOperationToPAL, s.mode = 2; }},
-        {"--to pal --mode letterbox-panscan", [](S& s) { s.op = kOperationToPAL, s.mode = 3; }},
-        {"--resample nearest", [](S& s) { s.timeresampling = 0; }},
+        {"--to ntsc --mode crop",
+         [](S& s) { s.op = Operation::kToNTSC, s.mode = GeometryMode::kCrop; }},
+        {"--to pal --mode scale", [](S& s) { s.op = Operation::kToPAL; }},
+        {"--to pal --mode letterbox",
+         [](S& s) { s.op = Operation::kToPAL, s.mode = GeometryMode::kLetterBox; }},
+        {"--to pal --mode PanScan",
+         [](S& s) { s.op = Operation::kToPAL, s.mode = GeometryMode::kPanAndScan; }},
+        {"--to pal --mode letterbox-panscan",
+         [](S& s) { s.op = Operation::kToPAL, s.mode = GeometryMode::kLetterBoxPanAndScan; }},
+        {"--resample nearest", [](S& s) { s.timeresampling = ResamplingMethod::kNearest; }},
         {"--resample blend", [](S&) {}},
-        {"--resample Motion", [](S& s) { s.timeresampling = 2; }},
-        {"--resample pulldown", [](S& s) { s.timeresampling = 3; }},
+        {"--resample Motion", [](S& s) { s.timeresampling = ResamplingMethod::kMotion; }},
+        {"--resample pulldown", [](S& s) { s.timeresampling = ResamplingMethod::kPulldown; }},
         {"--to pal --resample pulldown",
          [](S& s) {
-             s.op = kOperationToPAL, s.timeresampling = 3, s.deinterlace_source_first = 1;
+             s.op = Operation::kToPAL, s.timeresampling = ResamplingMethod::kPulldown,
+             s.deinterlace_source_first = 1;
          }},
         {"--to pal --resample pulldown --no-deinterlace-source",
-         [](S& s) { s.op = kOperationToPAL, s.timeresampling = 3; }},
-        {"--detail fine", [](S& s) { s.motiondetail = 0; }},
-        {"--detail medium", [](S& s) { s.motiondetail = 1; }},
+         [](S& s) { s.op = Operation::kToPAL, s.timeresampling = ResamplingMethod::kPulldown; }},
+        {"--detail fine", [](S& s) { s.motiondetail = MotionDetail::kFine; }},
+        {"--detail medium", [](S& s) { s.motiondetail = MotionDetail::kMedium; }},
         {"--detail coarse", [](S&) {}},
         {"--allow-field-order-change",
          [](S& s) { s.conversion_options |= kOptionFieldOrderChange; }},
-        {"--source-interlace progressive", [](S& s) { s.src_interlace = 0; }},
-        {"--source-interlace upper", [](S& s) { s.src_interlace = 1; }},
+        {"--source-interlace progressive",
+         [](S& s) { s.src_interlace = FieldOrder::kProgressive; }},
+        {"--source-interlace upper", [](S& s) { s.src_interlace = FieldOrder::kUpperFirst; }},
         {"--source-interlace lower", [](S&) {}},
         {"--target-interlace same", [](S&) {}},
-        {"--target-interlace upper", [](S& s) { s.dst_interlace = 1; }},
-        {"--target-interlace Lower", [](S& s) { s.dst_interlace = 2; }},
-        {"--target-interlace adaptive", [](S& s) { s.dst_interlace = 3; }},
-        {"--target-interlace blur", [](S& s) { s.dst_interlace = 4; }},
-        {"--source-aspect 4:3", [](S& s) { s.src_aspect = 1; }},
-        {"--source-aspect 16:9", [](S& s) { s.src_aspect = 2; }},
+        {"--target-interlace upper", [](S& s) { s.dst_interlace = FieldTarget::kUpperFirst; }},
+        {"--target-interlace Lower", [](S& s) { s.dst_interlace = FieldTarget::kLowerFirst; }},
+        {"--target-interlace adaptive", [](S& s) { s.dst_interlace = FieldTarget::kAdaptive; }},
+        {"--target-interlace blur", [](S& s) { s.dst_interlace = FieldTarget::kBlur; }},
+        {"--source-aspect 4:3", [](S& s) { s.src_aspect = Aspect::k4x3; }},
+        {"--source-aspect 16:9", [](S& s) { s.src_aspect = Aspect::k16x9; }},
         {"--source-aspect auto", [](S&) {}},
-        {"--target-aspect 4:3", [](S& s) { s.dst_aspect = 1; }},
-        {"--target-aspect 16:9", [](S& s) { s.dst_aspect = 2; }},
+        {"--target-aspect 4:3", [](S& s) { s.dst_aspect = Aspect::k4x3; }},
+        {"--target-aspect 16:9", [](S& s) { s.dst_aspect = Aspect::k16x9; }},
         {"--target-aspect same", [](S&) {}},
-        {"--data dv", [](S& s) { s.dv_data_conversion = 1; }},
-        {"--data DVCPRO25", [](S& s) { s.dv_data_conversion = 2; }},
+        {"--data dv", [](S& s) { s.dv_data_conversion = DataConversion::kToDV; }},
+        {"--data DVCPRO25", [](S& s) { s.dv_data_conversion = DataConversion::kToDVCPRO25; }},
         {"--lines-486", [](S& s) { s.conversion_options |= kOptionLines486; }},
         {"--interleave 1", [](S& s) { s.audio_interleave_factor = 1; }},
         {"--interleave 30", [](S& s) { s.audio_interleave_factor = 30; }},
-        {"--audio s.wav", [](S& s) { s.audio_search = 2, s.audio_file = "s.wav"; }},
-        {"--no-companion-audio", [](S& s) { s.audio_search = 0; }},
+        {"--audio s.wav",
+         [](S& s) { s.audio_search = CompanionSearch::kInFile, s.audio_file = "s.wav"; }},
+        {"--no-companion-audio", [](S& s) { s.audio_search = CompanionSearch::kNone; }},
         {"--idx1", [](S&) {}},
         {"--no-idx1", [](S& s) { s.conversion_options &= ~uint32_t{kOptionIdx1}; }},
         {"--codec avid-dv --dvcp", [](S& s) { s.codec = "AVdv"_4cc; }},

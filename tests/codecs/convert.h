@@ -7,10 +7,12 @@
 namespace kelvane {
 
 struct Converted {
-    int status;
-    uint32_t consumed, produced;
+    std::optional<size_t> size;
     Bytes output;  // all of it
-    Bytes Made() const { return {output.begin(), output.begin() + produced}; }
+    Bytes Made() const
+    {
+        return {output.begin(), output.begin() + static_cast<ptrdiff_t>(size.value_or(0))};
+    }
 };
 
 // Converts over what `output` holds. Both blocks are of their exact size, so that the sanitizer
@@ -18,9 +20,8 @@ struct Converted {
 inline Converted Convert(Codec& codec, const Bytes& input, const Bytes& output)
 {
     const Bytes exact(input);
-    Converted c{0, static_cast<uint32_t>(input.size()), static_cast<uint32_t>(output.size()),
-                output};
-    c.status = codec.Convert(exact.data(), c.consumed, c.output.data(), c.produced, 0);
+    Converted c{std::nullopt, output};
+    c.size = codec.Convert(exact, c.output);
     return c;
 }
 

@@ -44,10 +44,9 @@ Bytes Drawn(int width, int height, uint32_t space, int noise = kNoise)
 
 Bytes Convert(Codec& codec, std::span<const uint8_t> input, Bytes output)
 {
-    uint32_t inputSize = static_cast<uint32_t>(input.size());
-    uint32_t outputSize = static_cast<uint32_t>(output.size());
-    EXPECT_EQ(kOK, codec.Convert(input.data(), inputSize, output.data(), outputSize, 0));
-    output.resize(outputSize);
+    const std::optional<size_t> size = codec.Convert(input, output);
+    EXPECT_TRUE(size);
+    output.resize(size.value_or(0));
     return output;
 }
 

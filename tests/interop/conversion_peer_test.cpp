@@ -247,9 +247,9 @@ TEST_F(ConversionPeers, AgreeOnClassicHuffYUVFiles)
         film.frames.clear();
         Bytes frame(12 * 720 * 576);
         for (size_t at = 0; at < pictures.size(); at += 576 * format.RowBytes()) {
-            size_t size = 0;
-            ASSERT_EQ(0, encoder.Encode(&pictures[at], frame, size));
-            film.frames.emplace_back(frame.begin(), frame.begin() + ptrdiff_t(size));
+            const std::optional<size_t> size = encoder.Encode(&pictures[at], frame);
+            ASSERT_TRUE(size);
+            film.frames.emplace_back(frame.begin(), frame.begin() + ptrdiff_t(*size));
         }
         const std::string file = film.Build();
         Write("classic.avi", Bytes(file.begin(), file.end()));

@@ -4,13 +4,13 @@
 
 #include <functional>
 
-#include "base/four_cc.h"
 #include "support/test_formats.h"
 
 namespace kelvane {
 namespace {
 
-constexpr uint32_t kOp2PAL = "2PAL"_4cc, kOp2NTS = "2NTS"_4cc, kOpConvert = "CONV"_4cc;
+using enum GeometryMode;
+
 constexpr uint32_t kUntouched = 0xAAAAAAAA;
 
 using Words = std::vector<uint32_t>;
@@ -31,11 +31,10 @@ Words RowNumbers(int32_t width, int32_t height)
 }
 
 struct Geometry {
-    uint32_t op;
-    int32_t mode;
+    GeometryMode mode;
     int32_t width, height;        // of the source
     int32_t to_width, to_height;  // of the destination
-    uint32_t ilace = 0;
+    bool interlaced = false;
 };
 
 // The result in a buffer of twice its size that was filled with kUntouched.
@@ -44,7 +43,7 @@ Words Converted(const Geometry& g, const Words& source)
     Words result(2 * static_cast<size_t>(g.to_width * g.to_height), kUntouched);
     GeometryConvert(reinterpret_cast<const uint8_t*>(source.data()),
                     Raw(kBGRX32, g.width, g.height), Raw(kBGRX32, g.to_width, g.to_height),
-                    reinterpret_cast<uint8_t*>(result.data()), g.op, g.mode, g.ilace);
+                    reinterpret_cast<uint8_t*>(result.data()), g.mode, g.interlaced);
     return result;
 }
 
@@ -70,13 +69,13 @@ TEST(GeometryConvert, HalfLetterBoxStandsWhereItAlwaysStood)
     const Words fields =
         Drawn(720, 480, [](int32_t, int32_t y) { return y % 2 ? 0x22222222 : 0x11111111; });
     const Words flat(fields.size(), 0x33333333);
-    Words rows = FirstColumn({kOp2PAL, 3, 720, 480, 720, 576}, flat);
+    Words rows = FirstColumn({kLetterBoxPanAndScan, 720, 480, 720, 576}, flat);
     ExpectRows(rows, 0, 24, 0, 0);
     ExpectRows(rows, 24, 96, kUntouched, 0);
     ExpectRows(rows, 96, 624, 0x33333333, 0);
     ExpectRows(rows, 624, rows.size(), kUntouched, 0);
 
-    rows = FirstColumn({kOp2PAL, 17, 720, 480, 720, 576, 1}, fields);
+    rows = FirstColumn({kLetterBoxPanAndScan, 720, 480, 720, 576, true}, fields);
     ExpectRows(rows, 24, 96, kUntouched, 0);
     for (size_t y = 96; y < 628; y++) {
         const uint32_t odd = y >= 552 && y < 576 ? 0 : kUntouched;  // the lower bar's odd rows stay
@@ -91,18 +90,18 @@ TEST(GeometryConvert, PanAndScanCutsTheSides)
     // Half a letter box cuts less and stands lower. The last pixel lies a part of the way to the
     // first one that is cut: 10683 / 65536 and 5624 / 65536.
     const struct {
-        int32_t mode;
+        GeometryMode mode;
         int32_t left, right;  // what is kept
         size_t first, end;    // rows of the result
         uint32_t last;
-    } rows[] = {{2, 60, 660, 0, 576, 0x80 + (254 * 5341 >> 16)},
-                {3, 33, 687, 96, 624, 0x80 + (254 * 2812 >> 16)}};
+    } rows[] = {{kPanAndScan, 60, 660, 0, 576, 0x80 + (254 * 5341 >> 16)},
+                {kLetterBoxPanAndScan, 33, 687, 96, 624, 0x80 + (254 * 2812 >> 16)}};
     for (const auto& row : rows) {
         const Words columns = Drawn(720, 480, [&](int32_t x, int32_t) -> uint32_t {
             return x < row.left ? 0x40 : x < row.right ? 0x80 : 0xFF;
         });
-        for (const uint32_t ilace : {0u, row.mode == 2 ? 2u : 0u}) {
-            const Words result = Converted({kOp2PAL, row.mode, 720, 480, 720, 576, ilace}, columns);
+        for (const bool interlaced : {false, row.mode == kPanAndScan}) {
+            const Words result = Converted({row.mode, 720, 480, 720, 576, interlaced}, columns);
             for (size_t i = 720 * row.first; i < 720 * row.end; i++)
                 ASSERT_EQ(i % 720 == 719 ? row.last : 0x80u, result[i]) << i;
             EXPECT_EQ(kUntouched, result[720 * row.end]);
@@ -113,11 +112,11 @@ TEST(GeometryConvert, PanAndScanCutsTheSides)
 TEST(GeometryConvert, ScalesFieldsApart)
 {
     const Words fields = Drawn(720, 576, [](int32_t, int32_t y) { return y % 2 ? 0xFF : 0; });
-    Geometry down{kOp2NTS, 0, 720, 576, 720, 480, 1};
+    Geometry down{kScale, 720, 576, 720, 480, true};
     const Words apart = FirstColumn(down, fields);
     for (size_t y = 0; y < 480; y++)
         ASSERT_EQ(y % 2 ? 0xFFu : 0u, apart[y]) << y;
-    down.ilace = 0;
+    down.interlaced = false;
     // Line 1 of a progressive picture lies at 78643 / 65536: 255 - (510 * 6553 >> 16), rounded.
     EXPECT_EQ(255u + static_cast<uint32_t>((-510 * 6553) >> 16), FirstColumn(down, fields)[1]);
 }
@@ -131,14 +130,15 @@ TEST(GeometryConvert, CutsAndPads)
         size_t end;  // the rows up to here count up by one
     } rows[] = {
         // A letter box adds bars; a crop begins above the picture.
-        {{kOp2PAL, 1, 720, 480, 720, 576, 2}, 48, 0, 528},
-        {{kOp2NTS, 1, 720, 576, 720, 480}, 48, 0, 480},
+        {{kLetterBox, 720, 480, 720, 576, true}, 48, 0, 528},
+        {{kCrop, 720, 576, 720, 480}, 48, 0, 480},
         // Other sizes go by their sizes alone.
-        {{kOpConvert, 2, 4, 480, 4, 480}, 0, 0, 480},
-        {{kOpConvert, 0, 4, 486, 4, 480}, 0, 2, 480},
-        {{kOpConvert, 0, 4, 480, 4, 486}, 2, 0, 482},
-        {{kOp2PAL, 1, 720, 576, 720, 576}, 0, 0, 576},
-        {{kOp2PAL, 1, 4, 480, 4, 486}, 2, 0, 482},
+        {{kPanAndScan, 4, 480, 4, 480}, 0, 0, 480},
+        {{kScale, 4, 486, 4, 480}, 0, 2, 480},
+        {{kScale, 4, 480, 4, 486}, 2, 0, 482},
+        {{kLetterBox, 720, 576, 720, 576}, 0, 0, 576},
+        {{kLetterBox, 4, 480, 4, 486}, 2, 0, 482},
+        {{kCrop, 720, 480, 720, 480}, 0, 0, 480},
     };
     for (const auto& row : rows) {
         const Geometry& g = row.geometry;
@@ -154,11 +154,13 @@ TEST(GeometryConvert, CutsAndPads)
 TEST(GeometryConvert, ScalesFromFourPercentOn)
 {
     // A cut or padded picture keeps row numbers; a scaled one stretches them to its last row.
-    const Geometry scaled[] = {{kOpConvert, 0, 4, 520, 4, 500},
-                               {kOpConvert, 0, 4, 500, 4, 520},
-                               {kOpConvert, 0, 4, 500, 4, 480},
-                               {kOpConvert, 0, 6, 480, 4, 480},
-                               {kOp2PAL, 1, 704, 480, 720, 576}};
+    const Geometry scaled[] = {{kScale, 4, 520, 4, 500},
+                               {kScale, 4, 500, 4, 520},
+                               {kScale, 4, 500, 4, 480},
+                               {kScale, 6, 480, 4, 480},
+                               {kLetterBox, 704, 480, 720, 576},
+                               {kCrop, 720, 480, 720, 576},
+                               {kLetterBoxPanAndScan, 720, 576, 720, 480}};
     for (const Geometry& g : scaled) {
         const auto height = static_cast<size_t>(g.to_height);
         const Words white(static_cast<size_t>(g.width * g.height), 0xFFFFFFFF);

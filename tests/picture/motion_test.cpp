@@ -194,8 +194,8 @@ TEST(BlockMatch, WalksAsTheRulesSay)
     EXPECT_LT(100, moved);
 }
 
-Bytes Interpolated(const Bytes& a, const Bytes& b, int32_t width, float t, int32_t detail = 2,
-                   bool interlaced = false)
+Bytes Interpolated(const Bytes& a, const Bytes& b, int32_t width, float t,
+                   MotionDetail detail = MotionDetail::kCoarse, bool interlaced = false)
 {
     MotionState state;
     Bytes out(a.size(), 0xAA);
@@ -227,10 +227,12 @@ TEST(MotionInterpolate, MovesThePictureHalfWay)
 {
     const Bytes a = MovedHills(128, 128, 0, 0), b = MovedHills(128, 128, 8, -4);
     const Bytes half = MovedHills(128, 128, 4, -2);
-    for (const int32_t detail : {0, 1, 2}) {
+    for (const MotionDetail detail :
+         {MotionDetail::kFine, MotionDetail::kMedium, MotionDetail::kCoarse}) {
         EXPECT_EQ(a, Interpolated(a, a, 128, 0.1f, detail)) << "the same picture stays as it is";
         // Small blocks weigh less against the penalty: a step may fall short.
-        ExpectMiddle(half, Interpolated(a, b, 128, 0.5f, detail), detail == 2 ? 0 : 8, 40);
+        ExpectMiddle(half, Interpolated(a, b, 128, 0.5f, detail),
+                     detail == MotionDetail::kCoarse ? 0 : 8, 40);
     }
 }
 
@@ -240,7 +242,8 @@ TEST(MotionInterpolate, FieldsMoveApart)
         return Drawn(128, 128,
                      [=](int32_t x, int32_t y) { return Hills(y % 2 ? x : x - shift, y / 2 * 2); });
     };
-    ExpectMiddle(drawn(4), Interpolated(drawn(0), drawn(8), 128, 0.5f, 2, true), 0, 0);
+    ExpectMiddle(drawn(4), Interpolated(drawn(0), drawn(8), 128, 0.5f, MotionDetail::kCoarse, true),
+                 0, 0);
 }
 
 TEST(MotionInterpolate, FillsWhatNoPixelReachesWithAPlainMix)
@@ -251,7 +254,8 @@ TEST(MotionInterpolate, FillsWhatNoPixelReachesWithAPlainMix)
     const Bytes b =
         Drawn(128, 96, [](int32_t x, int32_t y) { return Hills(x < 64 ? x - 14 : x + 14, y); });
     Bytes out(a.size());
-    MotionInterpolate(state, a.data(), b.data(), 128, 96, false, out.data(), 0.5f, 2);
+    MotionInterpolate(state, a.data(), b.data(), 128, 96, false, out.data(), 0.5f,
+                      MotionDetail::kCoarse);
     size_t holes = 0;
     for (size_t i = 0; i < state.written.size(); i++) {
         if (state.written[i]) continue;
@@ -283,10 +287,10 @@ TEST(MotionInterpolate, FastFormGivesThePlainBytesOnAnyNumberOfThreads)
             const float t = 0.05f + 0.9f * static_cast<float>(random() % 1000) / 1000;
             ExactBytes slow(a.size()), fast(a.size(), random() % 4);
             plain::MotionInterpolate(slow_state, a.data(), b.data(), size.width, size.height,
-                                     interlaced, slow.data(), t, round % 3);
+                                     interlaced, slow.data(), t, MotionDetail(round % 3));
             WorkerPool pool(1 + round % 8);
             MotionInterpolate(fast_state, a.data(), b.data(), size.width, size.height, interlaced,
-                              fast.data(), t, round % 3, &pool);
+                              fast.data(), t, MotionDetail(round % 3), &pool);
             ASSERT_EQ(slow, fast) << size.width << " by " << size.height << ", round " << round;
         }
 }

@@ -6,7 +6,6 @@
 
 #include "base/byte_cursor.h"
 #include "base/four_cc.h"
-#include "base/status.h"
 #include "codecs/animation/qtrle_format.h"
 #include "codecs/raw/pixel_order.h"
 #include "format/picture_size.h"
@@ -15,7 +14,7 @@ namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kSmallestFrame = 8;  // bytes
+constexpr size_t kSmallestFrame = 8;  // bytes
 
 // How pixels go from the stream to the picture.
 struct RLEPixels {
@@ -104,19 +103,17 @@ const CodecDescriptor& QTRLEDecoder::Descriptor()
     return descriptor;
 }
 
-int QTRLEDecoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                          uint32_t& outputSize, uint32_t)
+std::optional<size_t> QTRLEDecoder::Convert(std::span<const uint8_t> input,
+                                            std::span<uint8_t> output)
 {
-    const uint32_t room = outputSize;
-    outputSize = 0;
     const RLEPixels pixels = PixelsFor(fInput, fOutput);
     const PictureSize size(fOutput, pixels.to);
-    if (pixels.from == 0 || inputSize < kSmallestFrame || !size.FitsIn(room)) return kError;
+    if (pixels.from == 0 || input.size() < kSmallestFrame || !size.FitsIn(output.size()))
+        return std::nullopt;
     if (size.bytes > 0)
-        DecodeFrame(ByteReader({input, inputSize}, ByteOrder::kBig), pixels, {output, size.bytes},
+        DecodeFrame(ByteReader(input, ByteOrder::kBig), pixels, output.first(size.bytes),
                     size.row_bytes);
-    outputSize = static_cast<uint32_t>(size.bytes);
-    return kOK;
+    return size.bytes;
 }
 
 }  // namespace kelvane

@@ -12,11 +12,11 @@ public:
     QTRLEDecoder() : FrameCodec(Descriptor()) {}
     static const CodecDescriptor& Descriptor();
 
-    // 0, with the size of the picture produced; -1 for a frame below 8 bytes, another depth or a
+    // The bytes of the whole picture; nothing for a frame below 8 bytes, another depth or a
     // buffer without room for the picture. A run is cut at the end of its line, and data that end
     // early or leave the line backwards leave the rest of the picture as it was.
-    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
-                uint32_t flags) override;
+    std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                  std::span<uint8_t> output) override;
 };
 
 }  // namespace kelvane

@@ -4,7 +4,6 @@
 
 #include "base/byte_cursor.h"
 #include "base/four_cc.h"
-#include "base/status.h"
 #include "codecs/animation/qtrle_format.h"
 #include "codecs/raw/pixel_order.h"
 #include "format/picture_size.h"
@@ -48,24 +47,22 @@ const CodecDescriptor& QTRLEEncoder::Descriptor()
     return descriptor;
 }
 
-int QTRLEEncoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                          uint32_t& outputSize, uint32_t)
+std::optional<size_t> QTRLEEncoder::Convert(std::span<const uint8_t> input,
+                                            std::span<uint8_t> output)
 {
-    const size_t room = outputSize;
-    outputSize = 0;
     const size_t from = fInput.Space() == kBGR24 ? 3 : 4;
     const size_t to = RLEPixelBytes(fOutput);
     const PictureSize size(fInput, from);
-    if (to == 0 || !size.FitsIn(inputSize) || size.height > UINT16_MAX) return kError;
+    if (to == 0 || !size.FitsIn(input.size()) || size.height > UINT16_MAX) return std::nullopt;
 
     const size_t runs = (size.width + kRLELastLiteral - 1) / kRLELastLiteral;
-    const uint64_t frameSize = kRLEHeaderSize + (2 + runs + size.width * to) * size.height;
-    if (frameSize > room) return kError;
+    const size_t frameSize = kRLEHeaderSize + (2 + runs + size.width * to) * size.height;
+    if (frameSize > output.size()) return std::nullopt;
 
-    WriteHeader({output, kRLEHeaderSize}, frameSize, size.height);
+    WriteHeader(output.first(kRLEHeaderSize), frameSize, size.height);
     const PixelKernel move = KernelFor(from, to);
-    const uint8_t* source = input;
-    uint8_t* at = output + kRLEHeaderSize;
+    const uint8_t* source = input.data();
+    uint8_t* at = output.data() + kRLEHeaderSize;
     for (size_t line = 0; line < size.height; line++) {
         *at++ = 1;  // skips nothing
         for (size_t left = size.width; left > 0;) {
@@ -78,9 +75,7 @@ int QTRLEEncoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* ou
         }
         *at++ = kRLEEndOfLine;
     }
-    inputSize = static_cast<uint32_t>(size.bytes);
-    outputSize = static_cast<uint32_t>(frameSize);
-    return kOK;
+    return frameSize;
 }
 
 }  // namespace kelvane

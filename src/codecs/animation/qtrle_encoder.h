@@ -12,10 +12,10 @@ public:
     QTRLEEncoder() : FrameCodec(Descriptor()) {}
     static const CodecDescriptor& Descriptor();
 
-    // 0, with the size of the frame produced; -1 for another depth, a picture of more than 65535
+    // The size of the frame; nothing for another depth, a picture of more than 65535
     // lines, a short input or a buffer without room for the frame.
-    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
-                uint32_t flags) override;
+    std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                  std::span<uint8_t> output) override;
 };
 
 }  // namespace kelvane

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-#include "base/status.h"
-
 namespace kelvane {
 
-int ReadLengths(ByteReader& text, HuffmanCode& code)
+Status ReadLengths(ByteReader& text, HuffmanCode& code)
 {
     for (size_t symbol = 0; symbol < kSymbols;) {
         const uint8_t run = text.Get8();
@@ -18,7 +16,7 @@ int ReadLengths(ByteReader& text, HuffmanCode& code)
     return kOK;
 }
 
-int AssignCodes(HuffmanCode& code)
+Status AssignCodes(HuffmanCode& code)
 {
     uint64_t next = 0;
     for (unsigned length = kLongestCode; length > 0; length--) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 
 namespace kelvane {
 
@@ -17,12 +18,12 @@ struct HuffmanCode {
 };
 
 // Takes 256 lengths from a run-length text: a byte whose top three bits are a count and low five
-// bits a length, or, with a count of 0, such a byte and the count in the next. -1 when the text
+// bits a length, or, with a count of 0, such a byte and the count in the next. kError when the text
 // ends early or a run goes past symbol 255.
-[[nodiscard]] int ReadLengths(ByteReader& text, HuffmanCode& code);
+Status ReadLengths(ByteReader& text, HuffmanCode& code);
 
 // Counts codes up from 0, longest first and in the order of the symbols within one length. -1
 // unless the lengths make a complete code, one that gives a meaning to every sequence of bits.
-[[nodiscard]] int AssignCodes(HuffmanCode& code);
+Status AssignCodes(HuffmanCode& code);
 
 }  // namespace kelvane

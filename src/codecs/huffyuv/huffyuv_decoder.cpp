@@ -25,7 +25,7 @@ const CodecDescriptor& HuffYUVDecoder::Descriptor()
     return descriptor;
 }
 
-int HuffYUVDecoder::Prepare()
+Status HuffYUVDecoder::Prepare()
 {
     fUsable = false;
     fChanged = false;
@@ -39,20 +39,20 @@ int HuffYUVDecoder::Prepare()
     // Behind the decoded picture there is one of 32 bits a pixel, for YUV to kBGR24.
     const size_t wide = fOutput.Space() == kBGR24 ? 4 * fStream.width : 0;
     const size_t bytes = (fStream.RowBytes() + wide) * fStream.height;
-    const bool direct = (fStream.kind == 16) == toYUV;
-    fBuffer = direct ? nullptr : std::make_unique_for_overwrite<uint8_t[]>(bytes);
+    fDirect = (fStream.kind == 16) == toYUV;
+    fStored = Bytes(fDirect ? 0 : bytes);
     fUsable = true;
     return kOK;
 }
 
-int HuffYUVDecoder::DecodeTo(std::span<const uint8_t> frame, uint8_t* output)
+Status HuffYUVDecoder::DecodeTo(std::span<const uint8_t> frame, uint8_t* output)
 {
     const size_t stored = fStream.PixelBytes();
     const bool yuv = fStream.kind == 16;
-    if (!fBuffer) return fFrames.Decode(frame, output, yuv ? 2 : fOutput.Space() == kBGR24 ? 3 : 4);
-    if (fFrames.Decode(frame, fBuffer.get(), stored) != kOK) return kError;
+    if (fDirect) return fFrames.Decode(frame, output, yuv ? 2 : fOutput.Space() == kBGR24 ? 3 : 4);
+    if (fFrames.Decode(frame, fStored.data(), stored) != kOK) return kError;
     if (!yuv) {
-        BottomUpRgbToYuy2(fBuffer.get(), stored, fStream.width, fStream.height, output);
+        BottomUpRgbToYuy2(fStored.data(), stored, fStream.width, fStream.height, output);
         return kOK;
     }
     ToBottomUpRGB(output);
@@ -66,29 +66,26 @@ void HuffYUVDecoder::ToBottomUpRGB(uint8_t* output)
     const auto height = static_cast<int32_t>(fStream.height);
     const size_t pitch = 4 * fStream.width;
     if (fOutput.Space() != kBGR24) {
-        YuvToRgb(fBuffer.get(), kYUY2, output, kBGRX32, width, height);
+        YuvToRgb(fStored.data(), kYUY2, output, kBGRX32, width, height);
         SwapVertical(output, pitch, height);
         return;
     }
     // Not YuvToRgb's own form of 24 bits, which leaves half of the pixels out.
-    uint8_t* wide = fBuffer.get() + fStream.RowBytes() * fStream.height;
-    YuvToRgb(fBuffer.get(), kYUY2, wide, kBGRX32, width, height);
+    uint8_t* wide = fStored.data() + fStream.RowBytes() * fStream.height;
+    YuvToRgb(fStored.data(), kYUY2, wide, kBGRX32, width, height);
     for (size_t row = fStream.height; row-- > 0; output += 3 * fStream.width)
         DropFourth(wide + row * pitch, output, fStream.width);
 }
 
-int HuffYUVDecoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                            uint32_t& outputSize, uint32_t)
+std::optional<size_t> HuffYUVDecoder::Convert(std::span<const uint8_t> input,
+                                              std::span<uint8_t> output)
 {
-    const size_t room = outputSize;
-    outputSize = 0;
     const uint32_t space = fOutput.Space();
     const PictureSize size(fOutput, space == kBGR24 ? 3 : space == kYUY2 ? 2 : 4);
-    if (!size.FitsIn(room) || !SameSize(fInput, fOutput)) return kError;
-    if (fChanged && Prepare() != kOK) return kError;
-    if (!fUsable || DecodeTo({input, inputSize}, output) != kOK) return kError;
-    outputSize = static_cast<uint32_t>(space == kYUY2 ? 2 * size.bytes : size.bytes);
-    return kOK;
+    if (!size.FitsIn(output.size()) || !SameSize(fInput, fOutput)) return std::nullopt;
+    if (fChanged && Prepare() != kOK) return std::nullopt;
+    if (!fUsable || DecodeTo(input, output.data()) != kOK) return std::nullopt;
+    return size.bytes;
 }
 
 }  // namespace kelvane

@@ -14,19 +14,20 @@ public:
     HuffYUVDecoder() : FrameCodec(Descriptor()) {}
     static const CodecDescriptor& Descriptor();
 
-    // 0, with width * height * 3 produced for kBGR24, * 4 for all others, YUY2 too although it
-    // fills half of that. -1 for a stream that is none, a frame that ends before its picture does
-    // or a buffer without room for the picture.
-    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
-                uint32_t flags) override;
+    // The bytes of the picture; nothing for a stream that is none, a frame that ends before its
+    // picture does or a buffer without room for the picture.
+    std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                  std::span<uint8_t> output) override;
 
 private:
-    int Prepare();
-    int DecodeTo(std::span<const uint8_t> frame, uint8_t* output);
+    Status Prepare();
+    Status DecodeTo(std::span<const uint8_t> frame, uint8_t* output);
     void ToBottomUpRGB(uint8_t* output);
 
     HuffYUVFormat fStream;
     HuffYUVFrameDecoder fFrames;
+    bool fDirect = false;  // the picture is of the stream's own kind
+    Bytes fStored;         // else: a picture of that kind, and what comes between it and the output
     bool fUsable = false;  // as of the last preparation
 };
 

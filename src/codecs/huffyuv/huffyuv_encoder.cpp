@@ -43,7 +43,7 @@ const CodecDescriptor& HuffYUVEncoder::Descriptor()
     return descriptor;
 }
 
-int HuffYUVEncoder::Prepare()
+Status HuffYUVEncoder::Prepare()
 {
     fUsable = false;
     fChanged = false;
@@ -56,10 +56,8 @@ int HuffYUVEncoder::Prepare()
     if (ReadHuffYUVFormat(header, fExtension, fStream) != kOK) return kError;
 
     fFrames.Prepare(fStream);
-    const bool direct = 8 * pixelBytes == static_cast<size_t>(kind) && fInput.Space() != kUYVY;
-    fBuffer = direct
-                  ? nullptr
-                  : std::make_unique_for_overwrite<uint8_t[]>(fStream.RowBytes() * fStream.height);
+    fDirect = 8 * pixelBytes == static_cast<size_t>(kind) && fInput.Space() != kUYVY;
+    fStored = Bytes(fDirect ? 0 : fStream.RowBytes() * fStream.height);
     fOutput.encoded_video.private_data = fExtension.data();
     fOutput.encoded_video.private_size = static_cast<uint32_t>(fExtension.size());
     fUsable = true;
@@ -69,29 +67,23 @@ int HuffYUVEncoder::Prepare()
 // The picture itself, or a copy in the layout that the stream stores.
 const uint8_t* HuffYUVEncoder::InStreamLayout(const uint8_t* input)
 {
-    if (!fBuffer) return input;
+    if (fDirect) return input;
     if (fInput.Space() == kUYVY)
-        SwapPairs(input, fBuffer.get(), fStream.RowBytes() * fStream.height);
+        SwapPairs(input, fStored.data(), fStream.RowBytes() * fStream.height);
     else
         BottomUpRgbToYuy2(input, PixelBytes(fInput.Space()), fStream.width, fStream.height,
-                          fBuffer.get());
-    return fBuffer.get();
+                          fStored.data());
+    return fStored.data();
 }
 
-int HuffYUVEncoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                            uint32_t& outputSize, uint32_t)
+std::optional<size_t> HuffYUVEncoder::Convert(std::span<const uint8_t> input,
+                                              std::span<uint8_t> output)
 {
-    const size_t room = outputSize;
-    outputSize = 0;
     const PictureSize size(fInput, PixelBytes(fInput.Space()));
-    if (!size.FitsIn(inputSize) || !SameSize(fInput, fOutput)) return kError;
-    if (fChanged && Prepare() != kOK) return kError;
-    if (!fUsable) return kError;
-    size_t frameSize = 0;
-    if (fFrames.Encode(InStreamLayout(input), {output, room}, frameSize) != kOK) return kError;
-    inputSize = static_cast<uint32_t>(size.bytes);
-    outputSize = static_cast<uint32_t>(frameSize);
-    return kOK;
+    if (!size.FitsIn(input.size()) || !SameSize(fInput, fOutput)) return std::nullopt;
+    if (fChanged && Prepare() != kOK) return std::nullopt;
+    if (!fUsable) return std::nullopt;
+    return fFrames.Encode(InStreamLayout(input.data()), output);
 }
 
 void ToHuffYUVHeader(const MediaFormat& format, BitmapHeader& header)

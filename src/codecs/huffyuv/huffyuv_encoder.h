@@ -15,19 +15,21 @@ public:
     HuffYUVEncoder() : FrameCodec(Descriptor()) {}
     static const CodecDescriptor& Descriptor();
 
-    // 0, with the size of the frame produced; -1 for a picture that the format cannot hold (an odd
-    // width of YUV), a short input or a buffer without room for the frame, up to 12 bytes a pixel.
+    // The size of the frame; nothing for a picture that the format cannot hold (an odd width of
+    // YUV), a short input or a buffer without room for the frame, up to 12 bytes a pixel.
     // From the first call on the output format names the header extension as its private data.
-    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
-                uint32_t flags) override;
+    std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                  std::span<uint8_t> output) override;
 
 private:
-    int Prepare();
+    Status Prepare();
     const uint8_t* InStreamLayout(const uint8_t* input);
 
     HuffYUVFormat fStream;
     HuffYUVFrameEncoder fFrames;
     Bytes fExtension;
+    bool fDirect = false;  // pictures are of the stream's own kind
+    Bytes fStored;         // else: the picture, brought to it
     bool fUsable = false;  // as of the last preparation
 };
 

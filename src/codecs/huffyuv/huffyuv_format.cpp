@@ -42,7 +42,7 @@ uint8_t MethodOfBitCount(uint16_t bitCount, int kind)
     }
 }
 
-int ReadTables(std::span<const uint8_t> text, HuffYUVFormat& format)
+Status ReadTables(std::span<const uint8_t> text, HuffYUVFormat& format)
 {
     ByteReader reader(text, ByteOrder::kLittle);
     for (HuffmanCode& plane : format.planes)
@@ -50,7 +50,7 @@ int ReadTables(std::span<const uint8_t> text, HuffYUVFormat& format)
     return kOK;
 }
 
-int UseClassicTables(HuffYUVFormat& format)
+Status UseClassicTables(HuffYUVFormat& format)
 {
     for (size_t plane = 0; plane < format.planes.size(); plane++) {
         HuffmanCode& code = format.planes[plane];
@@ -70,8 +70,8 @@ size_t HuffYUVRowStep(size_t height)
     return height > kTallestField ? 2 : 1;
 }
 
-int ReadHuffYUVFormat(const BitmapHeader& header, std::span<const uint8_t> extension,
-                      HuffYUVFormat& format)
+Status ReadHuffYUVFormat(const BitmapHeader& header, std::span<const uint8_t> extension,
+                         HuffYUVFormat& format)
 {
     if (header.width <= 0 || header.height <= 0) return kError;
     if (!extension.empty() && extension.size() < kTextAt) return kError;

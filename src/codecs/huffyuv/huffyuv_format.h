@@ -5,6 +5,7 @@
 #include <span>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 #include "codecs/huffyuv/huffman_code.h"
 #include "format/bitmap_header.h"
 #include "format/media_format.h"
@@ -30,9 +31,9 @@ size_t HuffYUVRowStep(size_t height);
 
 // Reads the header of a stream and the extension, if any, behind it. Without an extension, or when
 // the low three bits of the bit count are set, these bits tell the method and the tables are the
-// classic ones. -1 for kinds, methods and tables that are none.
-[[nodiscard]] int ReadHuffYUVFormat(const BitmapHeader& header, std::span<const uint8_t> extension,
-                                    HuffYUVFormat& format);
+// classic ones. kError for kinds, methods and tables that are none.
+Status ReadHuffYUVFormat(const BitmapHeader& header, std::span<const uint8_t> extension,
+                         HuffYUVFormat& format);
 
 // The extension that goes with a kind and a method that exist, row step by height.
 Bytes MakeHuffYUVExtension(int kind, uint8_t method);

@@ -4,7 +4,6 @@
 #include <bit>
 #include <cstring>
 
-#include "base/status.h"
 #include "codecs/huffyuv/huffyuv_tables.h"
 
 namespace kelvane {
@@ -139,8 +138,8 @@ void HuffYUVFrameDecoder::CopyInStreamOrder(std::span<const uint8_t> frame)
 
 // Calls decodeRow(window, at, end) for each row, the first of which begins `first` bytes later.
 template <class DecodeRow>
-int HuffYUVFrameDecoder::DecodeRows(uint8_t* picture, size_t rowBytes, size_t first,
-                                    DecodeRow decodeRow)
+Status HuffYUVFrameDecoder::DecodeRows(uint8_t* picture, size_t rowBytes, size_t first,
+                                       DecodeRow decodeRow)
 {
     BitWindow window(fStream.data());
     const bool gradient = fFormat.method == kGradient || fFormat.method == kGradientDecorrelated;
@@ -156,7 +155,7 @@ int HuffYUVFrameDecoder::DecodeRows(uint8_t* picture, size_t rowBytes, size_t fi
     return kOK;
 }
 
-int HuffYUVFrameDecoder::DecodeYUV(uint8_t* picture)
+Status HuffYUVFrameDecoder::DecodeYUV(uint8_t* picture)
 {
     const size_t rowBytes = fFormat.RowBytes();
     const size_t step = fFormat.row_step * rowBytes;
@@ -176,7 +175,7 @@ int HuffYUVFrameDecoder::DecodeYUV(uint8_t* picture)
 
 // `pixel` is the first pixel of the stream.
 template <bool kDecorrelated, size_t kFrom, size_t kTo>
-int HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture)
+Status HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture)
 {
     uint8_t b = pixel[0], g = pixel[1], r = pixel[2], a = kFrom == 4 ? pixel[3] : 0;
     const auto store = [&](uint8_t* to) {
@@ -214,7 +213,7 @@ int HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture)
 }
 
 template <bool kDecorrelated>
-int HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture, size_t to)
+Status HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture, size_t to)
 {
     if (fFormat.kind == 24)
         return to == 3 ? DecodeRGB<kDecorrelated, 3, 3>(pixel, picture)
@@ -223,7 +222,8 @@ int HuffYUVFrameDecoder::DecodeRGB(const uint8_t* pixel, uint8_t* picture, size_
                    : DecodeRGB<kDecorrelated, 4, 4>(pixel, picture);
 }
 
-int HuffYUVFrameDecoder::Decode(std::span<const uint8_t> frame, uint8_t* picture, size_t pixelBytes)
+Status HuffYUVFrameDecoder::Decode(std::span<const uint8_t> frame, uint8_t* picture,
+                                   size_t pixelBytes)
 {
     if (frame.size() < kWord) return kError;
     CopyInStreamOrder(frame.subspan(kWord));

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "base/byte_cursor.h"
+#include "base/status.h"
 #include "codecs/huffyuv/bit_window.h"
 #include "codecs/huffyuv/huffman_lookup.h"
 #include "codecs/huffyuv/huffyuv_format.h"
@@ -24,19 +25,20 @@ public:
     void Prepare(const HuffYUVFormat& format);
 
     // Pixels of `pixelBytes` bytes: 2 (YUY2) for kind 16; 3 or 4 for the others, which drops the
-    // fourth byte or makes it 0 where the kind differs. The picture has width * height pixels. -1
-    // when the frame ends before the picture does; what was decoded up to there is in the picture.
-    [[nodiscard]] int Decode(std::span<const uint8_t> frame, uint8_t* picture, size_t pixelBytes);
+    // fourth byte or makes it 0 where the kind differs. The picture has width * height pixels.
+    // kError when the frame ends before the picture does; what was decoded up to there is in the
+    // picture.
+    Status Decode(std::span<const uint8_t> frame, uint8_t* picture, size_t pixelBytes);
 
 private:
     void CopyInStreamOrder(std::span<const uint8_t> frame);
     template <class DecodeRow>
-    int DecodeRows(uint8_t* picture, size_t rowBytes, size_t first, DecodeRow decodeRow);
-    int DecodeYUV(uint8_t* picture);
+    Status DecodeRows(uint8_t* picture, size_t rowBytes, size_t first, DecodeRow decodeRow);
+    Status DecodeYUV(uint8_t* picture);
     template <bool kDecorrelated, size_t kFrom, size_t kTo>
-    int DecodeRGB(const uint8_t* pixel, uint8_t* picture);
+    Status DecodeRGB(const uint8_t* pixel, uint8_t* picture);
     template <bool kDecorrelated>
-    int DecodeRGB(const uint8_t* pixel, uint8_t* picture, size_t to);
+    Status DecodeRGB(const uint8_t* pixel, uint8_t* picture, size_t to);
 
     HuffYUVFormat fFormat;
     std::array<HuffmanLookup, 3> fPlanes;

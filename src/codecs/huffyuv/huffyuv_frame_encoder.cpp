@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/status.h"
 #include "codecs/huffyuv/huffyuv_tables.h"
 
 namespace kelvane {
@@ -155,9 +154,9 @@ void HuffYUVFrameEncoder::PutRow(size_t bytes)
     return plain ? PutRGB<false, 4>(bytes) : PutRGB<true, 4>(bytes);
 }
 
-int HuffYUVFrameEncoder::Encode(const uint8_t* picture, std::span<uint8_t> room, size_t& frameSize)
+std::optional<size_t> HuffYUVFrameEncoder::Encode(const uint8_t* picture, std::span<uint8_t> room)
 {
-    if (room.size() < kWord) return kError;
+    if (room.size() < kWord) return std::nullopt;
     const size_t pixel = fFormat.PixelBytes();
     const size_t first = fFormat.kind == 24 ? pixel : kWord;
     // The first pixel is raw, in kind 24 behind a 0, and predicts the second one.
@@ -184,13 +183,12 @@ int HuffYUVFrameEncoder::Encode(const uint8_t* picture, std::span<uint8_t> room,
             FindResidues(picture, begin, end);
         fWriter.SetNext(fWords.data());
         PutRow(end - begin);
-        if (!flush()) return kError;
+        if (!flush()) return std::nullopt;
     }
     fWriter.SetNext(fWords.data());
     fWriter.Finish();
-    if (!flush()) return kError;
-    frameSize = written;
-    return kOK;
+    if (!flush()) return std::nullopt;
+    return written;
 }
 
 }  // namespace kelvane

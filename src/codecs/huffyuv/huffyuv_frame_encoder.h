@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "base/byte_cursor.h"
@@ -18,8 +19,9 @@ public:
     // `format` as ReadHuffYUVFormat gave it.
     void Prepare(const HuffYUVFormat& format);
 
-    // -1 when the frame does not fit in `room`; noise can take up to 12 bytes a pixel.
-    [[nodiscard]] int Encode(const uint8_t* picture, std::span<uint8_t> room, size_t& frameSize);
+    // The size of the frame; nothing when it does not fit in `room`. Noise can take up to 12 bytes
+    // a pixel.
+    [[nodiscard]] std::optional<size_t> Encode(const uint8_t* picture, std::span<uint8_t> room);
 
 private:
     struct Code {

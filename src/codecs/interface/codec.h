@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <optional>
+#include <span>
 
+#include "base/status.h"
 #include "format/media_format.h"
 
 namespace kelvane {
@@ -16,18 +19,16 @@ public:
     Codec(const Codec&) = delete;
     Codec& operator=(const Codec&) = delete;
 
-    // 0 when the pair is accepted and stored; -1 otherwise, and both formats stay as they were.
-    [[nodiscard]] virtual int SetFormats(const MediaFormat& input, const MediaFormat& output);
+    // kOK when the pair is accepted and stored; else both formats stay as they were.
+    virtual Status SetFormats(const MediaFormat& input, const MediaFormat& output) = 0;
     // The same for one side alone.
-    [[nodiscard]] virtual int SetInputFormat(const MediaFormat& format);
-    [[nodiscard]] virtual int SetOutputFormat(const MediaFormat& format);
-    // No class gives this a meaning; always -1.
-    virtual int Reserved(uint32_t word);
-    // Converts one picture or frame. The sizes are those of the buffers on entry, the bytes
-    // consumed and produced on return; an operation that fails for want of room or for bad data
-    // produces 0 bytes. What is answered is told by each class. `flags` is 0.
-    virtual int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                        uint32_t& outputSize, uint32_t flags);
+    virtual Status SetInputFormat(const MediaFormat& format) = 0;
+    virtual Status SetOutputFormat(const MediaFormat& format) = 0;
+    // Converts one picture or frame and answers the bytes made, at the front of `output`; nothing
+    // for want of room, for bad data or for formats that do not go together. Of bad data the part
+    // that could be decoded is in `output`.
+    [[nodiscard]] virtual std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                                        std::span<uint8_t> output) = 0;
 
     const MediaFormat& InputFormat() const { return fInput; }
     // An encoder that has private data to store with the stream names it here, from the first
@@ -35,8 +36,6 @@ public:
     const MediaFormat& OutputFormat() const { return fOutput; }
 
 protected:
-    uint32_t fUnused = 0;  // kept clear; part of the record, no class has a use for it
-    std::unique_ptr<uint8_t[]> fBuffer;
     MediaFormat fInput;
     MediaFormat fOutput;
 };

@@ -4,7 +4,7 @@
 
 namespace kelvane {
 
-int FrameCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
+Status FrameCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
 {
     if (!Matches(fDescriptor.inputs, input) || !Matches(fDescriptor.outputs, output) ||
         !SameSize(input, output))
@@ -15,7 +15,7 @@ int FrameCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
     return kOK;
 }
 
-int FrameCodec::SetInputFormat(const MediaFormat& format)
+Status FrameCodec::SetInputFormat(const MediaFormat& format)
 {
     if (!Matches(fDescriptor.inputs, format)) return kError;
     fInput = format;
@@ -23,7 +23,7 @@ int FrameCodec::SetInputFormat(const MediaFormat& format)
     return kOK;
 }
 
-int FrameCodec::SetOutputFormat(const MediaFormat& format)
+Status FrameCodec::SetOutputFormat(const MediaFormat& format)
 {
     if (!Matches(fDescriptor.outputs, format)) return kError;
     if (fInput.kind != kUnknownFormat && !SameSize(fInput, format)) return kError;

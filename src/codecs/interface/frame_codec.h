@@ -12,11 +12,11 @@ class FrameCodec : public Codec {
 public:
     explicit FrameCodec(const CodecDescriptor& descriptor) : fDescriptor(descriptor) {}
 
-    int SetFormats(const MediaFormat& input, const MediaFormat& output) override;
+    Status SetFormats(const MediaFormat& input, const MediaFormat& output) override;
     // Does not compare sizes: the output format may follow.
-    int SetInputFormat(const MediaFormat& format) override;
+    Status SetInputFormat(const MediaFormat& format) override;
     // Refuses another size than that of the input format, once there is one.
-    int SetOutputFormat(const MediaFormat& format) override;
+    Status SetOutputFormat(const MediaFormat& format) override;
 
 protected:
     bool fChanged = true;  // a format was set since the last preparation

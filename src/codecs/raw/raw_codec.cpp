@@ -4,7 +4,7 @@
 
 namespace kelvane {
 
-int RawCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
+Status RawCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
 {
     if (!TakesInput(input) || !TakesOutput(output)) return kError;
     fInput = input;
@@ -12,14 +12,14 @@ int RawCodec::SetFormats(const MediaFormat& input, const MediaFormat& output)
     return kOK;
 }
 
-int RawCodec::SetInputFormat(const MediaFormat& format)
+Status RawCodec::SetInputFormat(const MediaFormat& format)
 {
     if (!TakesInput(format)) return kError;
     fInput = format;
     return kOK;
 }
 
-int RawCodec::SetOutputFormat(const MediaFormat& format)
+Status RawCodec::SetOutputFormat(const MediaFormat& format)
 {
     if (!TakesOutput(format)) return kError;
     fOutput = format;

@@ -7,9 +7,9 @@ namespace kelvane {
 // A codec between raw pictures. Each side's format is checked by itself; sizes are not compared.
 class RawCodec : public Codec {
 public:
-    int SetFormats(const MediaFormat& input, const MediaFormat& output) override;
-    int SetInputFormat(const MediaFormat& format) override;
-    int SetOutputFormat(const MediaFormat& format) override;
+    Status SetFormats(const MediaFormat& input, const MediaFormat& output) override;
+    Status SetInputFormat(const MediaFormat& format) override;
+    Status SetOutputFormat(const MediaFormat& format) override;
 
 protected:
     virtual bool TakesInput(const MediaFormat& format) const = 0;

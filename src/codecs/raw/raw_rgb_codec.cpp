@@ -1,10 +1,8 @@
 #include "codecs/raw/raw_rgb_codec.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/four_cc.h"
-#include "base/status.h"
 #include "codecs/raw/pixel_order.h"
 #include "picture/packing.h"
 
@@ -72,26 +70,22 @@ bool RawRGBCodec::TakesOutput(const MediaFormat& format) const
     return Matches(Descriptor().outputs, format);
 }
 
-int RawRGBCodec::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                         uint32_t& outputSize, uint32_t)
+std::optional<size_t> RawRGBCodec::Convert(std::span<const uint8_t> input,
+                                           std::span<uint8_t> output)
 {
-    if (fInput.kind != kRawVideo || fOutput.kind != kRawVideo) {
-        inputSize = outputSize = 0;
-        return kError;
-    }
+    if (fInput.kind != kRawVideo || fOutput.kind != kRawVideo) return std::nullopt;
     const Layout from = LayoutOf(fInput);
     const Layout to = LayoutOf(fOutput);
-    if (const PixelKernel kernel = kKernels[from][to]) {
-        const size_t pixels =
-            std::min(inputSize / kLayoutBytes[from], outputSize / kLayoutBytes[to]);
-        kernel(input, output, pixels);
-        inputSize = static_cast<uint32_t>(pixels * kLayoutBytes[from]);
-        outputSize = static_cast<uint32_t>(pixels * kLayoutBytes[to]);
-    } else {
-        inputSize = outputSize = std::min(inputSize, outputSize);
-        if (inputSize > 0) memcpy(output, input, inputSize);
+    const PixelKernel kernel = kKernels[from][to];
+    if (!kernel) {
+        const size_t bytes = std::min(input.size(), output.size());
+        std::ranges::copy(input.first(bytes), output.begin());
+        return bytes;
     }
-    return kError;
+    const size_t pixels =
+        std::min(input.size() / kLayoutBytes[from], output.size() / kLayoutBytes[to]);
+    kernel(input.data(), output.data(), pixels);
+    return pixels * kLayoutBytes[to];
 }
 
 }  // namespace kelvane

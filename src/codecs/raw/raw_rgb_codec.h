@@ -11,10 +11,9 @@ class RawRGBCodec : public RawCodec {
 public:
     static const CodecDescriptor& Descriptor();
 
-    // Converts as many pixels as both buffers hold; the sizes come back as what was used. Always
-    // -1, also after success: deliberate, callers read the sizes.
-    int Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output, uint32_t& outputSize,
-                uint32_t flags) override;
+    // Converts as many pixels as both buffers hold.
+    std::optional<size_t> Convert(std::span<const uint8_t> input,
+                                  std::span<uint8_t> output) override;
 
 protected:
     bool TakesInput(const MediaFormat& format) const override;

@@ -1,9 +1,8 @@
 #include "codecs/raw/yuv_decoder.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "base/four_cc.h"
-#include "base/status.h"
 #include "format/picture_size.h"
 #include "picture/yuv_to_rgb.h"
 
@@ -34,34 +33,26 @@ bool YUVDecoder::TakesOutput(const MediaFormat& format) const
     return Matches(Descriptor().outputs, format);
 }
 
-int YUVDecoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                        uint32_t& outputSize, uint32_t)
+std::optional<size_t> YUVDecoder::Convert(std::span<const uint8_t> input, std::span<uint8_t> output)
 {
     const uint32_t from = fInput.Space();
-    if (from != kYUY2 && from != kUYVY && from != kYUVSigned) return kOK;
+    if (from != kYUY2 && from != kUYVY && from != kYUVSigned) return std::nullopt;
     const ColourSpace to = fOutput.Space() == kBGR24 ? kBGR24 : kBGRX32;
-    const size_t room = outputSize;
     const PictureSize read(fOutput, 2);
-    const PictureSize reported(fOutput, to == kBGR24 ? 3 : 4);
+    const PictureSize made(fOutput, to == kBGR24 ? 3 : 4);
     const PictureSize filled(fOutput, from == kYUVSigned && to == kBGR24 ? 3 : 4);
-    if (!filled.valid || !read.FitsIn(inputSize) || !reported.FitsIn(room)) {
-        inputSize = outputSize = 0;
-        return kOK;
-    }
-    uint8_t* picture = output;
-    if (!filled.FitsIn(room)) {
-        fBuffer = std::make_unique<uint8_t[]>(filled.bytes);
-        picture = fBuffer.get();
-    }
+    if (!filled.valid || !read.FitsIn(input.size()) || !made.FitsIn(output.size()))
+        return std::nullopt;
+    const bool cut = !filled.FitsIn(output.size());
+    if (cut) fFilled.assign(filled.bytes, 0);
+    uint8_t* picture = cut ? fFilled.data() : output.data();
     if (from == kYUVSigned)
-        YuvSignedToRgb(input, picture, to, fOutput.Width(), fOutput.Height());
+        YuvSignedToRgb(input.data(), picture, to, fOutput.Width(), fOutput.Height());
     else
-        YuvToRgb(input, from == kUYVY ? kUYVY : kYUY2, picture, to, fOutput.Width(),
+        YuvToRgb(input.data(), from == kUYVY ? kUYVY : kYUY2, picture, to, fOutput.Width(),
                  fOutput.Height());
-    if (picture != output) memcpy(output, picture, room);
-    inputSize = static_cast<uint32_t>(read.bytes);
-    outputSize = static_cast<uint32_t>(reported.bytes);
-    return kOK;
+    if (cut) std::ranges::copy(std::span(fFilled).first(output.size()), output.begin());
+    return made.bytes;
 }
 
 }  // namespace kelvane

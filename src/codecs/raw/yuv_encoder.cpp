@@ -1,7 +1,6 @@
 #include "codecs/raw/yuv_encoder.h"
 
 #include "base/four_cc.h"
-#include "base/status.h"
 #include "format/picture_size.h"
 #include "picture/rgb_to_yuv.h"
 
@@ -55,24 +54,16 @@ bool YUVEncoder::TakesOutput(const MediaFormat& format) const
     return format.kind == kRawVideo;
 }
 
-int YUVEncoder::Convert(const uint8_t* input, uint32_t& inputSize, uint8_t* output,
-                        uint32_t& outputSize, uint32_t)
+std::optional<size_t> YUVEncoder::Convert(std::span<const uint8_t> input, std::span<uint8_t> output)
 {
     const Conversion convert = ConversionTo(fOutput.Space());
-    if (!convert) return kOK;
-    const bool vyu = fOutput.Space() == kVYU24;
+    if (!convert) return std::nullopt;
     const ColourSpace from = fInput.Space() == kBGR24 ? kBGR24 : kBGRX32;
     const PictureSize read(fOutput, from == kBGR24 ? 3 : 4);
-    const PictureSize written(fOutput, vyu ? 3 : 2);
-    if (!read.FitsIn(inputSize) || !written.FitsIn(outputSize)) {
-        inputSize = outputSize = 0;
-        return kOK;
-    }
-    convert(input, from, output, fOutput.Width(), fOutput.Height(), nullptr);
-    const uint32_t pixels = static_cast<uint32_t>(read.width * read.height);
-    inputSize = vyu ? 4 * pixels : static_cast<uint32_t>(read.bytes);
-    outputSize = 2 * pixels;
-    return kOK;
+    const PictureSize made(fOutput, fOutput.Space() == kVYU24 ? 3 : 2);
+    if (!read.FitsIn(input.size()) || !made.FitsIn(output.size())) return std::nullopt;
+    convert(input.data(), from, output.data(), fOutput.Width(), fOutput.Height(), nullptr);
+    return made.bytes;
 }
 
 }  // namespace kelvane

@@ -14,8 +14,8 @@ constexpr int32_t kLines486 = 486;
 
 bool DestinationIsPAL(const ConversionSettings& settings, const Source& source)
 {
-    if (settings.op == kOperationToPAL) return true;
-    if (settings.op == kOperationToNTSC) return false;
+    if (settings.op == Operation::kToPAL) return true;
+    if (settings.op == Operation::kToNTSC) return false;
     return source.is_pal;
 }
 
@@ -32,7 +32,7 @@ MediaFormat DestinationFormat(const ConversionSettings& settings, const Source& 
 {
     MediaFormat format = settings.destination_format;
     if (format.kind == kUnknownFormat) return DVFormat(pal);
-    if (settings.op == kOperationConvert)
+    if (settings.op == Operation::kConvert)
         format.SetPicture(source.format.Width(), source.format.Height(), source.format.FrameRate());
     AdjustLines(format, settings.conversion_options & kOptionLines486);
     // Frames that are copied stay what they are coded as.

@@ -47,9 +47,10 @@ AudioSetup SoundSetup(const ConversionSettings& settings, const Source& source,
     setup.separate_track = destination.Audio() != nullptr;
     setup.interleave =
         plan.type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
-    setup.companions = settings.audio_search != 0 && source.has_companions;
+    setup.companions = settings.audio_search != CompanionSearch::kNone && source.has_companions;
     setup.source_path = source.path;
-    if (settings.audio_search > 1 && settings.audio_file) setup.companion = settings.audio_file;
+    if (settings.audio_search == CompanionSearch::kInFile && settings.audio_file)
+        setup.companion = settings.audio_file;
     return setup;
 }
 
@@ -143,7 +144,7 @@ Result<> Safely(const Work& work)
 
 Result<> CodecsAreSet(const ConversionSettings& settings)
 {
-    if (settings.dv_data_conversion != kConvertToDVCPRO25 && !settings.dv_encoder)
+    if (settings.dv_data_conversion != DataConversion::kToDVCPRO25 && !settings.dv_encoder)
         return Failure{kError, "DV Encoder is not set."};
     if (!settings.dv_decoder) return Failure{kError, "DV Decoder is not set."};
     return {};

@@ -51,11 +51,11 @@ Result<FrameLoop::Turn> FrameLoop::TakeTurn()
 bool FrameLoop::KeepsDataKind() const
 {
     switch (fSettings.dv_data_conversion) {
-        case kKeepDataKind:
+        case DataConversion::kKeep:
             return true;
-        case kConvertToDV:
+        case DataConversion::kToDV:
             return !fTape.IsDVCPRO();
-        case kConvertToDVCPRO25:
+        case DataConversion::kToDVCPRO25:
             return fTape.IsDVCPRO();
         default:
             return false;
@@ -64,16 +64,18 @@ bool FrameLoop::KeepsDataKind() const
 
 bool FrameLoop::WantsDVCPRO() const
 {
-    const int32_t kind = fSettings.dv_data_conversion;
-    return kind == kConvertToDVCPRO25 || (kind == kKeepDataKind && fTape.IsDVCPRO());
+    const DataConversion kind = fSettings.dv_data_conversion;
+    return kind == DataConversion::kToDVCPRO25 ||
+           (kind == DataConversion::kKeep && fTape.IsDVCPRO());
 }
 
 namespace {
 
 bool KeepsFieldOrder(const ConversionSettings& settings)
 {
-    const int32_t from = settings.src_interlace, to = settings.dst_interlace;
-    return from == 0 || to == 0 || to == from;
+    return settings.src_interlace == FieldOrder::kProgressive ||
+           settings.dst_interlace == FieldTarget::kAsSource ||
+           IsSameOrder(settings.src_interlace, settings.dst_interlace);
 }
 
 }  // namespace
@@ -83,7 +85,8 @@ bool KeepsFieldOrder(const ConversionSettings& settings)
 bool FrameLoop::PassesThrough() const
 {
     return fSource.is_pal == fDestination.is_pal && SameKind(fSource.format, fDestination.format) &&
-           (fSettings.dst_aspect <= 0 || fSettings.dst_aspect == fSettings.src_aspect) &&
+           (fSettings.dst_aspect == Aspect::kAsSource ||
+            fSettings.dst_aspect == fSettings.src_aspect) &&
            SameSize(fSource.format, fDestination.format) && KeepsFieldOrder(fSettings) &&
            KeepsDataKind();
 }

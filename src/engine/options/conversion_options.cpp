@@ -29,6 +29,17 @@ int64_t Limit(const std::string& text, bool inFrames)
     return static_cast<int64_t>(seconds);
 }
 
+// Geometry modes are numbered by operation; the last of each takes all other numbers.
+GeometryMode ModeOf(uint32_t operation, int32_t number)
+{
+    using enum GeometryMode;
+    if (operation == kOperationToNTSC) return number == 0 ? kScale : kCrop;
+    if (operation != kOperationToPAL) return kScale;
+    constexpr GeometryMode kToPAL[] = {kScale, kLetterBox, kPanAndScan};
+    const bool listed = number >= 0 && number < static_cast<int32_t>(std::size(kToPAL));
+    return listed ? kToPAL[number] : kLetterBoxPanAndScan;
+}
+
 uint32_t OptionBits(const ConversionOptions& options)
 {
     const uint32_t selection = options.selection;
@@ -155,21 +166,21 @@ void FillConversionSettings(const ConversionOptions& options, const DVCodecLists
     settings.four_channel_options = ChannelMask(options.channeloptions);
     settings.conversion_options = OptionBits(options);
     settings.audio_interleave_factor = options.aileave;
-    settings.audio_search = 1;
-    settings.dv_data_conversion = options.dataconv;
+    settings.audio_search = CompanionSearch::kByName;
+    settings.dv_data_conversion = static_cast<DataConversion>(options.dataconv);
     settings.dv_encoder = FindByName(codecs.encoders, options.DVencoder);
     settings.dv_decoder = FindByName(codecs.decoders, options.DVdecoder);
     settings.dvcpro_encoder = FindByName(codecs.encoders, options.DVCPROencoder);
     settings.dvcpro_decoder = FindByName(codecs.decoders, options.DVCPROdecoder);
-    settings.op = options.opselection;
-    settings.mode = options.mode;
-    settings.timeresampling = options.blendmode;
-    settings.src_interlace = options.srcint;
-    settings.dst_interlace = options.dstint;
-    const bool pulldown = options.blendmode == 3 && (options.opselection == kOperationToPAL ||
-                                                     options.opselection == kOperationToNTSC);
+    settings.op = static_cast<Operation>(options.opselection);
+    settings.mode = ModeOf(options.opselection, options.mode);
+    settings.timeresampling = static_cast<ResamplingMethod>(options.blendmode);
+    settings.src_interlace = static_cast<FieldOrder>(options.srcint);
+    settings.dst_interlace = static_cast<FieldTarget>(options.dstint);
+    const bool pulldown = settings.timeresampling == ResamplingMethod::kPulldown &&
+                          (settings.op == Operation::kToPAL || settings.op == Operation::kToNTSC);
     settings.deinterlace_source_first = pulldown ? options.deintPD : 0;
-    settings.motiondetail = options.motiondetail;
+    settings.motiondetail = static_cast<MotionDetail>(options.motiondetail);
     ChooseCodec(options, settings);
 }
 

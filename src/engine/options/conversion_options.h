@@ -3,14 +3,21 @@
 #include <cstdint>
 #include <string>
 
+#include "base/four_cc.h"
 #include "codecs/external/dv_codec_entry.h"
 #include "engine/options/conversion_settings.h"
 
 namespace kelvane {
 
+// Operations, `opselection` of the options.
+inline constexpr auto kOperationToPAL = static_cast<uint32_t>(Operation::kToPAL);
+inline constexpr auto kOperationToNTSC = static_cast<uint32_t>(Operation::kToNTSC);
+inline constexpr auto kOperationConvert = static_cast<uint32_t>(Operation::kConvert);
+
 // The options of a run as a person sets them, one member for each key of the settings that bears
-// on a conversion, with its default. The command line and the application fill it; what becomes
-// of it in the engine is decided by FillConversionSettings alone.
+// on a conversion, with its default. Choices are the numbers of menus, as they are kept. The
+// command line and the application fill it; what becomes of it in the engine, and what a number
+// means, is decided by FillConversionSettings alone.
 struct ConversionOptions {
     uint32_t selection = 0;                  // code of the output format, see OutputFormats()
     uint32_t opselection = kOperationToPAL;  // operation

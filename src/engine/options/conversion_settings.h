@@ -2,16 +2,13 @@
 
 #include <cstdint>
 
-#include "base/four_cc.h"
 #include "codecs/external/dv_codec_entry.h"
+#include "engine/options/conversion_choices.h"
 #include "format/media_format.h"
+#include "picture/geometry.h"
+#include "picture/motion_interpolate.h"
 
 namespace kelvane {
-
-// Operations, `op` of the settings.
-inline constexpr uint32_t kOperationToPAL = "2PAL"_4cc;
-inline constexpr uint32_t kOperationToNTSC = "2NTS"_4cc;
-inline constexpr uint32_t kOperationConvert = "CONV"_4cc;
 
 // Bits of `conversion_options`.
 enum ConversionOption : uint32_t {
@@ -28,9 +25,6 @@ enum ConversionOption : uint32_t {
     kOptionLines486 = 0x800000,
     kOptionFieldOrderChange = 0x1000000,
 };
-
-// `dv_data_conversion`.
-enum DataConversion : int32_t { kKeepDataKind = 0, kConvertToDV = 1, kConvertToDVCPRO25 = 2 };
 
 // `type_of_destination` of ConvertFile.
 enum DestinationType : int32_t {
@@ -61,22 +55,22 @@ struct ConversionSettings {
     uint32_t conversion_options = 0;   // ConversionOption bits
     uint32_t codec = 0;  // output compressor, 0 none: a RIFF code for AVI, a QuickTime type else
     int32_t audio_interleave_factor = 0;  // frames between two chunks of a separate audio track
-    int32_t audio_search = 0;             // companion audio: 0 none, 1 by name, other: audio_file
-    const char* audio_file = nullptr;
-    int32_t dv_data_conversion = 0;            // 0 none, 1 to DV, 2 to DVCPRO25
+    CompanionSearch audio_search = CompanionSearch::kNone;
+    const char* audio_file = nullptr;  // searched where audio_search is kInFile
+    DataConversion dv_data_conversion = DataConversion::kKeep;
     const DVCodecEntry* dv_encoder = nullptr;  // null: none is set
     const DVCodecEntry* dv_decoder = nullptr;
     const DVCodecEntry* dvcpro_encoder = nullptr;
     const DVCodecEntry* dvcpro_decoder = nullptr;
-    uint32_t op = 0;             // kOperationToPAL, kOperationToNTSC or kOperationConvert
-    int32_t mode = 0;            // geometry mode, by operation
-    int32_t timeresampling = 0;  // 0 nearest, 1 blend, 2 motion interpolation, 3 pulldown
-    int32_t src_interlace = 0;   // 0 progressive, 1 upper field first, 2 lower field first
-    int32_t dst_interlace = 0;   // 0 as source, 1, 2 as above, 3 adaptive, 4 blur deinterlace
+    Operation op{};
+    GeometryMode mode = GeometryMode::kScale;
+    ResamplingMethod timeresampling = ResamplingMethod::kNearest;
+    FieldOrder src_interlace = FieldOrder::kProgressive;
+    FieldTarget dst_interlace = FieldTarget::kAsSource;
     int32_t deinterlace_source_first = 0;
-    int32_t src_aspect = 0;          // 0 detect, 1 is 4:3, 2 is 16:9
-    int32_t dst_aspect = 0;          // 0 as source
-    int32_t motiondetail = 0;        // 0 fine, 1 medium, 2 coarse
+    Aspect src_aspect = Aspect::kAsSource;  // detected
+    Aspect dst_aspect = Aspect::kAsSource;
+    MotionDetail motiondetail = MotionDetail::kFine;
     MediaFormat destination_format;  // kind 0: DV at the destination's standard
 };
 

@@ -20,7 +20,7 @@ NeighbourPictures PicturesOf(const ResamplingPlan& plan, const NeighbourFrames& 
 
 }  // namespace
 
-FrameMaker::FrameMaker(const MediaFormat& format, bool pal, int32_t motionDetail,
+FrameMaker::FrameMaker(const MediaFormat& format, bool pal, MotionDetail motionDetail,
                        ConversionState& state)
     : fFormat(format),
       fEncoder(format, pal, state),

@@ -27,7 +27,8 @@ struct FrameJob {
 // deinterlacer and codecs can have a history.
 class FrameMaker {
 public:
-    FrameMaker(const MediaFormat& format, bool pal, int32_t motionDetail, ConversionState& state);
+    FrameMaker(const MediaFormat& format, bool pal, MotionDetail motionDetail,
+               ConversionState& state);
 
     Result<> Make(const FrameJob& job);
     // The frame made last; may be edited in place. Empty when its codec gave nothing.

@@ -56,10 +56,8 @@ Result<> PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span
     const size_t pixels = PixelsOf(fFormat);
     const bool narrow = fCodec->OutputFormat().Space() == kBGR24;
     fLastOutput.resize(pixels * 4);
-    auto in = static_cast<uint32_t>(frame.size());
-    auto out = static_cast<uint32_t>(fLastOutput.size());
-    // The result is not looked at: of a damaged frame remains what could be decoded.
-    static_cast<void>(fCodec->Convert(frame.data(), in, fLastOutput.data(), out, 0));
+    // A failed picture passes for a good one: of a damaged frame remains what could be decoded.
+    static_cast<void>(fCodec->Convert(frame, fLastOutput));
     std::ranges::copy(fLastOutput, picture.begin());
     if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
     if (TurnsRows())

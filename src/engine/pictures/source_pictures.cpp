@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "engine/timing/time_position.h"
 #include "format/picture_layout.h"
 #include "picture/adaptive_deinterlace.h"
 #include "picture/geometry.h"
@@ -43,8 +42,8 @@ Result<> SourcePictures::MakeOne(SourceFrame& frame, bool dvcpro, WorkerPool* po
         AdaptiveDeinterlace(fState.deinterlace, fDecoded.data(),
                             static_cast<size_t>(fFrom.Width()) * kBytesOf32Bits, fFrom.Width(),
                             fFrom.Height(), true, pool);
-    GeometryConvert(fDecoded.data(), fFrom, fTo, frame.picture.data(), fSettings.op, fSettings.mode,
-                    static_cast<uint32_t>(fSettings.src_interlace), pool);
+    GeometryConvert(fDecoded.data(), fFrom, fTo, frame.picture.data(), fSettings.mode,
+                    fSettings.src_interlace != FieldOrder::kProgressive, pool);
     frame.has_picture = true;
     return {};
 }

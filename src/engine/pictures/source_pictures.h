@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "engine/options/conversion_choices.h"
 #include "engine/options/conversion_settings.h"
 #include "engine/pictures/conversion_state.h"
 #include "engine/pictures/picture_decoder.h"

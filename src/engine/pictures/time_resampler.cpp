@@ -18,7 +18,7 @@ const uint8_t* At(const NeighbourPictures& pictures, Neighbour which)
 
 }  // namespace
 
-TimeResampler::TimeResampler(int32_t width, int32_t height, int32_t motionDetail,
+TimeResampler::TimeResampler(int32_t width, int32_t height, MotionDetail motionDetail,
                              ConversionState& state)
     : fWidth(width), fHeight(height), fMotionDetail(motionDetail), fState(state)
 {

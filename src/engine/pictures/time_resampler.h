@@ -16,7 +16,7 @@ using NeighbourPictures = std::array<const uint8_t*, 4>;
 // Carries out a resampling plan on 32-bit pictures of the destination's size.
 class TimeResampler {
 public:
-    TimeResampler(int32_t width, int32_t height, int32_t motionDetail, ConversionState& state);
+    TimeResampler(int32_t width, int32_t height, MotionDetail motionDetail, ConversionState& state);
 
     // Makes the output picture. Not for a plan that drops the frame.
     void Make(const ResamplingPlan& plan, const NeighbourPictures& pictures, uint8_t* output);
@@ -30,7 +30,7 @@ private:
     void Deinterlace(const ResamplingPlan& plan, uint8_t* output);
 
     int32_t fWidth, fHeight;
-    int32_t fMotionDetail;
+    MotionDetail fMotionDetail;
     ConversionState& fState;
     std::array<std::vector<uint8_t>, 2> fShifted;  // pictures with one field of a frame earlier
 };

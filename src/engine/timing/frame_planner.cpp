@@ -4,12 +4,20 @@
 
 namespace kelvane {
 
+namespace {
+
+Direction DirectionOf(const ConversionSettings& settings, bool same)
+{
+    if (same) return Direction::kSameStandard;
+    return settings.op == Operation::kToNTSC ? Direction::kToNTSC : Direction::kToPAL;
+}
+
+}  // namespace
+
 FramePlanner::FramePlanner(const ConversionSettings& settings, bool sourceIsPAL,
                            bool destinationIsPAL)
     : fSettings(settings),
-      fDirection(sourceIsPAL == destinationIsPAL   ? 0
-                 : settings.op == kOperationToNTSC ? 1
-                                                   : 2),
+      fDirection(DirectionOf(settings, sourceIsPAL == destinationIsPAL)),
       fTime(settings, sourceIsPAL, destinationIsPAL)
 {
 }

@@ -29,7 +29,7 @@ private:
     ResamplingInput InputAt(int64_t current) const;
 
     const ConversionSettings& fSettings;
-    int32_t fDirection;
+    Direction fDirection;
     TimePosition fTime;
     int64_t fNumber = 0;
     int32_t fDropped = 0;  // by pulldown

@@ -24,8 +24,8 @@ uint64_t PlannedFrames(const ConversionSettings& settings, bool sourceIsPAL, boo
                        uint64_t sourceFrames)
 {
     TimePosition time(settings, sourceIsPAL, destinationIsPAL);
-    const bool drops = sourceIsPAL != destinationIsPAL && settings.op == kOperationToNTSC &&
-                       settings.timeresampling == 3;
+    const bool drops = sourceIsPAL != destinationIsPAL && settings.op == Operation::kToNTSC &&
+                       settings.timeresampling == ResamplingMethod::kPulldown;
     int64_t read = FramesToPrefill(settings);
     uint64_t written = 0;
     for (int64_t output = 0; read - kCentre < static_cast<int64_t>(sourceFrames); output++) {

@@ -1,7 +1,5 @@
 #include "engine/timing/pulldown_plan.h"
 
-#include "engine/timing/time_position.h"
-
 namespace kelvane {
 
 namespace {
@@ -40,13 +38,15 @@ ResamplingPlan PlanMixed(const ResamplingInput& in, const AlikeTest& alike, int6
     Neighbour second = early ? kCurrent : kNext;
     if (swap) second = Forward(second);
     if (!alike(first, second)) return Copy(first);
-    return in.target_interlace == 1 ? Weave(first, second) : Weave(second, first);
+    return in.target_interlace == FieldTarget::kUpperFirst ? Weave(first, second)
+                                                           : Weave(second, first);
 }
 
 // For a source with the upper field first, the first of two pictures gives the even lines.
 ResamplingPlan WeaveBySource(const ResamplingInput& in, Neighbour first, Neighbour second)
 {
-    return in.source_interlace == 1 ? Weave(first, second) : Weave(second, first);
+    return in.source_interlace == FieldOrder::kUpperFirst ? Weave(first, second)
+                                                          : Weave(second, first);
 }
 
 }  // namespace
@@ -88,7 +88,7 @@ ResamplingPlan PlanReversePulldown(const ResamplingInput& in, const AlikeTest& a
         if (!swap) return Copy(kNext);
         // The two field orders fall back on different pictures; deliberate.
         if (!alike(kCurrent, kPrevious))
-            return Copy(in.source_interlace == 1 ? kCurrent : kPrevious);
+            return Copy(in.source_interlace == FieldOrder::kUpperFirst ? kCurrent : kPrevious);
         return WeaveBySource(in, kNext, kCurrent);
     }
     if (!swap) {
@@ -97,8 +97,9 @@ ResamplingPlan PlanReversePulldown(const ResamplingInput& in, const AlikeTest& a
     }
     Neighbour late = kNext, early = kPrevious;
     // Which pair is compared first depends on the field order; deliberate.
-    const bool differ =
-        in.source_interlace == 1 ? !alike(kNext, kPrevious) : !alike(kCurrent, kPrevious);
+    const bool differ = in.source_interlace == FieldOrder::kUpperFirst
+                            ? !alike(kNext, kPrevious)
+                            : !alike(kCurrent, kPrevious);
     if (differ && alike(kNext, kCurrent))
         early = kCurrent;
     else if (differ)

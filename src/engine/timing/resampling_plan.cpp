@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "engine/timing/pulldown_plan.h"
-#include "engine/timing/time_position.h"
 
 namespace kelvane {
 
@@ -27,11 +26,13 @@ int32_t WeightOf(double part)
 
 bool UpperToLower(const ResamplingInput& in)
 {
-    return in.source_interlace == 1 && in.target_interlace == 2;
+    return in.source_interlace == FieldOrder::kUpperFirst &&
+           in.target_interlace == FieldTarget::kLowerFirst;
 }
 bool LowerToUpper(const ResamplingInput& in)
 {
-    return in.source_interlace != 1 && in.target_interlace == 1;
+    return in.source_interlace != FieldOrder::kUpperFirst &&
+           in.target_interlace == FieldTarget::kUpperFirst;
 }
 
 // The output frame falls on a source frame.
@@ -39,14 +40,15 @@ ResamplingPlan PlanAligned(const ResamplingInput& in, const AlikeTest& alike)
 {
     if (!FieldsSwap(in.source_interlace, in.target_interlace)) return Copy(kCurrent);
     if (!alike(kCurrent, kPrevious)) return Copy(kPrevious);
-    return in.source_interlace == 1 ? Weave(kCurrent, kPrevious) : Weave(kPrevious, kCurrent);
+    return in.source_interlace == FieldOrder::kUpperFirst ? Weave(kCurrent, kPrevious)
+                                                          : Weave(kPrevious, kCurrent);
 }
 
 ResamplingPlan PlanProgressive(const ResamplingInput& in, double f, const AlikeTest& alike)
 {
     const Neighbour nearest = f < 0.5 ? kCurrent : kNext;
-    if (in.method == 0 || !alike(kCurrent, kNext)) return Copy(nearest);
-    if (in.method == 1) {
+    if (in.method == ResamplingMethod::kNearest || !alike(kCurrent, kNext)) return Copy(nearest);
+    if (in.method == ResamplingMethod::kBlend) {
         ResamplingPlan plan = Copy(kCurrent);
         plan.base = ResamplingPlan::kMix;
         plan.blend_all = {kNext, std::max(WeightOf(f), 0)};
@@ -62,7 +64,7 @@ ResamplingPlan PlanDeinterlaced(const ResamplingInput& in, double f, const Alike
 {
     const Neighbour late = f >= 0.5 ? kNext : kCurrent;
     const bool middle = f >= 0.25 && f < 0.75;
-    const bool upperFirst = in.source_interlace == 1;
+    const bool upperFirst = in.source_interlace == FieldOrder::kUpperFirst;
     ResamplingPlan plan = upperFirst ? Weave(late, kCurrent) : Weave(kCurrent, late);
     if (plan.even != plan.odd && !alike(plan.even, plan.odd)) plan = Copy(late);
     plan.sel = upperFirst ? !middle : middle;
@@ -79,9 +81,9 @@ ResamplingPlan PlanNearestFields(const ResamplingInput& in, double f, const Alik
     if (UpperToLower(in)) {
         plan = Weave(bySecond, byFirstBack);
         whole = byFirstBack;
-    } else if (in.source_interlace == 1) {
+    } else if (in.source_interlace == FieldOrder::kUpperFirst) {
         plan = Weave(byFirst, bySecond);
-    } else if (in.target_interlace == 1) {
+    } else if (in.target_interlace == FieldTarget::kUpperFirst) {
         plan = Weave(byFirstBack, bySecond);
         whole = byFirstBack;
     } else {
@@ -145,7 +147,8 @@ ResamplingPlan::Blend BlendOf(const ResamplingInput& in, const FieldChoice& fiel
 ResamplingPlan PlanBlendedFields(const ResamplingInput& in, double f, const AlikeTest& alike)
 {
     const BlendChoice choice = ChooseBlend(in, f);
-    const bool firstIsOdd = UpperToLower(in) || (in.source_interlace != 1 && !LowerToUpper(in));
+    const bool firstIsOdd =
+        UpperToLower(in) || (in.source_interlace != FieldOrder::kUpperFirst && !LowerToUpper(in));
     const FieldChoice& even = firstIsOdd ? choice.other : choice.first;
     const FieldChoice& odd = firstIsOdd ? choice.first : choice.other;
     ResamplingPlan plan = Weave(even.main, odd.main);
@@ -164,7 +167,7 @@ ResamplingPlan PlanInterpolatedFields(const ResamplingInput& in, double f, const
     plan.base = ResamplingPlan::kInterpolate;
     plan.fields = true;
     plan.shift_field = swap;
-    plan.shifted_parity = in.source_interlace == 1 ? 1 : 0;
+    plan.shifted_parity = in.source_interlace == FieldOrder::kUpperFirst ? 1 : 0;
     plan.time = static_cast<float>(f);
     return plan;
 }
@@ -173,27 +176,27 @@ ResamplingPlan PlanPicture(const ResamplingInput& in, const AlikeTest& alike, in
 {
     const double f = FractionOf(in.position);
     if (f < 0.001 && in.step == 1.0) return PlanAligned(in, alike);
-    if (in.method == 3) {
-        if (in.direction == 1) return PlanPulldown(in, alike, dropCounter);
-        if (in.direction == 2) return PlanReversePulldown(in, alike);
+    if (in.method == ResamplingMethod::kPulldown) {
+        if (in.direction == Direction::kToNTSC) return PlanPulldown(in, alike, dropCounter);
+        if (in.direction == Direction::kToPAL) return PlanReversePulldown(in, alike);
         return {};  // nothing is written to the picture; deliberate
     }
-    if (in.source_interlace == 0) return PlanProgressive(in, f, alike);
-    if (in.target_interlace >= 3) return PlanDeinterlaced(in, f, alike);
-    if (in.method == 0) return PlanNearestFields(in, f, alike);
-    if (in.method == 1) return PlanBlendedFields(in, f, alike);
+    if (in.source_interlace == FieldOrder::kProgressive) return PlanProgressive(in, f, alike);
+    if (IsDeinterlaced(in.target_interlace)) return PlanDeinterlaced(in, f, alike);
+    if (in.method == ResamplingMethod::kNearest) return PlanNearestFields(in, f, alike);
+    if (in.method == ResamplingMethod::kBlend) return PlanBlendedFields(in, f, alike);
     return PlanInterpolatedFields(in, f, alike);
 }
 
 FinalStep FinalStepOf(const ResamplingInput& in)
 {
-    if (in.source_interlace == 0) return FinalStep::kNone;
+    if (in.source_interlace == FieldOrder::kProgressive) return FinalStep::kNone;
     switch (in.target_interlace) {
-        case 3:
+        case FieldTarget::kAdaptive:
             return FinalStep::kAdaptive;
-        case 4:
+        case FieldTarget::kBlur:
             return FinalStep::kBlur;
-        case 5:
+        case FieldTarget::kFixedBlur:
             return FinalStep::kFixedBlur;
         default:
             return FinalStep::kNone;
@@ -219,13 +222,15 @@ ResamplingPlan Weave(Neighbour even, Neighbour odd)
 FieldOrder OutputFieldOrder(const ResamplingInput& in)
 {
     // Pulldown weaves some frames of the fields of two, also where the source is progressive.
-    const bool pulldown = in.method == 3 && in.direction != 0;
-    const bool source_has_fields = in.source_interlace != 0;
-    const bool deinterlaced = source_has_fields && in.target_interlace >= 3;
+    const bool pulldown =
+        in.method == ResamplingMethod::kPulldown && in.direction != Direction::kSameStandard;
+    const bool source_has_fields = in.source_interlace != FieldOrder::kProgressive;
+    const bool deinterlaced = source_has_fields && IsDeinterlaced(in.target_interlace);
     if (deinterlaced || (!source_has_fields && !pulldown)) return FieldOrder::kProgressive;
-    const bool as_source = in.target_interlace == 0;
-    const int32_t order = as_source ? in.source_interlace : in.target_interlace;
-    return order == 1 ? FieldOrder::kUpperFirst : FieldOrder::kLowerFirst;
+    const bool as_source = in.target_interlace == FieldTarget::kAsSource;
+    const bool upper_first = as_source ? in.source_interlace == FieldOrder::kUpperFirst
+                                       : in.target_interlace == FieldTarget::kUpperFirst;
+    return upper_first ? FieldOrder::kUpperFirst : FieldOrder::kLowerFirst;
 }
 
 bool ResamplingPlan::LooksAt(Neighbour which) const

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "base/television.h"
+#include "engine/options/conversion_choices.h"
 
 namespace kelvane {
 
@@ -11,15 +12,18 @@ namespace kelvane {
 // two ends of a file.
 enum class Neighbour { kPrevious, kCurrent, kNext, kNewest };
 
+// From the source's television standard to the destination's.
+enum class Direction { kSameStandard, kToNTSC, kToPAL };
+
 // What the decision looks at. Positions are in source frames.
 struct ResamplingInput {
     double position = 0;
-    double step = 1;               // source frames an output frame
-    int32_t method = 0;            // 0 nearest, 1 blend, 2 motion interpolation, 3 pulldown
-    int32_t source_interlace = 0;  // 0 progressive, 1 upper, 2 lower field first
-    int32_t target_interlace = 0;  // 0 as source, 1, 2 as above, 3 to 5 deinterlaced
+    double step = 1;  // source frames an output frame
+    ResamplingMethod method = ResamplingMethod::kNearest;
+    FieldOrder source_interlace = FieldOrder::kProgressive;
+    FieldTarget target_interlace = FieldTarget::kAsSource;
     bool allow_field_order_change = false;
-    int32_t direction = 0;  // 0 equal standards, 1 to NTSC, 2 to PAL
+    Direction direction = Direction::kSameStandard;
     int64_t output_index = 0;
     int64_t current_frame_number = 0;
 };

@@ -19,17 +19,17 @@ TimePosition::TimePosition(const ConversionSettings& settings, bool sourceIsPAL,
                            bool destinationIsPAL)
 {
     if (sourceIsPAL != destinationIsPAL) {
-        if (settings.op == kOperationToNTSC) fStep = kStepToNTSC;
-        if (settings.op == kOperationToPAL) fStep = kStepToPAL;
+        if (settings.op == Operation::kToNTSC) fStep = kStepToNTSC;
+        if (settings.op == Operation::kToPAL) fStep = kStepToPAL;
     }
-    const bool pulldown = settings.timeresampling == 3;
+    const bool pulldown = settings.timeresampling == ResamplingMethod::kPulldown;
     // After the rule for equal standards, so that it overrides it; deliberate.
-    if (settings.op == kOperationToPAL && pulldown) {
+    if (settings.op == Operation::kToPAL && pulldown) {
         fStep = kStepReversePulldown;
         fSkips = true;
         fNextSkip = kSkipPeriod;
     }
-    fRepeatsFirst = settings.op == kOperationToNTSC && pulldown &&
+    fRepeatsFirst = settings.op == Operation::kToNTSC && pulldown &&
                     FieldsSwap(settings.src_interlace, settings.dst_interlace);
 }
 

@@ -6,12 +6,6 @@
 
 namespace kelvane {
 
-// True when source and target have opposite field orders.
-constexpr bool FieldsSwap(int32_t source, int32_t target)
-{
-    return (source == 1 && target == 2) || (source == 2 && target == 1);
-}
-
 // Where the output frame being made lies on the source's time axis, in source frames.
 class TimePosition {
 public:

@@ -38,10 +38,8 @@ TEST(RawRGBCodec, RepacksAPixelByTheTable)
                     wanted.push_back(byte == 255 ? byte : static_cast<uint8_t>(byte + i));
             }
             const Converted c = Convert(codec, input, Bytes(5 * kPixels));
-            EXPECT_EQ(kError, c.status);
-            EXPECT_EQ(input.size(), c.consumed);
             ASSERT_EQ(wanted, c.Made());
-            EXPECT_EQ(0, c.output[c.produced]) << "written behind the end";
+            EXPECT_EQ(0, c.output[wanted.size()]) << "written behind the end";
         }
 }
 
@@ -49,59 +47,55 @@ TEST(RawRGBCodec, CountsPixelsByTheSmallerBuffer)
 {
     RawRGBCodec codec;
     ASSERT_EQ(kOK, codec.SetFormats(Raw(kBGR24, 720, 576), Raw(kBGRX32, 720, 576)));
-    const Converted c = Convert(codec, Bytes(9), Bytes(400));
-    EXPECT_EQ(kError, c.status);
-    EXPECT_EQ(9u, c.consumed);
-    EXPECT_EQ(12u, c.produced);
+    EXPECT_EQ(12u, Convert(codec, Bytes(9), Bytes(400)).size);
+    EXPECT_EQ(8u, Convert(codec, Bytes(9), Bytes(11)).size);
     EXPECT_EQ(kError, codec.SetOutputFormat(Raw(kYUY2, 720, 576)));
 }
 
-TEST(YUVCodecs, ReportTheSizesThatCallersKnow)
+TEST(YUVCodecs, FillAPictureOfTheOutputFormat)
 {
-    const struct {
-        uint32_t rgb, yuv;
-        uint32_t rgb_size;  // reported, 8 by 2 pixels
-    } rows[] = {{kBGRX32, kYUY2, 64},     {kBGR24, kYUY2, 48},   {kBGRA32, kUYVY, 64},
-                {kBGR24, kYUVSigned, 48}, {kBGRX32, kVYU24, 64}, {kBGR24, kVYU24, 64}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.rgb << ' ' << row.yuv);
+    for (const auto& [rgb, yuv] : {std::pair(kBGRX32, kYUY2),
+                                   {kBGR24, kYUY2},
+                                   {kBGRA32, kUYVY},
+                                   {kBGR24, kYUVSigned},
+                                   {kBGRX32, kVYU24},
+                                   {kBGR24, kVYU24}}) {
+        SCOPED_TRACE(testing::Message() << rgb << ' ' << yuv);
+        const size_t rgb_size = rgb == kBGR24 ? 48 : 64, yuv_size = yuv == kVYU24 ? 48 : 32;
         YUVEncoder encoder;
-        const MediaFormat rgb = Raw(row.rgb, 8, 2), yuv = Raw(row.yuv, 8, 2);
-        ASSERT_EQ(kOK, encoder.SetFormats(rgb, yuv));
-        const Converted coded = Convert(encoder, Bytes(64, 255), Bytes(64));
-        EXPECT_EQ(kOK, coded.status);
-        EXPECT_EQ(row.rgb_size, coded.consumed);
-        EXPECT_EQ(32u, coded.produced);
-        EXPECT_EQ(row.yuv == kVYU24, coded.output[32] != 0) << "three bytes a pixel are written";
-        const Converted cut = Convert(encoder, Bytes(64), Bytes(31));
-        EXPECT_EQ(kOK, cut.status);
-        EXPECT_EQ(0u, cut.produced);
-        if (row.yuv == kVYU24) continue;
+        ASSERT_EQ(kOK, encoder.SetFormats(Raw(rgb, 8, 2), Raw(yuv, 8, 2)));
+        const Converted coded = Convert(encoder, Bytes(rgb_size, 255), Bytes(64, 7));
+        ASSERT_EQ(yuv_size, coded.size);
+        EXPECT_NE(7, coded.output[yuv_size - 1]);
+        EXPECT_EQ(7, coded.output[yuv_size]);
+        EXPECT_FALSE(Convert(encoder, Bytes(rgb_size), Bytes(yuv_size - 1)).size);
+        EXPECT_FALSE(Convert(encoder, Bytes(rgb_size - 1), Bytes(yuv_size)).size);
+        if (yuv == kVYU24) continue;
 
         YUVDecoder decoder;
-        ASSERT_EQ(kOK, decoder.SetFormats(yuv, rgb));
-        // Room for what is reported is enough, although more would be filled.
-        const Converted back = Convert(decoder, coded.output, Bytes(row.rgb_size));
-        EXPECT_EQ(kOK, back.status);
-        EXPECT_EQ(row.rgb_size, back.produced);
-        EXPECT_EQ(32u, back.consumed);
+        ASSERT_EQ(kOK, decoder.SetFormats(Raw(yuv, 8, 2), Raw(rgb, 8, 2)));
+        // Room for the picture is enough, although more would be filled.
+        const Converted back = Convert(decoder, coded.Made(), Bytes(rgb_size));
+        EXPECT_EQ(rgb_size, back.size);
         EXPECT_NEAR(255, back.output[0], 2);
+        EXPECT_FALSE(Convert(decoder, coded.Made(), Bytes(rgb_size - 1)).size);
+        EXPECT_FALSE(Convert(decoder, Bytes(31), Bytes(64)).size);
     }
 }
 
-TEST(YUVCodecs, AcceptOtherCodesAndDoNothing)
+TEST(YUVCodecs, AcceptOtherCodesAndMakeNothing)
 {
     YUVEncoder encoder;
     ASSERT_EQ(kOK, encoder.SetFormats(Raw(kBGRX32, 8, 2), Raw(0x4000, 8, 2)));
-    const auto does_nothing = [](Codec& codec) {
-        const Converted c = Convert(codec, Bytes(7), Bytes(9, 1));
-        return c.status == kOK && c.consumed == 7 && c.produced == 9 && c.output == Bytes(9, 1);
+    const auto makes_nothing = [](Codec& codec) {
+        const Converted c = Convert(codec, Bytes(100), Bytes(100, 1));
+        return !c.size && c.output == Bytes(100, 1);
     };
-    EXPECT_TRUE(does_nothing(encoder));
+    EXPECT_TRUE(makes_nothing(encoder));
     EXPECT_EQ(kError, encoder.SetInputFormat(Raw(kRGB24, 8, 2)));
     YUVDecoder decoder;
     ASSERT_EQ(kOK, decoder.SetFormats(Raw(kVYU24, 8, 2), Raw(kBGR24, 8, 2)));
-    EXPECT_TRUE(does_nothing(decoder));
+    EXPECT_TRUE(makes_nothing(decoder));
 }
 
 }  // namespace

@@ -92,7 +92,7 @@ Bytes DrawnIn(bool from_pal, bool to_pal, int64_t number)
     MovingPicture(from.width, from.height)
         .DrawFrame(drawn.data(), number, double(from.rate), FieldOrder::kLowerFirst);
     GeometryConvert(drawn.data(), DVFormat(from_pal), DVFormat(to_pal), scaled.data(),
-                    to_pal ? kOperationToPAL : kOperationToNTSC, 0, 2);
+                    GeometryMode::kScale, true);
     const Bytes& result = from_pal == to_pal ? drawn : scaled;
     return Bytes(result.begin(), result.begin() + ptrdiff_t{to.width} * to.height * 4);
 }
@@ -287,19 +287,26 @@ TEST_F(ConversionMatrix, OnlyWhatHasToChangeIsCodedAnew)
     constexpr Row kAspects[] = {{0, 2, false}, {2, 2, true}, {2, 0, true}, {1, 2, false}};
     constexpr Row kData[] = {{1, 1, true}, {1, 2, false}, {2, 2, true}, {2, 1, false}};
     for (const Row& row : kFields)
-        expect("fields", row, dv,
-               [=](Settings& s) { s.src_interlace = row.from, s.dst_interlace = row.to; });
+        expect("fields", row, dv, [=](Settings& s) {
+            s.src_interlace = FieldOrder(row.from);
+            s.dst_interlace = FieldTarget(row.to);
+        });
     for (const Row& row : kAspects)
-        expect("aspects", row, dv,
-               [=](Settings& s) { s.src_aspect = row.from, s.dst_aspect = row.to; });
+        expect("aspects", row, dv, [=](Settings& s) {
+            s.src_aspect = Aspect(row.from);
+            s.dst_aspect = Aspect(row.to);
+        });
     for (const Row& row : kData)
         expect("data", row, row.from == 2 ? dvcpro : dv,
-               [=](Settings& s) { s.dv_data_conversion = row.to; });
-    expect("motion", {0, 2, true}, dv, [](Settings& s) { s.timeresampling = 2; });
-    expect("PAL", {1, 1, true}, dv, [](Settings& s) { s.op = kOperationToPAL; });
-    expect("mode", {0, 1, true}, dv, [](Settings& s) { s.mode = 1; });
+               [=](Settings& s) { s.dv_data_conversion = DataConversion(row.to); });
+    expect("motion", {0, 2, true}, dv,
+           [](Settings& s) { s.timeresampling = ResamplingMethod::kMotion; });
+    expect("PAL", {1, 1, true}, dv, [](Settings& s) { s.op = Operation::kToPAL; });
+    expect("mode", {0, 1, true}, dv, [](Settings& s) { s.mode = GeometryMode::kLetterBox; });
     // The step of reverse pulldown holds for PAL too, and frames are left out.
-    fAdjust = [](Settings& s) { s.op = kOperationToPAL, s.timeresampling = 3; };
+    fAdjust = [](Settings& s) {
+        s.op = Operation::kToPAL, s.timeresampling = ResamplingMethod::kPulldown;
+    };
     EXPECT_EQ(10u, Film(Converted(MakeClip(12), "out")).frames.size());
 }
 

@@ -105,6 +105,30 @@ TEST(ConversionOptions, ChooseCodecsByRowWithTheFormatsOfTheirPictures)
     }
 }
 
+// By operation, and the last one for all other numbers.
+TEST(ConversionOptions, NameTheGeometryModes)
+{
+    using enum GeometryMode;
+    const std::tuple<uint32_t, int32_t, GeometryMode> rows[] = {
+        {kOperationToPAL, 0, kScale},
+        {kOperationToPAL, 1, kLetterBox},
+        {kOperationToPAL, 2, kPanAndScan},
+        {kOperationToPAL, 3, kLetterBoxPanAndScan},
+        {kOperationToPAL, 17, kLetterBoxPanAndScan},
+        {kOperationToPAL, -1, kLetterBoxPanAndScan},
+        {kOperationToNTSC, 0, kScale},
+        {kOperationToNTSC, 1, kCrop},
+        {kOperationToNTSC, -1, kCrop},
+        {kOperationConvert, 1, kScale},
+    };
+    for (const auto& [operation, number, mode] : rows) {
+        ConversionOptions options;
+        options.opselection = operation;
+        options.mode = number;
+        EXPECT_EQ(mode, Filled(options).mode) << FourCCText(operation, false) << ' ' << number;
+    }
+}
+
 TEST(ConversionOptions, DeinterlaceFirstOnlyWithPulldown)
 {
     ConversionOptions options;  // to PAL

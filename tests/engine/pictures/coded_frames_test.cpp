@@ -58,11 +58,11 @@ TEST_F(CodedFrames, SayWhatTheyAreAfterEachConversion)
                                                       : kOperationToNTSC;
                 fOptions.srcint = from, fOptions.dstint = to;
                 fOptions.blendmode = (from + 2 * to) % 3;
-                fOptions.dataconv = kKeepDataKind;
+                fOptions.dataconv = 0;
                 if (!other || to == from) {
                     // In the same system it is this that has frames coded anew.
                     expected.dvcpro = !dvcpro;
-                    fOptions.dataconv = dvcpro ? kConvertToDV : kConvertToDVCPRO25;
+                    fOptions.dataconv = dvcpro ? 1 : 2;
                 }
                 SCOPED_TRACE(testing::PrintToString(std::tuple(from, to, pal, other, dvcpro)));
                 ExpectEachSays(expected, Converted(clip, "out.dv"));
@@ -105,7 +105,9 @@ TEST_F(CodedFrames, KeepTheShapeOfTheFirstFrame)
 {
     const std::string clip = MakeClip("clip.dv", 3, {.wide = true});
     for (const auto& [from, to] : {std::pair{0, 1}, {0, 2}, {2, 1}, {1, 2}}) {
-        fAdjust = [=](ConversionSettings& s) { s.src_aspect = from, s.dst_aspect = to; };
+        fAdjust = [=](ConversionSettings& s) {
+            s.src_aspect = Aspect(from), s.dst_aspect = Aspect(to);
+        };
         ExpectEachSays({true, false, true, L}, Converted(clip, "out.dv"));
     }
     fAdjust = nullptr;

@@ -22,7 +22,7 @@ Bytes Made(const ResamplingPlan& plan, const Bytes& current, const Bytes& next, 
     const Bytes pictures[] = {wide(current), wide(next)};
     const CodecRegistry registry;
     ConversionState state(registry, 1);
-    TimeResampler resampler(width, height, 0, state);
+    TimeResampler resampler(width, height, MotionDetail::kFine, state);
     NeighbourPictures seen{};
     seen[size_t(Neighbour::kCurrent)] = pictures[0].data();
     seen[size_t(Neighbour::kNext)] = pictures[1].data();

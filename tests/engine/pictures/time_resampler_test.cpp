@@ -44,7 +44,7 @@ struct Turn {
     int32_t width, height;
     CodecRegistry registry;
     ConversionState state{registry, 1};
-    TimeResampler resampler{width, height, kCoarseMotion, state};
+    TimeResampler resampler{width, height, MotionDetail::kCoarse, state};
     std::array<Bytes, 4> pictures;
     std::array<Bytes*, 4> shown = {&pictures[0], &pictures[1], &pictures[2], &pictures[3]};
     Bytes output = Bytes(Row() * size_t(height), 255);
@@ -105,7 +105,7 @@ TEST(TimeResampler, ShiftsAFieldOfTheInterpolatedPicturesWithoutTouchingThem)
             }
             MotionState motion;
             plain::MotionInterpolate(motion, from.data(), to.data(), 64, 64, true, expected.data(),
-                                     0.4f, kCoarseMotion);
+                                     0.4f, MotionDetail::kCoarse);
             Plan plan;
             plan.base = Plan::kInterpolate;
             plan.fields = true;

@@ -78,13 +78,13 @@ struct Expectation {
     }
     void Make()
     {
-        const int method = t.in.method;
+        const int method = int(t.in.method);
         if (f < 0.001 && s == 1.0)
             Whole(0);
         else if (i == 0 && method != 3)
             return Progressive();
-        else if (method == 3 && t.in.direction != 0)
-            t.in.direction == 1 ? Pulldown() : ReversePulldown();
+        else if (method == 3 && t.in.direction != Direction::kSameStandard)
+            t.in.direction == Direction::kToNTSC ? Pulldown() : ReversePulldown();
         else if (method == 3)
             return;
         else if (o >= 3)
@@ -109,8 +109,8 @@ struct Expectation {
 
     void Progressive()
     {
-        if (t.in.method == 0 || !t.Alike(K, N)) return Copy(LateF());
-        if (t.in.method == 2) return Move(false, kNone);
+        if (t.in.method == ResamplingMethod::kNearest || !t.Alike(K, N)) return Copy(LateF());
+        if (t.in.method == ResamplingMethod::kMotion) return Move(false, kNone);
         Blend(outcome.even, K, N, int(f * 255), 1);
         outcome.odd = outcome.even;
     }
@@ -193,7 +193,7 @@ struct Expectation {
     }
 
     const Turn& t;
-    const int i = t.in.source_interlace, o = t.in.target_interlace;
+    const int i = int(t.in.source_interlace), o = int(t.in.target_interlace);
     const double s = t.in.step;
     const double f = t.in.position - std::floor(t.in.position + 0.00001), q = f + s / 2;
     const bool swap = (i == 1 && o == 2) || (i == 2 && o == 1);
@@ -241,8 +241,8 @@ bool Agrees(Turn& turn)
     const ResamplingInput& in = turn.in;
     EXPECT_TRUE(agrees) << testing::PrintToString(
         std::tuple("expected", expected.All(), "found", found.All(), "position", in.position,
-                   "step", in.step, "method", in.method, "from", in.source_interlace, "to",
-                   in.target_interlace, "allow", in.allow_field_order_change, "output",
+                   "step", in.step, "method", int(in.method), "from", int(in.source_interlace),
+                   "to", int(in.target_interlace), "allow", in.allow_field_order_change, "output",
                    in.output_index, "pairs", turn.alike_pairs, "pictures", turn.id));
     return agrees;
 }
@@ -256,14 +256,15 @@ constexpr double kUp = 25 / 29.97, kDown = 29.97 / 25;
 bool AgreesForAllPictures(Turn& turn, unsigned patterns)
 {
     for (int orders = 0; orders < 18; orders++) {
-        turn.in.source_interlace = orders / 6;
-        turn.in.target_interlace = orders % 6;
+        turn.in.source_interlace = FieldOrder(orders / 6);
+        turn.in.target_interlace = FieldTarget(orders % 6);
         for (const auto& layout : kLayouts)
             for (unsigned pairs = 0; pairs < patterns; pairs++) {
                 turn.id = layout;
                 turn.alike_pairs = pairs;
                 // With a change of field order pulldown reads four frames ahead: P is never K.
-                if (turn.in.method == 3 && turn.in.direction != 0 && Expectation(turn).swap &&
+                if (turn.in.method == ResamplingMethod::kPulldown &&
+                    turn.in.direction != Direction::kSameStandard && Expectation(turn).swap &&
                     turn.Same(P, K))
                     continue;
                 if (!Agrees(turn)) return false;
@@ -295,7 +296,7 @@ TEST(ResamplingPlan, FollowsTheRulesAtEachPosition)
             for (int variant = 0; variant < 5; variant++) {
                 turn.in.step = step;
                 turn.in.position = position;
-                turn.in.method = variant == 4 ? 1 : variant;
+                turn.in.method = ResamplingMethod(variant == 4 ? 1 : variant);
                 turn.in.allow_field_order_change = variant == 1;
                 ASSERT_TRUE(AgreesForAllPictures(turn, 8));
             }
@@ -304,12 +305,12 @@ TEST(ResamplingPlan, FollowsTheRulesAtEachPosition)
 TEST(ResamplingPlan, FollowsTheRulesInEachPhaseOfBothPulldowns)
 {
     Turn turn{};
-    turn.in.method = 3;
+    turn.in.method = ResamplingMethod::kPulldown;
     for (int i = 0; i < 2 * 6 * 5; i++) {
-        turn.in.direction = 1 + i / 30;
+        turn.in.direction = i < 30 ? Direction::kToNTSC : Direction::kToPAL;
         turn.in.output_index = i / 5 % 6;
         turn.in.current_frame_number = 1 + i % 5;
-        turn.in.step = turn.in.direction == 1 ? kUp : 1.2;
+        turn.in.step = turn.in.direction == Direction::kToNTSC ? kUp : 1.2;
         turn.in.position = double(turn.in.output_index) * turn.in.step;
         ASSERT_TRUE(AgreesForAllPictures(turn, 64));
     }
@@ -321,20 +322,22 @@ TEST(ResamplingPlan, FollowsTheRulesInEachPhaseOfBothPulldowns)
 // longer among the neighbours: after output 5000 only the rules are compared.
 TEST(ResamplingPlan, PulldownDropsOneFrameInAThousandAndShowsTheOthersInOrder)
 {
-    for (const auto& [from, to] : {std::pair{2, 0}, {1, 1}, {1, 2}, {2, 1}, {0, 3}}) {
-        SCOPED_TRACE(testing::Message() << from << " to " << to);
+    for (const auto& [order, target] : {std::pair{2, 0}, {1, 1}, {1, 2}, {2, 1}, {0, 3}}) {
+        SCOPED_TRACE(testing::Message() << order << " to " << target);
+        const auto from = FieldOrder(order);
+        const auto to = FieldTarget(target);
         ConversionSettings settings;
-        settings.op = kOperationToNTSC;
-        settings.timeresampling = 3;
+        settings.op = Operation::kToNTSC;
+        settings.timeresampling = ResamplingMethod::kPulldown;
         settings.src_interlace = from;
         settings.dst_interlace = to;
         TimePosition time(settings, true, false);
         Turn turn{{}, {0, 1, 2, 3}, 63};
         turn.in = {.step = time.Step(),
-                   .method = 3,
+                   .method = ResamplingMethod::kPulldown,
                    .source_interlace = from,
                    .target_interlace = to,
-                   .direction = 1,
+                   .direction = Direction::kToNTSC,
                    .current_frame_number = FieldsSwap(from, to) ? 1 : 0};
         int64_t shown = -1;
         for (int64_t index = 0; index < 12000; index++) {

@@ -16,14 +16,14 @@ namespace kelvane {
 namespace {
 
 enum Method { kNearest, kBlend, kMotion, kPulldown };
-enum Direction { kSameSystem, kUp, kDown };  // 25 to 29.97 frames a second is up
+enum Pace { kSameSystem, kUp, kDown };  // 25 to 29.97 frames a second is up
 enum Fields { kNoFields, kUpper, kLower, kAdaptive };
 
 struct Way {
     int direction, method, from, to;
     bool allow_field_order_change = false;
 
-    bool Swaps() const { return FieldsSwap(from, to); }
+    bool Swaps() const { return FieldsSwap(FieldOrder(from), FieldTarget(to)); }
     bool HasFields() const { return from != kNoFields; }
     bool Deinterlaces() const { return HasFields() && to >= kAdaptive; }
     // Source fields become output fields at another rate.
@@ -114,16 +114,17 @@ template <class Scene>
 std::vector<Picture> PicturesOf(const Way& way, int64_t frames, Scene scene)
 {
     ConversionSettings settings;
-    settings.op = way.direction == kUp     ? kOperationToNTSC
-                  : way.direction == kDown ? kOperationToPAL
-                                           : kOperationConvert;
-    settings.timeresampling = way.method;
-    settings.src_interlace = way.from, settings.dst_interlace = way.to;
+    settings.op = way.direction == kUp     ? Operation::kToNTSC
+                  : way.direction == kDown ? Operation::kToPAL
+                                           : Operation::kConvert;
+    settings.timeresampling = ResamplingMethod(way.method);
+    settings.src_interlace = FieldOrder(way.from);
+    settings.dst_interlace = FieldTarget(way.to);
     TimePosition time(settings, way.direction != kDown, way.direction != kUp);
     ResamplingInput in;
     in.step = time.Step();
-    in.method = way.method, in.direction = way.direction;
-    in.source_interlace = way.from, in.target_interlace = way.to;
+    in.method = settings.timeresampling, in.direction = Direction(way.direction);
+    in.source_interlace = settings.src_interlace, in.target_interlace = settings.dst_interlace;
     in.allow_field_order_change = way.allow_field_order_change;
     std::vector<Picture> pictures;
     int32_t drops = 0;

@@ -10,15 +10,15 @@
 namespace kelvane {
 namespace {
 
-constexpr uint32_t kToPAL = kOperationToPAL, kToNTSC = kOperationToNTSC;
+using enum Operation;
 
-TimePosition Pace(uint32_t operation, int32_t resampling, bool fromPAL, bool toPAL, int32_t to = 0)
+TimePosition Pace(Operation operation, int resampling, bool fromPAL, bool toPAL, int to = 0)
 {
     ConversionSettings settings;
     settings.op = operation;
-    settings.timeresampling = resampling;
-    settings.src_interlace = 2;
-    settings.dst_interlace = to;
+    settings.timeresampling = ResamplingMethod(resampling);
+    settings.src_interlace = FieldOrder::kLowerFirst;
+    settings.dst_interlace = FieldTarget(to);
     return TimePosition(settings, fromPAL, toPAL);
 }
 
@@ -45,7 +45,7 @@ TEST(TimePosition, ReadsNoneOrOneGoingUpAndOneOrTwoGoingDown)
 {
     EXPECT_EQ("001111101111101", Reads(Pace(kToNTSC, 1, true, false), 15));
     EXPECT_EQ("01111121111211112", Reads(Pace(kToPAL, 1, false, true), 17));
-    EXPECT_EQ("0111111", Reads(Pace(kOperationConvert, 3, true, true), 7));
+    EXPECT_EQ("0111111", Reads(Pace(kConvert, 3, true, true), 7));
     EXPECT_EQ("0111111", Reads(Pace(kToNTSC, 3, false, false), 7));
     // Reverse pulldown, for equal systems too.
     for (const bool pal : {true, false})
