@@ -4,6 +4,7 @@
 
 #include "base/status.h"
 #include "base/television.h"
+#include "engine/containers/container.h"
 #include "engine/timing/planned_frames.h"
 
 namespace kelvane {
@@ -52,28 +53,6 @@ MediaFormat TrackFormat(const Source& source)
     return MediaFormat(sound);
 }
 
-CreatedDestination CreateOfType(const DestinationPlan& plan)
-{
-    switch (plan.type) {
-        case kDestinationCanopus1:
-        case kDestinationCanopus2:
-        case kDestinationMatrox:
-        case kDestinationAVI1:
-        case kDestinationAVI1OpenDML:
-        case kDestinationAVI2:
-        case kDestinationAVI2OpenDML:
-        case kDestinationAVI1Reference:
-        case kDestinationAVI2Reference:
-            return CreateAVIDestination(plan);
-        case kDestinationQuickTime:
-            return CreateQuickTimeDestination(plan);
-        case kDestinationRawDV:
-            return CreateRawDVDestination(plan);
-        default:
-            return Failure{kError, kFormatRefused};
-    }
-}
-
 }  // namespace
 
 DestinationPlan PlanDestination(const std::string& path, const ConversionSettings& settings,
@@ -95,8 +74,11 @@ DestinationPlan PlanDestination(const std::string& path, const ConversionSetting
 
 std::vector<std::string> FilesOf(const DestinationPlan& plan)
 {
-    std::vector<std::string> files = AVIMediaFiles(plan);
-    files.insert(files.begin(), plan.path);
+    std::vector<std::string> files = {plan.path};
+    const Container* container = ContainerFor(plan.type);
+    if (container && container->media_files)
+        for (std::string& path : container->media_files(plan))
+            files.push_back(std::move(path));
     return files;
 }
 
@@ -108,7 +90,9 @@ Failure CannotCreate(Status status)
 
 CreatedDestination CreateDestination(const DestinationPlan& plan)
 {
-    CreatedDestination created = CreateOfType(plan);
+    const Container* container = ContainerFor(plan.type);
+    if (!container) return Failure{kError, kFormatRefused};
+    CreatedDestination created = container->create(plan);
     if (created) {
         (*created)->format = plan.format;
         (*created)->is_pal = plan.is_pal;

@@ -1,5 +1,6 @@
 #include "engine/containers/source.h"
 
+#include "engine/containers/container.h"
 #include "platform/files/file_access.h"
 
 namespace kelvane {
@@ -17,20 +18,12 @@ std::string CannotRead(const std::string& path)
 
 OpenedSource OpenSource(const std::string& path)
 {
-    SourceKind kind = DetectFileType(path);
+    const Container* container = ContainerOf(path);
     // A disk may give at the second try what it refused at the first.
-    if (kind == kUnknownSource) kind = DetectFileType(path);
-    switch (kind) {
-        case kAVISource:
-            return OpenAVISource(path);
-        case kQuickTimeSource:
-            return OpenQuickTimeSource(path);
-        case kRawDVSource:
-            return OpenRawDVSource(path);
-        default:
-            return Failure{kError, "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV." +
-                                       CannotRead(path)};
-    }
+    if (!container) container = ContainerOf(path);
+    if (container && container->open) return container->open(path);
+    return Failure{kError,
+                   "Source is not recognized as AVI/QuickTime/Raw DV/ES-3 DV." + CannotRead(path)};
 }
 
 }  // namespace kelvane
