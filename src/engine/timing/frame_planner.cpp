@@ -45,7 +45,7 @@ ResamplingInput FramePlanner::InputAt(int64_t current) const
 
 ResamplingPlan FramePlanner::Plan(int64_t current, const AlikeTest& alike)
 {
-    return DecideResampling(InputAt(current), alike, fDropped);
+    return DecideResampling(InputAt(current), alike);
 }
 
 FieldOrder FramePlanner::Order(int64_t current) const

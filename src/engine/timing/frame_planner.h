@@ -32,7 +32,6 @@ private:
     Direction fDirection;
     TimePosition fTime;
     int64_t fNumber = 0;
-    int32_t fDropped = 0;  // by pulldown
 };
 
 }  // namespace kelvane

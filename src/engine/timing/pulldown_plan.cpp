@@ -56,16 +56,15 @@ bool PulldownDrops(int64_t output_index)
     return output_index > 0 && output_index % kDropPeriod == 0;
 }
 
-ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike, int32_t& dropCounter)
+ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike)
 {
     if (PulldownDrops(in.output_index)) {
-        dropCounter++;
         ResamplingPlan plan;
         plan.base = ResamplingPlan::kDrop;
         return plan;
     }
     const bool swap = FieldsSwap(in.source_interlace, in.target_interlace);
-    const int64_t number = in.current_frame_number - dropCounter;
+    const int64_t number = in.current_frame_number;
     const int64_t phase = in.output_index % 6;
     if (phase == kMixedPhase) return PlanMixed(in, alike, number, swap);
     const Neighbour main = MainPicture(phase, number);

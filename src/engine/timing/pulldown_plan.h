@@ -13,8 +13,7 @@ ResamplingPlan Weave(Neighbour even, Neighbour odd);
 bool PulldownDrops(int64_t output_index);
 
 // "2:3:3:2:2 Pulldown": six output frames of five source frames, or a plan that drops the frame.
-ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike,
-                            int32_t& dropCounter);
+ResamplingPlan PlanPulldown(const ResamplingInput& in, const AlikeTest& alike);
 // Its reverse: five output frames of six source frames.
 ResamplingPlan PlanReversePulldown(const ResamplingInput& in, const AlikeTest& alike);
 

@@ -71,26 +71,26 @@ ResamplingPlan PlanDeinterlaced(const ResamplingInput& in, double f, const Alike
     return plan;
 }
 
+// The picture of the first field: where two scenes meet it stands for the whole frame.
+Neighbour NearestPicture(const ResamplingInput& in, double f)
+{
+    if (UpperToLower(in) || LowerToUpper(in)) return f >= 0.5 ? kCurrent : kPrevious;
+    return f >= 0.5 ? kNext : kCurrent;
+}
+
+// True when the first of the output's fields is on the odd lines.
+bool FirstIsOdd(const ResamplingInput& in)
+{
+    return UpperToLower(in) ||
+           (in.source_interlace != FieldOrder::kUpperFirst && !LowerToUpper(in));
+}
+
 ResamplingPlan PlanNearestFields(const ResamplingInput& in, double f, const AlikeTest& alike)
 {
-    const Neighbour byFirst = f >= 0.5 ? kNext : kCurrent;
-    const Neighbour byFirstBack = f >= 0.5 ? kCurrent : kPrevious;
-    const Neighbour bySecond = f + in.step / 2 >= 1 ? kNext : kCurrent;
-    ResamplingPlan plan;
-    Neighbour whole = byFirst;
-    if (UpperToLower(in)) {
-        plan = Weave(bySecond, byFirstBack);
-        whole = byFirstBack;
-    } else if (in.source_interlace == FieldOrder::kUpperFirst) {
-        plan = Weave(byFirst, bySecond);
-    } else if (in.target_interlace == FieldTarget::kUpperFirst) {
-        plan = Weave(byFirstBack, bySecond);
-        whole = byFirstBack;
-    } else {
-        plan = Weave(bySecond, byFirst);
-    }
-    if (plan.even != plan.odd && !alike(plan.even, plan.odd)) return Copy(whole);
-    return plan;
+    const Neighbour first = NearestPicture(in, f);
+    const Neighbour second = f + in.step / 2 >= 1 ? kNext : kCurrent;
+    if (first != second && !alike(first, second)) return Copy(first);
+    return FirstIsOdd(in) ? Weave(second, first) : Weave(first, second);
 }
 
 // One field of a blended frame: lines of a picture, mixed with those of a partner.
@@ -133,28 +133,31 @@ BlendChoice ChooseBlend(const ResamplingInput& in, double f)
     return {{late, early, e0}, plainCurrent};
 }
 
-ResamplingPlan::Blend BlendOf(const ResamplingInput& in, const FieldChoice& field,
-                              const AlikeTest& alike)
+ResamplingPlan::Blend BlendOf(const ResamplingInput& in, const FieldChoice& field)
 {
     int32_t weight = WeightOf(field.part);
     if (in.allow_field_order_change) weight *= 2;
-    // A partner from another scene is left out, so that no lines mix two scenes.
-    if (field.partner == field.main || weight < kLeastWeight || !alike(field.main, field.partner))
-        return {};
+    if (field.partner == field.main || weight < kLeastWeight) return {};
     return {field.partner, weight};
 }
 
 ResamplingPlan PlanBlendedFields(const ResamplingInput& in, double f, const AlikeTest& alike)
 {
     const BlendChoice choice = ChooseBlend(in, f);
-    const bool firstIsOdd =
-        UpperToLower(in) || (in.source_interlace != FieldOrder::kUpperFirst && !LowerToUpper(in));
-    const FieldChoice& even = firstIsOdd ? choice.other : choice.first;
-    const FieldChoice& odd = firstIsOdd ? choice.first : choice.other;
+    const FieldChoice& even = FirstIsOdd(in) ? choice.other : choice.first;
+    const FieldChoice& odd = FirstIsOdd(in) ? choice.first : choice.other;
     ResamplingPlan plan = Weave(even.main, odd.main);
-    plan.blend_even = BlendOf(in, even, alike);
-    plan.blend_odd = BlendOf(in, odd, alike);
-    return plan;
+    plan.blend_even = BlendOf(in, even);
+    plan.blend_odd = BlendOf(in, odd);
+    // No frame holds two scenes, neither mixed nor field by field.
+    const auto one_scene = [&](Neighbour a, Neighbour b) { return a == b || alike(a, b); };
+    const auto blends_well = [&](Neighbour main, const ResamplingPlan::Blend& blend) {
+        return blend.weight == 0 || one_scene(main, blend.partner);
+    };
+    if (one_scene(plan.even, plan.odd) && blends_well(plan.even, plan.blend_even) &&
+        blends_well(plan.odd, plan.blend_odd))
+        return plan;
+    return Copy(NearestPicture(in, f));
 }
 
 ResamplingPlan PlanInterpolatedFields(const ResamplingInput& in, double f, const AlikeTest& alike)
@@ -172,12 +175,12 @@ ResamplingPlan PlanInterpolatedFields(const ResamplingInput& in, double f, const
     return plan;
 }
 
-ResamplingPlan PlanPicture(const ResamplingInput& in, const AlikeTest& alike, int32_t& dropCounter)
+ResamplingPlan PlanPicture(const ResamplingInput& in, const AlikeTest& alike)
 {
     const double f = FractionOf(in.position);
     if (f < 0.001 && in.step == 1.0) return PlanAligned(in, alike);
     if (in.method == ResamplingMethod::kPulldown) {
-        if (in.direction == Direction::kToNTSC) return PlanPulldown(in, alike, dropCounter);
+        if (in.direction == Direction::kToNTSC) return PlanPulldown(in, alike);
         if (in.direction == Direction::kToPAL) return PlanReversePulldown(in, alike);
         return {};  // nothing is written to the picture; deliberate
     }
@@ -251,10 +254,9 @@ bool ResamplingPlan::LooksAt(Neighbour which) const
     }
 }
 
-ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
-                                int32_t& dropCounter)
+ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike)
 {
-    ResamplingPlan plan = PlanPicture(input, alike, dropCounter);
+    ResamplingPlan plan = PlanPicture(input, alike);
     plan.final_step = FinalStepOf(input);
     return plan;
 }

@@ -69,10 +69,8 @@ struct ResamplingPlan {
     FinalStep final_step = FinalStep::kNone;
 };
 
-// Decides how to make the output picture at a position. `dropCounter` counts the frames dropped by
-// pulldown so far; 0 at first.
-ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike,
-                                int32_t& dropCounter);
+// Decides how to make the output picture at a position.
+ResamplingPlan DecideResampling(const ResamplingInput& input, const AlikeTest& alike);
 
 // How the two fields of the output pictures follow each other.
 FieldOrder OutputFieldOrder(const ResamplingInput& input);

@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kStepToNTSC = 0.8341675008341676;  // 25 / 29.97
 constexpr double kStepToPAL = 1.1987999999999999;   // 29.97 / 25
+constexpr double kStepPulldown = 25.0 / 30;  // exact; the frames that it drops make up for it
 constexpr double kStepReversePulldown = 1.2;
 constexpr double kSkipPeriod = 1000.0;
 constexpr double kSlack = 0.00001;  // keeps 5.9999999 from counting as 5
@@ -18,11 +19,11 @@ constexpr double kFold = 10.0;      // keeps the fraction exact over long files
 TimePosition::TimePosition(const ConversionSettings& settings, bool sourceIsPAL,
                            bool destinationIsPAL)
 {
+    const bool pulldown = settings.timeresampling == ResamplingMethod::kPulldown;
     if (sourceIsPAL != destinationIsPAL) {
-        if (settings.op == Operation::kToNTSC) fStep = kStepToNTSC;
+        if (settings.op == Operation::kToNTSC) fStep = pulldown ? kStepPulldown : kStepToNTSC;
         if (settings.op == Operation::kToPAL) fStep = kStepToPAL;
     }
-    const bool pulldown = settings.timeresampling == ResamplingMethod::kPulldown;
     // After the rule for equal standards, so that it overrides it; deliberate.
     if (settings.op == Operation::kToPAL && pulldown) {
         fStep = kStepReversePulldown;
