@@ -1,11 +1,11 @@
-#include "media/quicktime/qt_formats.h"
+#include "media/quicktime/structure/qt_formats.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "base/four_cc.h"
 #include "base/television.h"
-#include "media/quicktime/qt_fields.h"
+#include "media/quicktime/structure/qt_fields.h"
 
 namespace kelvane {
 
