@@ -110,12 +110,6 @@ private:
     bool fHasTrack = false;
 };
 
-bool IsDVDestination(const MediaFormat& format)
-{
-    return format.kind == kEncodedVideo && (format.encoded_video.encoding == kEncodingDV ||
-                                            format.encoded_video.encoding == kEncodingDVCPRO25);
-}
-
 bool IsReference(int32_t type)
 {
     return type == kDestinationAVI1Reference || type == kDestinationAVI2Reference;
@@ -131,7 +125,7 @@ bool TakesOtherPictures(int32_t type)
 std::unique_ptr<Destination> CreateAVIDestination(const std::string& path,
                                                   const DestinationPlan& plan, std::string& message)
 {
-    const bool dv = IsDVDestination(plan.format);
+    const bool dv = plan.format.IsDV25();
     // References stand for DV frames only. Refused before the file is touched.
     if (!dv && IsReference(plan.type)) {
         message = kFormatRefused;

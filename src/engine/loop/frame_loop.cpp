@@ -109,20 +109,6 @@ bool KeepsFieldOrder(const ConversionSettings& settings)
     return from == 0 || to == 0 || to == from;
 }
 
-bool KeepsDataKind(const ConversionRun& run)
-{
-    switch (run.settings.dv_data_conversion) {
-        case kKeepDataKind:
-            return true;
-        case kConvertToDV:
-            return !run.is_dvcpro;
-        case kConvertToDVCPRO25:
-            return run.is_dvcpro;
-        default:
-            return false;
-    }
-}
-
 // True when the frame can be written as it was read. Raw pictures of the same colour space and
 // size are copied like any other.
 bool PassesThrough(const ConversionRun& run)
@@ -132,7 +118,7 @@ bool PassesThrough(const ConversionRun& run)
            SameKind(run.source.format, run.destination.format) &&
            (settings.dst_aspect <= 0 || settings.dst_aspect == settings.src_aspect) &&
            SameSize(run.source.format, run.destination.format) && KeepsFieldOrder(settings) &&
-           KeepsDataKind(run);
+           settings.MakesDVCPRO25(run.is_dvcpro) == run.is_dvcpro;
 }
 
 // Puts sound and display format into a DV frame.

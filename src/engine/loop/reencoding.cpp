@@ -167,9 +167,7 @@ Status MakePicture(ConversionRun& run, const Neighbours& neighbours, NewestBesid
         return kOK;
     }
     run.resampler.Make(plan, run.picture.data());
-    const int32_t kind = run.settings.dv_data_conversion;
-    const bool dvcpro = kind == kConvertToDVCPRO25 || (kind == kKeepDataKind && run.is_dvcpro);
-    return run.encoder.Encode(run.picture, dvcpro);
+    return run.encoder.Encode(run.picture, run.settings.MakesDVCPRO25(run.is_dvcpro));
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ struct ConversionSettings {
     int32_t audio_interleave_factor = 0;  // frames between two chunks of a separate audio track
     int32_t audio_search = 0;             // companion audio: 0 none, 1 by name, other: audio_file
     const char* audio_file = nullptr;
-    int32_t dv_data_conversion = 0;            // 0 none, 1 to DV, 2 to DVCPRO25
+    int32_t dv_data_conversion = 0;            // DataConversion
     const DVCodecEntry* dv_encoder = nullptr;  // null: none is set
     const DVCodecEntry* dv_decoder = nullptr;
     const DVCodecEntry* dvcpro_encoder = nullptr;
@@ -78,6 +78,13 @@ struct ConversionSettings {
     int32_t dst_aspect = 0;          // 0 as source
     int32_t motiondetail = 0;        // 0 fine, 1 medium, 2 coarse
     MediaFormat destination_format;  // kind 0: DV at the destination's standard
+
+    // True when what was DVCPRO25, or was not, is that afterwards.
+    bool MakesDVCPRO25(bool was) const
+    {
+        return dv_data_conversion == kConvertToDVCPRO25 ||
+               (dv_data_conversion == kKeepDataKind && was);
+    }
 };
 
 }  // namespace kelvane

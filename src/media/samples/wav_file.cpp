@@ -16,27 +16,13 @@ constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, FourCC("RIFF"), kFor
 
 RawAudioFormat RecordOf(const Bytes& body)
 {
-    const auto get = [&body](const HeaderField& field) {
-        return GetField(body, field, ByteOrder::kLittle);
-    };
-    const auto tag = static_cast<uint16_t>(get(kWaveFormat["Format"]));
-    return {.format = SampleFormatOfTag(tag),
-            .ch = static_cast<uint16_t>(get(kWaveFormat["nChannels"])),
-            .bitspersample = static_cast<uint16_t>(get(kWaveFormat["wBitsPerSample"])),
-            .srate = static_cast<int32_t>(get(kWaveFormat["nSamplesPerSec"]))};
+    return LoadWaveFormat(body);
 }
 
 Bytes HeaderOf(const RawAudioFormat& format)
 {
-    const size_t frame = SampleFrameSize(format);
-    Bytes body;
-    ByteWriter writer(body, ByteOrder::kLittle);
-    writer.Put16(TagOfSampleFormat(format.format));
-    writer.Put16(format.ch);
-    writer.Put32(static_cast<uint32_t>(format.srate));
-    writer.Put32(static_cast<uint32_t>(static_cast<uint64_t>(format.srate) * frame));
-    writer.Put16(static_cast<uint16_t>(frame));
-    writer.Put16(format.bitspersample);
+    Bytes body(kWaveFormat.Size());
+    StoreWaveFormat(format, static_cast<uint32_t>(SampleFrameSize(format)), body);
     return body;
 }
 
