@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "base/four_cc.h"
-#include "format/media_format.h"
+#include "platform/codec_modules/dv_setup.h"
 #include "platform/codec_modules/libav/libav_dv_codec.h"
 #include "sample/sample_clip.h"
 
@@ -40,22 +40,12 @@ const Clip& ClipFor(bool pal)
     return pal ? kPALClip : kNTSCClip;
 }
 
-CodecSetup SetupFor(bool pal)
-{
-    CodecSetup setup{};
-    const MediaFormat coded = DVFormat(pal);
-    ToBitmapHeaderEncoded(coded, setup.coded);
-    const RawVideoFormat raw = {kBGRX32, coded.Width(), coded.Height(), coded.FrameRate(), 1, 0};
-    ToBitmapHeaderRaw(MediaFormat(raw), setup.raw);
-    return setup;
-}
-
 OpenedCodec OpenCodec(bool pal, bool decoder)
 {
     OpenedCodec codec;
     for (const CodecDriver& driver : LoadCodecDrivers(CodecFolder()).codecs)
         if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == FourCC("dvsd") &&
-            codec.Open(driver, SetupFor(pal)) == 0)
+            codec.Open(driver, DVSetup(pal, false, kBGRX32)) == 0)
             return codec;
     std::abort();
 }
@@ -85,7 +75,9 @@ void ModuleEncode(benchmark::State& state)
 
 struct Bare {
     explicit Bare(bool pal, bool decoder)
-        : kind(FindDVKind(SetupFor(pal))), frame(av_frame_alloc()), packet(av_packet_alloc())
+        : kind(FindDVKind(DVSetup(pal, false, kBGRX32))),
+          frame(av_frame_alloc()),
+          packet(av_packet_alloc())
     {
         const AVCodec* codec = decoder ? avcodec_find_decoder(AV_CODEC_ID_DVVIDEO)
                                        : avcodec_find_encoder(AV_CODEC_ID_DVVIDEO);

@@ -8,6 +8,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "format/media_format.h"
+#include "platform/codec_modules/dv_setup.h"
 #include "platform/codec_modules/libav/dv_planes.h"
 #include "support/temp_folder.h"
 
@@ -26,12 +27,7 @@ double PSNR(double squares, double count)
 
 OpenedCodec OpenDVCodec(const CodecDrivers& drivers, bool pal, bool decoder)
 {
-    const MediaFormat coded = DVFormat(pal);
-    CodecSetup setup{};
-    ToBitmapHeaderEncoded(coded, setup.coded);
-    ToBitmapHeaderRaw(MediaFormat(RawVideoFormat{kBGRX32, coded.Width(), coded.Height(),
-                                                 coded.FrameRate(), 1, 0}),
-                      setup.raw);
+    const CodecSetup setup = DVSetup(pal, false, kBGRX32);
     OpenedCodec codec;
     for (const CodecDriver& driver : drivers.codecs)
         if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == FourCC("dvsd") &&

@@ -25,12 +25,20 @@ inline constexpr AudioRate kAudioRates[] = {
     {32000, {1264, 1296}, {1053, 1080}},
 };
 
+// At this one a frame can hold four channels, of 12 bits.
+inline constexpr uint32_t kFourChannelRate = 32000;
+
 // Null for a rate that DV frames do not know.
 constexpr const AudioRate* FindAudioRate(uint32_t rate)
 {
     const auto* row =
         std::ranges::find(kAudioRates, rate, [](const AudioRate& r) { return r.rate; });
     return row == std::end(kAudioRates) ? nullptr : row;
+}
+
+constexpr bool IsKnownRate(uint32_t rate)
+{
+    return FindAudioRate(rate) != nullptr;
 }
 
 }  // namespace kelvane

@@ -195,7 +195,7 @@ size_t DIFFrame::ExtractAudio(std::span<uint8_t> samples, uint32_t channelMask)
 {
     AudioInfo info;
     if (!GetAudioInfo(info) || info.samples == 0) return 0;
-    const bool twelve = info.sample_rate == 32000 && info.channels == 4;
+    const bool twelve = info.sample_rate == kFourChannelRate && info.channels == 4;
     const uint32_t mask = channelMask & (twelve ? 15 : 3);
     if (mask == 0) return 0;
     const size_t group = kSampleSize * static_cast<size_t>(std::popcount(mask));
@@ -215,7 +215,7 @@ size_t DIFFrame::EmbedAudio(std::span<const uint8_t> samples, uint32_t rate, uin
     const bool pal = IsPAL();
     const Layout& layout = LayoutFor(pal);
     const size_t count = std::min(samples.size() / kSampleSize / channels, layout.first16.size());
-    const bool four = rate == 32000 && channels > 2;
+    const bool four = rate == kFourChannelRate && channels > 2;
     const Pack source = SourcePack(count, pal, rate, four);
 
     std::vector<uint8_t> padded;

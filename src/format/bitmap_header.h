@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
+
+#include "base/field_table.h"
 
 namespace kelvane {
 
@@ -18,5 +21,25 @@ struct BitmapHeader {
     uint32_t clr_used = 0;
     uint32_t clr_important = 0;
 };
+
+// The same as it stands in files, little-endian. Data of the codec may follow.
+inline constexpr auto kBitmapInfo = HeaderFields<40>({
+    {"dwSize", 0, 4},
+    {"biWidth", 4, 4},
+    {"biHeight", 8, 4},
+    {"biPlanes", 12, 2},
+    {"biBitCount", 14, 2},
+    {"biCompression", 16, 4},
+    {"biSizeImage", 20, 4},
+    {"biXPelsPerMeter", 24, 4},
+    {"biYPelsPerMeter", 28, 4},
+    {"num_colours", 32, 4},
+    {"imp_colours", 36, 4},
+});
+
+// What lies beyond a short body is 0.
+BitmapHeader LoadBitmapHeader(std::span<const uint8_t> body);
+// The body has room for it.
+void StoreBitmapHeader(const BitmapHeader& header, std::span<uint8_t> body);
 
 }  // namespace kelvane

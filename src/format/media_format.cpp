@@ -121,7 +121,7 @@ void MediaFormat::SetPicture(int32_t width, int32_t height, float rate)
     }
 }
 
-MediaFormat DVFormat(bool pal)
+MediaFormat DVFormat(bool pal, VideoEncoding encoding)
 {
     const TelevisionSystem& system = SystemFor(pal);
     EncodedVideoFormat view{};
@@ -130,7 +130,7 @@ MediaFormat DVFormat(bool pal)
     view.h = system.height;
     view.frate = system.rate;
     view.ilace = 1;
-    view.encoding = kEncodingDV;
+    view.encoding = encoding;
     view.bitrate = 28800000.0f;
     view.framesize = system.dv_frame_size;
     return MediaFormat(view);

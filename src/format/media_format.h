@@ -115,13 +115,14 @@ struct MediaFormat {
 
     bool IsVideo() const { return kind == kRawVideo || kind == kEncodedVideo; }
     bool IsAudio() const { return kind == kRawAudio || kind == kEncodedAudio; }
-    // True for an encoded format of DV, DVCPRO25 or DVCPRO50.
-    bool IsDV() const
+    bool IsCodedAs(VideoEncoding encoding) const
     {
-        return kind == kEncodedVideo && (encoded_video.encoding == kEncodingDV ||
-                                         encoded_video.encoding == kEncodingDVCPRO25 ||
-                                         encoded_video.encoding == kEncodingDVCPRO50);
+        return kind == kEncodedVideo && encoded_video.encoding == encoding;
     }
+    // DV of 25 Mbit/s, which is what destinations hold as DV: DV and DVCPRO25.
+    bool IsDV25() const { return IsCodedAs(kEncodingDV) || IsCodedAs(kEncodingDVCPRO25); }
+    // And DVCPRO50.
+    bool IsDV() const { return IsDV25() || IsCodedAs(kEncodingDVCPRO50); }
     // Pixels, lines and frames a second of either video view; 0 for any other kind.
     int32_t Width() const;
     int32_t Height() const;
@@ -132,8 +133,8 @@ struct MediaFormat {
 };
 
 // The format of a DV stream where no header tells more: 720 by 576 at 25 or 720 by 480 at 29.97,
-// 28.8 Mbit/s, encoding DV.
-MediaFormat DVFormat(bool pal);
+// 28.8 Mbit/s.
+MediaFormat DVFormat(bool pal, VideoEncoding encoding = kEncodingDV);
 
 // Writes one line about the format to `out`, standard output when null. A positive `indent` (up to
 // 32) puts that many blanks in front.

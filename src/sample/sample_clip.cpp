@@ -5,8 +5,8 @@
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "dv/dif_frame.h"
-#include "format/media_format.h"
 #include "media/raw_dv/raw_dv_file.h"
+#include "platform/codec_modules/dv_setup.h"
 
 namespace kelvane {
 
@@ -14,13 +14,7 @@ namespace {
 
 OpenedCodec OpenEncoder(const CodecDrivers& codecs, const SampleOptions& options)
 {
-    MediaFormat coded = DVFormat(options.pal);
-    if (options.dvcpro) coded.encoded_video.encoding = kEncodingDVCPRO25;
-    CodecSetup setup{};
-    ToBitmapHeaderEncoded(coded, setup.coded);
-    ToBitmapHeaderRaw(MediaFormat(RawVideoFormat{kBGRX32, coded.Width(), coded.Height(),
-                                                 coded.FrameRate(), 1, 0}),
-                      setup.raw);
+    const CodecSetup setup = DVSetup(options.pal, options.dvcpro, kBGRX32);
     OpenedCodec encoder;
     for (const CodecDriver& driver : codecs.codecs)
         if (!driver.codec.is_decoder && driver.codec.handler == FourCC("dvsd") &&

@@ -96,6 +96,23 @@ TEST(MediaFormat, FillsBitmapHeaders)
     }
 }
 
+TEST(BitmapHeader, StandsInFilesLowByteFirst)
+{
+    const BitmapHeader header = {44, 720, -576, 1, 24, FourCC("HFYU"), 0x01020304, 5, 6, 7, 8};
+    Bytes body(44, 0xEE);
+    StoreBitmapHeader(header, body);
+    EXPECT_EQ(Bytes({44, 0,   0,   0,   0xD0, 2, 0, 0, 0xC0, 0xFD, 0xFF, 0xFF, 1,    0,   24,
+                     0,  'H', 'F', 'Y', 'U',  4, 3, 2, 1,    5,    0,    0,    0,    6,   0,
+                     0,  0,   7,   0,   0,    0, 8, 0, 0,    0,    0xEE, 0xEE, 0xEE, 0xEE}),
+              body);
+    EXPECT_EQ(-576, LoadBitmapHeader(body).height);
+    EXPECT_EQ(header.size_image, LoadBitmapHeader(body).size_image);
+    EXPECT_EQ(8u, LoadBitmapHeader(body).clr_important);
+    const BitmapHeader cut = LoadBitmapHeader(std::span(body).first(14));
+    EXPECT_EQ(720, cut.width);
+    EXPECT_EQ(0, cut.bit_count);
+}
+
 TEST(MediaFormat, MapsSampleFormatsToTagsAndBack)
 {
     for (const uint16_t tag : {1, 2, 3, 6, 7})

@@ -5,6 +5,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "picture/packing.h"
+#include "platform/codec_modules/dv_setup.h"
 
 namespace kelvane {
 
@@ -35,19 +36,6 @@ bool WantsOppositeOrder(const DVCodecEntry& entry, DVCodecRole role)
     return false;
 }
 
-CodecSetup SetupFor(bool pal, bool dvcpro, ColourSpace space)
-{
-    const TelevisionSystem& system = SystemFor(pal);
-    MediaFormat coded = DVFormat(pal);
-    if (dvcpro) coded.encoded_video.encoding = kEncodingDVCPRO25;
-    CodecSetup setup{};
-    ToBitmapHeaderRaw(
-        MediaFormat(RawVideoFormat{space, system.width, system.height, system.rate, 1, 0}),
-        setup.raw);
-    ToBitmapHeaderEncoded(coded, setup.coded);
-    return setup;
-}
-
 }  // namespace
 
 int DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
@@ -64,7 +52,7 @@ int DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
 
 int DVCodecSlot::Open(const DVCodecEntry& entry, bool pal, ColourSpace space)
 {
-    CodecSetup setup = SetupFor(pal, IsDVCPRO(), space);
+    CodecSetup setup = DVSetup(pal, IsDVCPRO(), space);
     setup.threads = fThreads;
     if (entry.flags & kCodecHasQuality) setup.quality = entry.driver.codec.default_quality;
     int status = fCodec.Open(entry.driver, setup);

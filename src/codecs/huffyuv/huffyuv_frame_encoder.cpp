@@ -9,8 +9,7 @@ namespace kelvane {
 
 namespace {
 
-constexpr size_t kWord = 4;         // bytes
-constexpr size_t kMedianAfter = 8;  // bytes of the first predicted row that stay left-predicted
+constexpr size_t kWord = 4;  // bytes
 
 uint8_t Low(unsigned value)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -16,6 +17,9 @@ enum HuffYUVMethod : uint8_t {
     kLeftDecorrelated = 64,
     kGradientDecorrelated = 65,
 };
+
+// With the method median: bytes of the first predicted row that stay left-predicted.
+inline constexpr size_t kMedianAfter = 8;
 
 // The run-length text of the three tables, with its final 00, that a stream of this kind (16, 24
 // or 32 bits a pixel) and method carries. Empty for a pair that does not exist: kind 16 has the

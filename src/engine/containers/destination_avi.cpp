@@ -113,12 +113,6 @@ private:
     bool fHasTrack = false;
 };
 
-bool IsDVDestination(const MediaFormat& format)
-{
-    return format.kind == kEncodedVideo && (format.encoded_video.encoding == kEncodingDV ||
-                                            format.encoded_video.encoding == kEncodingDVCPRO25);
-}
-
 bool IsReference(int32_t type)
 {
     return type == kDestinationAVI1Reference || type == kDestinationAVI2Reference;
@@ -140,7 +134,7 @@ std::vector<std::string> AVIMediaFiles(const DestinationPlan& plan)
 
 CreatedDestination CreateAVIDestination(const DestinationPlan& plan)
 {
-    const bool dv = IsDVDestination(plan.format);
+    const bool dv = plan.format.IsDV25();
     // References stand for DV frames only. Refused before the file is touched.
     if (!dv && IsReference(plan.type)) return Failure{kError, kFormatRefused};
     auto destination = std::make_unique<AVIDestination>(plan);

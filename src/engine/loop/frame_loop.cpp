@@ -48,27 +48,6 @@ Result<FrameLoop::Turn> FrameLoop::TakeTurn()
     return AdvanceAndReport();
 }
 
-bool FrameLoop::KeepsDataKind() const
-{
-    switch (fSettings.dv_data_conversion) {
-        case DataConversion::kKeep:
-            return true;
-        case DataConversion::kToDV:
-            return !fTape.IsDVCPRO();
-        case DataConversion::kToDVCPRO25:
-            return fTape.IsDVCPRO();
-        default:
-            return false;
-    }
-}
-
-bool FrameLoop::WantsDVCPRO() const
-{
-    const DataConversion kind = fSettings.dv_data_conversion;
-    return kind == DataConversion::kToDVCPRO25 ||
-           (kind == DataConversion::kKeep && fTape.IsDVCPRO());
-}
-
 namespace {
 
 bool KeepsFieldOrder(const ConversionSettings& settings)
@@ -88,7 +67,7 @@ bool FrameLoop::PassesThrough() const
            (fSettings.dst_aspect == Aspect::kAsSource ||
             fSettings.dst_aspect == fSettings.src_aspect) &&
            SameSize(fSource.format, fDestination.format) && KeepsFieldOrder(fSettings) &&
-           KeepsDataKind();
+           fSettings.MakesDVCPRO25(fTape.IsDVCPRO()) == fTape.IsDVCPRO();
 }
 
 // Sound and display format are put into the frame itself; where it stands for the next one as well,
@@ -116,7 +95,8 @@ Result<> FrameLoop::Reencode()
     const bool dropped = plan.base == ResamplingPlan::kDrop;
     if (dropped || plan.LooksAt(Neighbour::kNewest))
         if (auto newest = fPictures.Wait(); !newest || dropped) return newest;
-    const Result<> made = fMaker.Make({plan, frames, fPlanner.Order(current), WantsDVCPRO()});
+    const Result<> made = fMaker.Make(
+        {plan, frames, fPlanner.Order(current), fSettings.MakesDVCPRO25(fTape.IsDVCPRO())});
     if (auto newest = fPictures.Wait(); !newest) return newest;
     if (!made) return made;
     if (fPlanner.Number() == 0) fSink.SetStreamHeader(fMaker.StreamHeader());

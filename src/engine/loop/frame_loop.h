@@ -39,8 +39,6 @@ private:
 
     Result<Turn> TakeTurn();
     bool PassesThrough() const;
-    bool KeepsDataKind() const;
-    bool WantsDVCPRO() const;
     Result<> PassOn(SourceFrame& frame);
     Result<> Reencode();
     Turn AdvanceAndReport();

@@ -72,6 +72,13 @@ struct ConversionSettings {
     Aspect dst_aspect = Aspect::kAsSource;
     MotionDetail motiondetail = MotionDetail::kFine;
     MediaFormat destination_format;  // kind 0: DV at the destination's standard
+
+    // True when what was DVCPRO25, or was not, is that afterwards.
+    bool MakesDVCPRO25(bool was) const
+    {
+        return dv_data_conversion == DataConversion::kToDVCPRO25 ||
+               (dv_data_conversion == DataConversion::kKeep && was);
+    }
 };
 
 }  // namespace kelvane

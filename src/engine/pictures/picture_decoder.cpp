@@ -35,8 +35,7 @@ bool PictureDecoder::FindCodec()
     if (fCodec) return true;
     if (fFormat.Space() == 0) return false;  // a depth that is not read
     const MediaFormat wide = RawOfSameSize(fFormat, kBGRX32);
-    const bool huffyuv =
-        fFormat.kind == kEncodedVideo && fFormat.encoded_video.encoding == kEncodingHuffYUV;
+    const bool huffyuv = fFormat.IsCodedAs(kEncodingHuffYUV);
     const CodecRegistry& registry = fState.Registry();
     fCodec = huffyuv ? registry.FindCodec(fFormat, wide)
                      : registry.FindCodecEither(fFormat, wide, RawOfSameSize(fFormat, kBGR24));
@@ -47,7 +46,7 @@ bool PictureDecoder::FindCodec()
 bool PictureDecoder::TurnsRows() const
 {
     if (fFormat.kind == kRawVideo) return !IsTopRowFirst(fFormat.Space());
-    return fFormat.encoded_video.encoding == kEncodingHuffYUV;
+    return fFormat.IsCodedAs(kEncodingHuffYUV);
 }
 
 Result<> PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)

@@ -18,7 +18,7 @@ PictureEncoder::PictureEncoder(const MediaFormat& format, bool pal, ConversionSt
 
 bool PictureEncoder::IsHuffYUV() const
 {
-    return fFormat.kind == kEncodedVideo && fFormat.encoded_video.encoding == kEncodingHuffYUV;
+    return fFormat.IsCodedAs(kEncodingHuffYUV);
 }
 
 Result<> PictureEncoder::Encode(std::span<uint8_t> picture, bool dvcpro)
@@ -79,20 +79,10 @@ std::vector<uint8_t> PictureEncoder::StreamHeader() const
     const MediaFormat& format = fCodec->OutputFormat();
     BitmapHeader header;
     ToHuffYUVHeader(format, header);
-    ByteWriter writer(block, ByteOrder::kLittle);
-    writer.Put32(header.size);
-    writer.Put32(static_cast<uint32_t>(header.width));
-    writer.Put32(static_cast<uint32_t>(header.height));
-    writer.Put16(header.planes);
-    writer.Put16(header.bit_count);
-    writer.Put32(header.compression);
-    writer.Put32(header.size_image);
-    writer.Put32(static_cast<uint32_t>(header.x_pels_per_meter));
-    writer.Put32(static_cast<uint32_t>(header.y_pels_per_meter));
-    writer.Put32(header.clr_used);
-    writer.Put32(header.clr_important);
+    block.resize(kBitmapInfo.Size());
+    StoreBitmapHeader(header, block);
     const EncodedVideoFormat& view = format.encoded_video;
-    writer.PutBytes({view.private_data, view.private_size});
+    block.insert(block.end(), view.private_data, view.private_data + view.private_size);
     return block;
 }
 

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "base/status.h"
+#include "dv/audio_rates.h"
 #include "platform/files/file_access.h"
 
 namespace kelvane {
@@ -157,7 +158,8 @@ Result<> CompanionAudio::Settle(bool separate_track)
         fChannels = format.ch;
         return {};
     }
-    const bool four = fReaders.size() == kMostReaders && !separate_track && fRate == 32000;
+    const bool four =
+        fReaders.size() == kMostReaders && !separate_track && fRate == kFourChannelRate;
     if (fReaders.size() == kMostReaders && !four) fReaders.resize(2);
     fChannels = four ? 4 : 2;
     fUsed = fChannels;

@@ -1,41 +1,28 @@
 #include "engine/sound/sample_cadence.h"
 
-#include <algorithm>
 #include <iterator>
+
+#include "dv/audio_rates.h"
 
 namespace kelvane {
 
 namespace {
 
-struct CadenceRow {
-    uint32_t rate;
-    uint32_t base_pal;
-    SampleCadence ntsc;
+// Indexed as kAudioRates.
+constexpr SampleCadence kNTSCCadences[] = {
+    {1600, 5, 8, 375, 1},
+    {1471, 9, 4, 37, 1},
+    {1067, 11, 8, 120, 1},
 };
-constexpr CadenceRow kRows[] = {
-    {32000, 1280, {1067, 11, 8, 120, 1}},
-    {44100, 1764, {1471, 9, 4, 37, 1}},
-    {48000, 1920, {1600, 5, 8, 375, 1}},
-};
-
-const CadenceRow* FindRow(uint32_t rate)
-{
-    const auto* row = std::ranges::find(kRows, rate, [](const CadenceRow& r) { return r.rate; });
-    return row == std::end(kRows) ? nullptr : row;
-}
+static_assert(std::size(kNTSCCadences) == std::size(kAudioRates));
 
 }  // namespace
 
-bool IsKnownRate(uint32_t rate)
-{
-    return FindRow(rate) != nullptr;
-}
-
 SampleCadence CadenceFor(uint32_t rate, bool pal)
 {
-    const CadenceRow* row = FindRow(rate);
+    const AudioRate* row = FindAudioRate(rate);
     if (!row) return {};
-    return pal ? SampleCadence{.base = row->base_pal} : row->ntsc;
+    return pal ? SampleCadence{.base = rate / 25} : kNTSCCadences[row - kAudioRates];
 }
 
 }  // namespace kelvane

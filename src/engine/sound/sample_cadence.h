@@ -20,8 +20,6 @@ struct SampleCadence {
     }
 };
 
-// 32000, 44100 or 48000 hertz: the rates that DV knows and the engine moves.
-bool IsKnownRate(uint32_t rate);
 // `pal` is the destination's system. Without sound (base 0) for a rate that is not known.
 SampleCadence CadenceFor(uint32_t rate, bool pal);
 

@@ -1,14 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "base/status.h"
 #include "format/media_format.h"
-#include "media/quicktime/qt_formats.h"
-#include "media/quicktime/qt_movie.h"
+#include "media/quicktime/reader/qt_reader.h"
+#include "media/quicktime/structure/qt_formats.h"
+#include "media/quicktime/structure/qt_movie.h"
+#include "media/quicktime/writer/qt_writer.h"
 #include "platform/files/file_access.h"
 #include "platform/files/positioned_file.h"
 #include "platform/files/volume_table.h"
@@ -37,7 +39,7 @@ public:
     const std::string& Path() const { return fPath; }
 
     // -- Streams. A stream that does not exist answers 0 or an unknown format.
-    int32_t CountStreams() const { return static_cast<int32_t>(fStreams.size()); }
+    int32_t CountStreams() const { return static_cast<int32_t>(fMovie.streams.size()); }
     // A video stream, whether its format is known or not; all others are sound.
     bool IsVideo(int32_t stream) const;
     MediaFormat StreamFormat(int32_t stream) const;
@@ -48,11 +50,11 @@ public:
     // Frames of video, sample frames of sound.
     int64_t SampleCount(int32_t stream) const;
     int64_t ChunkCount(int32_t stream) const;
+
+    // -- Reading. A destination answers 0 or -1.
     // Bytes of a frame of video, or of a chunk of sound (from 0). A frame beyond the table has the
     // size of the last one; a chunk that does not exist or that the file cannot hold has 0.
     uint64_t FrameSize(int32_t stream, int64_t frame);
-
-    // -- Reading.
     // Goes to a frame of video or a chunk of sound, from 0; the place behind the last is allowed.
     Status SeekFrame(int32_t stream, int64_t frame);
     // What the next read gives: the frame, for sound the chunk from 0.
@@ -97,56 +99,21 @@ public:
     const QTMovie& Movie() const { return fMovie; }
 
 protected:
-    // Lets the next media begin `bytes` further on, behind a hole: files beyond 4 GB for tests.
-    void LeaveHole(uint64_t bytes) { fMediaEnd += bytes; }
+    // Lets the next media begin `bytes` further on, behind a hole: files beyond 4 GB for tests. Of
+    // a destination.
+    void LeaveHole(uint64_t bytes) { fWriter->LeaveHole(bytes); }
 
 private:
-    enum StreamKind { kSound = 1, kVideo = 2 };
-    struct Stream {
-        StreamKind kind;
-        size_t track;         // in fMovie.tracks
-        uint64_t sample = 0;  // next, from 0
-        uint64_t chunk = 1;   // next, from 1
-    };
-
-    // Reader (qt_reader.cpp)
-    void Parse();
-    void ParseMovieAtom(const AtomHead& head);
-    Status ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
-    Status ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size);
-    Status ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t bytes,
-                     std::span<uint8_t> buffer, uint32_t& size);
-    Status OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle& file);
-
-    // Writer (qt_writer.cpp)
-    void Create();
-    Status AddVideo(const MediaFormat& format);
-    Status AddSound(const MediaFormat& format, const RawAudioFormat& sound);
-    Status WriteSound(QTTrack& track, const void* data, uint32_t size);
-    Status WriteMedia(const void* data, uint32_t size, uint64_t& offset);
-    Status WriteMovie(uint64_t start, uint64_t& size);
-    Status WriteMovieOverMedia(uint64_t& end, uint64_t size);
-    Status WriteMediaSize(uint64_t end);
-    void GiveUpMedia(uint64_t from);
-    bool IsDestination() const { return fMode == kCreate && fInitCheck == 0; }
-
-    const Stream* StreamAt(int32_t stream) const;
-    Stream* StreamAt(int32_t stream);
-    void AddStreams(size_t track);
+    // Null when there is none.
+    const QTStream* StreamAt(int32_t index) const;
+    QTStream* StreamAt(int32_t index);
 
     std::string fPath;
     PositionedFile fFile;
-    uint32_t fMode;
     Status fInitCheck = kError;
-    const VolumeTable& fVolumes;
     QTMovie fMovie;
-    std::vector<Stream> fStreams;
-
-    uint32_t fOptions = 0;          // QTOption bits
-    uint64_t fMediaEnd = 0;         // byte behind the last media written
-    std::vector<uint8_t> fSwapped;  // sound on its way to the file
-    bool fClosed = false;
-    Status fCloseStatus = kError;  // of what is no destination
+    std::optional<QTReader> fReader;  // of a source
+    std::optional<QTWriter> fWriter;  // of a destination
 };
 
 // True when the first 100 bytes look like a movie: one of the atoms that begin such files, or a

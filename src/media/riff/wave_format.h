@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "base/field_table.h"
+#include "format/media_format.h"
 
 namespace kelvane {
 
@@ -14,5 +18,10 @@ inline constexpr auto kWaveFormat = HeaderFields<16>({
     {"nBlockAlign", 12, 2},
     {"wBitsPerSample", 14, 2},
 });
+
+// What lies beyond a short body is 0.
+RawAudioFormat LoadWaveFormat(std::span<const uint8_t> body);
+// The body has room for it. `frame` are the bytes of a sample frame.
+void StoreWaveFormat(const RawAudioFormat& format, uint32_t frame, std::span<uint8_t> body);
 
 }  // namespace kelvane

@@ -4,13 +4,12 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/field_table.h"
 #include "base/four_cc.h"
-#include "base/quietly.h"
-#include "base/status.h"
 #include "media/samples/extended_float.h"
-#include "media/samples/sample_chunks.h"
 
 namespace kelvane {
 
@@ -23,7 +22,7 @@ constexpr SampleChunkRule kRules[] = {
     {"AUTH"_4cc, kDataNone, true},       {"ANNO"_4cc, kDataNone, true},
     {"COMT"_4cc, kDataNone, true},       {"(c) "_4cc, kDataNone, true},
 };
-constexpr SampleFileGrammar kAIFF = {ByteOrder::kBig, "FORM"_4cc, kForms, "INFO"_4cc, kRules};
+constexpr SampleFileGrammar kGrammar = {ByteOrder::kBig, "FORM"_4cc, kForms, "INFO"_4cc, kRules};
 
 constexpr size_t kRateAt = 8;  // the extended float between the fields
 constexpr HeaderField kChannels = {"Channel count", 0, 2};
@@ -99,131 +98,39 @@ Bytes CommonOf(const RawAudioFormat& format, bool compressed)
     return body;
 }
 
+constexpr uint32_t kEncodings[] = {kSamplePCM};
+// The size of the sound is rounded although no byte is added to the file: deliberate.
+constexpr SampleFileKind kAIFF = {.grammar = kGrammar,
+                                  .format = "COMM"_4cc,
+                                  .sound = "SSND"_4cc,
+                                  .sound_header = kSoundHeaderSize,
+                                  .encodings = kEncodings,
+                                  .record = RecordOf,
+                                  .frame_count = &kFrameCount,
+                                  .exchanges_bytes = true,
+                                  .rounds_size = true};
+
 }  // namespace
 
-AIFFFile::AIFFFile(const char* path, uint32_t mode) : fSamples(path, mode)
-{
-    if (!fSamples.IsOpen())
-        fInitCheck = fSamples.InitCheck();
-    else if (mode != kCreate)
-        Parse();
-}
-
-AIFFFile::~AIFFFile()
-{
-    // Who wants to know finishes before.
-    Quietly([this] { static_cast<void>(Finish()); });
-}
-
-void AIFFFile::Parse()
-{
-    if (!ReadSampleChunks(fSamples.Handle(), kAIFF, fTree)) {
-        fInitCheck = kNotThisClass;
-        return;
-    }
-    fCommon = LastChunk(fTree, "COMM"_4cc);
-    fSound = LastChunk(fTree, "SSND"_4cc);
-    if (fSound)
-        fSamples.SetStart(fSound->offset + kSoundHeaderSize,
-                          SampleBytes(*fSound, kSoundHeaderSize));
-    if (!fCommon) return;
-    fRecord = RecordOf(fCommon->data ? *fCommon->data : Bytes{});
-    if (fRecord.format != kSamplePCM) fInitCheck = kAudioNotSupported;
-}
+AIFFFile::AIFFFile(const char* path, uint32_t mode) : SampleFile(path, mode, kAIFF) {}
 
 Status AIFFFile::SetFormat(const RawAudioFormat& format, bool compressed)
 {
     if (format.format != kSamplePCM) return kAudioNotSupported;
-    if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
-    fRecord = format;
-    if (fCommon) {
-        OverwriteWithRecord(format, *fCommon->data);
-        return kOK;
-    }
-    Chunk* form = fTree.NewChunk({.id = "FORM"_4cc, .name = compressed ? "AIFC"_4cc : "AIFF"_4cc});
-    const auto add = [&](uint32_t id, int32_t datatype, Bytes body) {
-        const auto length = static_cast<uint32_t>(body.size());
-        return fTree.NewChunk({.id = id,
-                               .length = length,
-                               .parent = form,
-                               .datatype = datatype,
-                               .data = std::make_unique<Bytes>(std::move(body))});
-    };
+    std::vector<HeaderChunk> chunks;
     if (compressed) {
         Bytes version(4);
         StoreBytes(version, kVersion, ByteOrder::kBig);
-        add("FVER"_4cc, kDataAIFFVersion, std::move(version));
+        chunks.push_back({"FVER"_4cc, std::move(version)});
     }
-    fCommon = add("COMM"_4cc, kDataAIFFCommon, CommonOf(format, compressed));
-    fSound = add("SSND"_4cc, kDataAIFFSound, Bytes(kSoundHeaderSize));
-    fSamples.SetStart(fSound->offset + kSoundHeaderSize);
-    return kOK;
-}
-
-Status AIFFFile::Finish()
-{
-    if (fSamples.Mode() != kCreate) return kError;
-    return fSamples.Finish(fSamples.IsOpen() && fSound ? WriteHeaders() : Status(kOK));
-}
-
-Status AIFFFile::WriteHeaders()
-{
-    const auto bytes = static_cast<uint32_t>(fSamples.BytesWritten());
-    // Rounded up although no byte is added to the file: deliberate.
-    fSound->length = bytes + kSoundHeaderSize + (bytes & 1);
-    fSound->dirty_header = true;
-    fTree.Layout();
-    const auto frames = static_cast<uint32_t>(fSamples.FramesWritten());
-    // It fits: the body is ours.
-    static_cast<void>(SetField(*fCommon->data, kFrameCount, frames, ByteOrder::kBig));
-    fCommon->dirty_data = true;
-    return fTree.Flush(fSamples.Handle());
-}
-
-int64_t AIFFFile::CountFrames() const
-{
-    if (!fCommon || !fSound) return 0;
-    return fSamples.CountFrames(SampleFrameSize(fRecord));
-}
-
-int64_t AIFFFile::PromisedFrames() const
-{
-    if (!fCommon || !fSound) return 0;
-    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
-}
-
-Status AIFFFile::SetPosition(int64_t frame)
-{
-    fSamples.SetPosition(frame);
-    return kOK;
-}
-
-Status AIFFFile::Read(void* buffer, int32_t& count)
-{
-    if (!fCommon || !fSound) {
-        count = 0;
-        return kError;
-    }
-    const size_t frame = SampleFrameSize(fRecord);
-    const Status status = fSamples.Read(buffer, count, frame);
-    if (status == kOK) SwapWords(buffer, buffer, static_cast<size_t>(count) * frame / 2);
-    return status;
-}
-
-Status AIFFFile::Write(const void* buffer, int32_t count)
-{
-    if (!fSound || !buffer || count < 1) return kError;
-    const size_t frame = SampleFrameSize(fRecord);
-    const size_t bytes = static_cast<size_t>(count) * frame;
-    if (fSwapped.size() < bytes) fSwapped.resize(bytes);
-    SwapWords(buffer, fSwapped.data(), bytes / 2);
-    if (bytes % 2 != 0) fSwapped[bytes - 1] = static_cast<const uint8_t*>(buffer)[bytes - 1];
-    return fSamples.Write(fSwapped.data(), count, frame);
+    chunks.push_back({"COMM"_4cc, CommonOf(format, compressed)});
+    chunks.push_back({"SSND"_4cc, Bytes(kSoundHeaderSize)});
+    return LayDown(format, compressed ? "AIFC"_4cc : "AIFF"_4cc, std::move(chunks));
 }
 
 bool IsAIFFFile(const char* path)
 {
-    return HasForm(path, kAIFF);
+    return HasForm(path, kGrammar);
 }
 
 bool DescribeAIFF(const char* path, std::string& text)

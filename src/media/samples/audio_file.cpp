@@ -1,19 +1,12 @@
 #include "media/samples/audio_file.h"
 
+#include <utility>
+
 #include "base/status.h"
 
 namespace kelvane {
 
 namespace {
-
-// Calls `operation` on the file behind the switch; `otherwise` when there is none.
-template <class Switch, class Result, class Operation>
-Result With(Switch& file, Result otherwise, Operation operation)
-{
-    if (auto* wav = std::get_if<WAVFile>(&file)) return operation(*wav);
-    if (auto* aiff = std::get_if<AIFFFile>(&file)) return operation(*aiff);
-    return otherwise;
-}
 
 constexpr Status kNone = kFormatNotSupported;
 
@@ -31,15 +24,25 @@ AudioFile::AudioFile(const char* path, uint32_t mode, int32_t type)
     if (type == kAIFFFileType) fFile.emplace<AIFFFile>(path, mode);
 }
 
+const SampleFile* AudioFile::File() const
+{
+    if (const auto* wav = std::get_if<WAVFile>(&fFile)) return wav;
+    return std::get_if<AIFFFile>(&fFile);
+}
+
+SampleFile* AudioFile::File()
+{
+    return const_cast<SampleFile*>(std::as_const(*this).File());
+}
+
 Status AudioFile::InitCheck() const
 {
-    return With(fFile, kNone, [](auto& file) { return file.InitCheck(); });
+    return File() ? File()->InitCheck() : kNone;
 }
 
 const RawAudioFormat* AudioFile::Format() const
 {
-    constexpr const RawAudioFormat* kNoFormat = nullptr;
-    return With(fFile, kNoFormat, [](auto& file) { return file.Format(); });
+    return File() ? File()->Format() : nullptr;
 }
 
 Status AudioFile::SetFormat(const RawAudioFormat& format)
@@ -54,33 +57,32 @@ Status AudioFile::SetFormat(const RawAudioFormat& format)
 
 int64_t AudioFile::CountFrames() const
 {
-    return With(fFile, int64_t{kFormatNotSupported}, [](auto& file) { return file.CountFrames(); });
+    return File() ? File()->CountFrames() : int64_t{kFormatNotSupported};
 }
 
 int64_t AudioFile::PromisedFrames() const
 {
-    return With(fFile, int64_t{kFormatNotSupported},
-                [](auto& file) { return file.PromisedFrames(); });
+    return File() ? File()->PromisedFrames() : int64_t{kFormatNotSupported};
 }
 
 Status AudioFile::SetPosition(int64_t frame)
 {
-    return With(fFile, kNone, [&](auto& file) { return file.SetPosition(frame); });
+    return File() ? File()->SetPosition(frame) : kNone;
 }
 
 Status AudioFile::Read(void* buffer, int32_t& count)
 {
-    return With(fFile, kNone, [&](auto& file) { return file.Read(buffer, count); });
+    return File() ? File()->Read(buffer, count) : kNone;
 }
 
 Status AudioFile::Write(const void* buffer, int32_t count)
 {
-    return With(fFile, kNone, [&](auto& file) { return file.Write(buffer, count); });
+    return File() ? File()->Write(buffer, count) : kNone;
 }
 
 Status AudioFile::Finish()
 {
-    return With(fFile, kNone, [](auto& file) { return file.Finish(); });
+    return File() ? File()->Finish() : kNone;
 }
 
 }  // namespace kelvane

@@ -15,8 +15,8 @@ enum AudioFileType : int32_t { kNoAudioFile = 0, kWAVFileType = 3, kAIFFFileType
 // The kind of an audio file by its first bytes.
 AudioFileType AudioFileTypeOf(const char* path);
 
-// A WAVE or AIFF file behind one face; the operations are those of WAVFile. For any other type all
-// of them answer -10, and Format() null.
+// A WAVE or AIFF file behind one face; the operations are those of SampleFile. For any other type
+// all of them answer -10, and Format() null.
 class AudioFile {
 public:
     AudioFile(const char* path, uint32_t mode, int32_t type);
@@ -35,6 +35,10 @@ public:
     bool IsAIFF() const { return std::holds_alternative<AIFFFile>(fFile); }
 
 private:
+    // Null for any other type.
+    SampleFile* File();
+    const SampleFile* File() const;
+
     std::variant<std::monostate, WAVFile, AIFFFile> fFile;
 };
 

@@ -1,7 +1,6 @@
 #include "media/samples/sample_chunks.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "platform/files/file_access.h"
@@ -12,6 +11,13 @@ namespace {
 
 constexpr int32_t kMostDepth = 8;       // of lists in lists; deeper ones are skipped
 constexpr size_t kMostChunks = 100000;  // a file of nothing but small chunks ends here
+
+// Null where there is none.
+const SampleChunkRule* RuleOf(const SampleFileGrammar& grammar, uint32_t id)
+{
+    const auto rule = std::ranges::find(grammar.rules, id, &SampleChunkRule::id);
+    return rule == grammar.rules.end() ? nullptr : &*rule;
+}
 
 class Walker {
 public:
@@ -71,10 +77,9 @@ private:
             if (!deep && length > 4) ReadChildren(*list);
             return;
         }
-        const auto rule = std::ranges::find(fGrammar.rules, id, &SampleChunkRule::id);
-        const bool known = rule != fGrammar.rules.end();
-        if (known) plan.datatype = rule->datatype;
-        if ((known && rule->load) || parent.name == fGrammar.info)
+        const SampleChunkRule* rule = RuleOf(fGrammar, id);
+        plan.datatype = DataTypeOf(fGrammar, id);
+        if ((rule && rule->load) || parent.name == fGrammar.info)
             plan.data = fSource.ReadBody(length);
         Note(std::move(plan), offset);
     }
@@ -107,8 +112,14 @@ uint64_t SampleBytes(const Chunk& body, uint32_t header)
     const Chunk& form = *body.parent;
     const bool cut_off = body.length <= header && form.offset + form.length <= body.offset + header;
     constexpr uint32_t kOpen = 0xFFFFFFFE;  // rounded to even
-    if (cut_off || body.length == kOpen) return std::numeric_limits<uint64_t>::max();
+    if (cut_off || body.length == kOpen) return kToTheEnd;
     return body.length > header ? body.length - header : 0;
+}
+
+int32_t DataTypeOf(const SampleFileGrammar& grammar, uint32_t id)
+{
+    const SampleChunkRule* rule = RuleOf(grammar, id);
+    return rule ? rule->datatype : kDataNone;
 }
 
 Chunk* LastChunk(const ChunkTree& tree, uint32_t id)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <span>
 
 #include "media/riff/chunk_source.h"
@@ -31,10 +33,14 @@ Chunk* ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, Chunk
 // True when the file begins with the form.
 bool HasForm(const char* path, const SampleFileGrammar& grammar);
 
-// Bytes of samples in `body` behind its own header of `header` bytes; the largest number where that
-// is left open: in a recording that was cut off before its sizes were written, and in one that went
+// Bytes of samples in `body` behind its own header of `header` bytes; kToTheEnd where that is left
+// open: in a recording that was cut off before its sizes were written, and in one that went
 // through a pipe, whose sizes are the largest that there are.
+inline constexpr uint64_t kToTheEnd = std::numeric_limits<uint64_t>::max();
 uint64_t SampleBytes(const Chunk& body, uint32_t header);
+
+// What the body of a chunk of this id holds: a ChunkDataType.
+int32_t DataTypeOf(const SampleFileGrammar& grammar, uint32_t id);
 
 // The last chunk of this id, null when there is none.
 Chunk* LastChunk(const ChunkTree& tree, uint32_t id);

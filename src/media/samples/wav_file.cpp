@@ -1,12 +1,7 @@
 #include "media/samples/wav_file.h"
 
-#include <algorithm>
-
 #include "base/four_cc.h"
-#include "base/quietly.h"
-#include "base/status.h"
 #include "media/riff/wave_format.h"
-#include "media/samples/sample_chunks.h"
 
 namespace kelvane {
 
@@ -16,138 +11,45 @@ constexpr uint32_t kForms[] = {FourCC("WAVE")};
 constexpr SampleChunkRule kRules[] = {
     {FourCC("fmt "), kDataWaveFormat, true},
 };
-constexpr SampleFileGrammar kWAVE = {ByteOrder::kLittle, FourCC("RIFF"), kForms, FourCC("INFO"),
-                                     kRules};
+constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, FourCC("RIFF"), kForms, FourCC("INFO"),
+                                        kRules};
 
-uint64_t Get(const Chunk& format, const HeaderField& field)
+RawAudioFormat RecordOf(const Bytes& body)
 {
-    return format.data ? GetField(*format.data, field, ByteOrder::kLittle) : 0;
-}
-
-RawAudioFormat RecordOf(const Chunk& format)
-{
-    const auto tag = static_cast<uint16_t>(Get(format, kWaveFormat["Format"]));
-    return {.format = SampleFormatOfTag(tag),
-            .ch = static_cast<uint16_t>(Get(format, kWaveFormat["nChannels"])),
-            .bitspersample = static_cast<uint16_t>(Get(format, kWaveFormat["wBitsPerSample"])),
-            .srate = static_cast<int32_t>(Get(format, kWaveFormat["nSamplesPerSec"]))};
+    return LoadWaveFormat(body);
 }
 
 Bytes HeaderOf(const RawAudioFormat& format)
 {
-    const size_t frame = SampleFrameSize(format);
-    Bytes body;
-    ByteWriter writer(body, ByteOrder::kLittle);
-    writer.Put16(TagOfSampleFormat(format.format));
-    writer.Put16(format.ch);
-    writer.Put32(static_cast<uint32_t>(format.srate));
-    writer.Put32(static_cast<uint32_t>(static_cast<uint64_t>(format.srate) * frame));
-    writer.Put16(static_cast<uint16_t>(frame));
-    writer.Put16(format.bitspersample);
+    Bytes body(kWaveFormat.Size());
+    StoreWaveFormat(format, static_cast<uint32_t>(SampleFrameSize(format)), body);
     return body;
 }
 
+constexpr uint32_t kEncodings[] = {kSamplePCM, kSampleFloat};
+constexpr SampleFileKind kWAVE = {.grammar = kGrammar,
+                                  .format = FourCC("fmt "),
+                                  .sound = FourCC("data"),
+                                  .sound_header = 0,
+                                  .encodings = kEncodings,
+                                  .record = RecordOf,
+                                  .frame_count = nullptr,
+                                  .exchanges_bytes = false,
+                                  .rounds_size = false};
+
 }  // namespace
 
-WAVFile::WAVFile(const char* path, uint32_t mode) : fSamples(path, mode)
-{
-    if (!fSamples.IsOpen())
-        fInitCheck = fSamples.InitCheck();
-    else if (mode != kCreate)
-        Parse();
-}
-
-WAVFile::~WAVFile()
-{
-    // Who wants to know finishes before.
-    Quietly([this] { static_cast<void>(Finish()); });
-}
-
-void WAVFile::Parse()
-{
-    if (!ReadSampleChunks(fSamples.Handle(), kWAVE, fTree)) {
-        fInitCheck = kNotThisClass;
-        return;
-    }
-    fFormat = LastChunk(fTree, FourCC("fmt "));
-    fData = LastChunk(fTree, FourCC("data"));
-    if (fData) fSamples.SetStart(fData->offset, SampleBytes(*fData, 0));
-    if (!fFormat) return;
-    fRecord = RecordOf(*fFormat);
-    if (fRecord.format != kSamplePCM && fRecord.format != kSampleFloat)
-        fInitCheck = kAudioNotSupported;
-}
+WAVFile::WAVFile(const char* path, uint32_t mode) : SampleFile(path, mode, kWAVE) {}
 
 Status WAVFile::SetFormat(const RawAudioFormat& format)
 {
-    if (fSamples.Mode() != kCreate || fInitCheck != kOK) return kError;
-    fRecord = format;
-    if (fFormat) {
-        OverwriteWithRecord(format, *fFormat->data);
-        return kOK;
-    }
-    Chunk* form = fTree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
-    Bytes header = HeaderOf(format);
-    const auto length = static_cast<uint32_t>(header.size());
-    fFormat = fTree.NewChunk({.id = FourCC("fmt "),
-                              .length = length,
-                              .parent = form,
-                              .datatype = kDataWaveFormat,
-                              .data = std::make_unique<Bytes>(std::move(header))});
-    fData = fTree.NewChunk({.id = FourCC("data"), .parent = form});
-    fSamples.SetStart(fData->offset);
-    return kOK;
-}
-
-Status WAVFile::Finish()
-{
-    if (fSamples.Mode() != kCreate) return kError;
-    return fSamples.Finish(fSamples.IsOpen() && fData ? WriteHeaders() : Status(kOK));
-}
-
-Status WAVFile::WriteHeaders()
-{
-    fData->length = static_cast<uint32_t>(fSamples.BytesWritten());
-    fData->dirty_header = true;
-    fTree.Layout();
-    fFormat->dirty_data = true;
-    return fTree.Flush(fSamples.Handle());
-}
-
-int64_t WAVFile::CountFrames() const
-{
-    if (!fFormat || !fData) return 0;
-    return fSamples.CountFrames(SampleFrameSize(fRecord));
-}
-
-int64_t WAVFile::PromisedFrames() const
-{
-    if (!fFormat || !fData) return 0;
-    return fSamples.PromisedFrames(SampleFrameSize(fRecord));
-}
-
-Status WAVFile::SetPosition(int64_t frame)
-{
-    fSamples.SetPosition(frame);
-    return kOK;
-}
-
-Status WAVFile::Read(void* buffer, int32_t& count)
-{
-    if (fFormat && fData) return fSamples.Read(buffer, count, SampleFrameSize(fRecord));
-    count = 0;
-    return kError;
-}
-
-Status WAVFile::Write(const void* buffer, int32_t count)
-{
-    if (!fData) return kError;
-    return fSamples.Write(buffer, count, SampleFrameSize(fRecord));
+    return LayDown(format, FourCC("WAVE"),
+                   {{FourCC("fmt "), HeaderOf(format)}, {FourCC("data"), {}}});
 }
 
 bool IsWAVFile(const char* path)
 {
-    return HasForm(path, kWAVE);
+    return HasForm(path, kGrammar);
 }
 
 bool DescribeWAV(const char* path, std::string& text)

@@ -7,7 +7,7 @@
 #include "media/describe/qt_description.h"
 #include "media/media_files.h"
 #include "media/quicktime/qt_file.h"
-#include "media/quicktime/qt_movie.h"
+#include "media/quicktime/reader/qt_movie_parser.h"
 #include "support/qt_builder.h"
 #include "support/temp_folder.h"
 

@@ -206,6 +206,13 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
     EXPECT_EQ(-1, file.WriteFrame(0, kFrame.data(), 4));
     QTFile source(Path().c_str(), kRead);
     EXPECT_EQ(-1, source.AddDVTrack(true));
+    EXPECT_EQ(-1, source.Close());
+    EXPECT_EQ(0, file.AddDVTrack(true));
+    EXPECT_EQ(0, file.WriteFrame(0, "v", 1));
+    Bytes frame(4);
+    uint32_t size = 1;
+    EXPECT_EQ(-1, file.ReadFrame(0, frame, size)) << "a destination";
+    EXPECT_EQ(0u, size);
     EXPECT_EQ(-1, QTFile("/nowhere/at/all", kCreate).InitCheck());
     EXPECT_EQ(-1, QTFile("/dev/full", kCreate).InitCheck());
 }

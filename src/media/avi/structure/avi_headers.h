@@ -1,15 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "base/byte_cursor.h"
 #include "base/field_table.h"
+#include "format/bitmap_header.h"
 #include "media/riff/chunk_tree.h"
 
 namespace kelvane {
 
 // The fixed headers of AVI files (Microsoft's "AVI RIFF File Reference", the OpenDML AVI extensions
-// 1.02 and the DV data in AVI files). All little-endian.
+// 1.02 and the DV data in AVI files). All little-endian. "strf" is kBitmapInfo in a "vids" stream,
+// kWaveFormat in an "auds" stream.
 
 // "avih". The last four words are reserved in the public description; one dialect uses them.
 inline constexpr auto kMainHeader = HeaderFields<56>({
@@ -65,21 +68,6 @@ inline constexpr auto kDVInfo = HeaderFields<32>({
     {"dwDVVAuxCtl", 20, 4},
     {"dwDVReserved[0]", 24, 4},
     {"dwDVReserved[1]", 28, 4},
-});
-
-// "strf" of a "vids" stream: BITMAPINFOHEADER. Data of the codec may follow.
-inline constexpr auto kBitmapInfo = HeaderFields<40>({
-    {"dwSize", 0, 4},
-    {"biWidth", 4, 4},
-    {"biHeight", 8, 4},
-    {"biPlanes", 12, 2},
-    {"biBitCount", 14, 2},
-    {"biCompression", 16, 4},
-    {"biSizeImage", 20, 4},
-    {"biXPelsPerMeter", 24, 4},
-    {"biYPelsPerMeter", 28, 4},
-    {"num_colours", 32, 4},
-    {"imp_colours", 36, 4},
 });
 
 // "dmlh"; zeros follow.
@@ -142,10 +130,16 @@ inline constexpr auto kVideoProperties = HeaderFields<40>({
     {"reserved", 36, 4},
 });
 
-// A field of a chunk whose body is in memory; 0 when it is not, or is too short.
+// The body of a chunk as far as it is in memory.
+inline std::span<const uint8_t> BodyOf(const Chunk* chunk)
+{
+    return chunk && chunk->data ? std::span<const uint8_t>(*chunk->data)
+                                : std::span<const uint8_t>();
+}
+// A field of a chunk; 0 when it is not in memory.
 inline uint64_t Get(const Chunk* chunk, const HeaderField& field)
 {
-    return chunk && chunk->data ? GetField(*chunk->data, field, ByteOrder::kLittle) : 0;
+    return GetField(BodyOf(chunk), field, ByteOrder::kLittle);
 }
 inline uint32_t Get32(const Chunk* chunk, const HeaderField& field)
 {

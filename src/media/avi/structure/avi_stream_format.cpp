@@ -15,13 +15,7 @@ constexpr size_t kSmallestHuffYUVExtension = 4;  // bytes in front of the tables
 
 MediaFormat AudioFormatOf(const AVIStream& stream)
 {
-    RawAudioFormat view{};
-    view.format =
-        SampleFormatOfTag(static_cast<uint16_t>(Get(stream.format, kWaveFormat["Format"])));
-    view.ch = static_cast<uint16_t>(Get(stream.format, kWaveFormat["nChannels"]));
-    view.bitspersample = static_cast<uint16_t>(Get(stream.format, kWaveFormat["wBitsPerSample"]));
-    view.srate = static_cast<int32_t>(Get(stream.format, kWaveFormat["nSamplesPerSec"]));
-    return MediaFormat(view);
+    return MediaFormat(LoadWaveFormat(BodyOf(stream.format)));
 }
 
 float RateOf(const AVIStream& stream)
@@ -31,44 +25,43 @@ float RateOf(const AVIStream& stream)
     return scale > 0 ? static_cast<float>(rate / scale) : 0.0f;
 }
 
-int32_t WidthOf(const AVIStream& stream)
+BitmapHeader BitmapOf(const AVIStream& stream)
 {
-    return static_cast<int32_t>(Get32(stream.format, kBitmapInfo["biWidth"]));
+    return LoadBitmapHeader(BodyOf(stream.format));
 }
 
 // A negative height says that the top row comes first.
-int32_t HeightOf(const AVIStream& stream)
+int32_t HeightOf(const BitmapHeader& header)
 {
-    const int64_t height = static_cast<int32_t>(Get32(stream.format, kBitmapInfo["biHeight"]));
-    return static_cast<int32_t>(std::abs(height) & 0x7FFFFFFF);
+    return static_cast<int32_t>(std::abs(int64_t{header.height}) & 0x7FFFFFFF);
 }
 
 // HuffYUV keeps a method in the low three bits.
-uint32_t BitsOf(const AVIStream& stream)
+uint32_t BitsOf(const BitmapHeader& header)
 {
-    return Get32(stream.format, kBitmapInfo["biBitCount"]) & ~7u;
+    return header.bit_count & ~7u;
 }
 
 MediaFormat RawFormatOf(const AVIStream& stream, uint32_t cspace)
 {
+    const BitmapHeader header = BitmapOf(stream);
     RawVideoFormat view{};
     view.cspace = cspace;
-    view.width = WidthOf(stream);
-    view.height = HeightOf(stream);
+    view.width = header.width;
+    view.height = HeightOf(header);
     view.frate = RateOf(stream);
     return MediaFormat(view);
 }
 
 // What stands behind the header. Of a HuffYUV stream without tables of its own the header's bit
 // count, which says more than a colour space can.
-void SetPrivateData(const AVIStream& stream, EncodedVideoFormat& view)
+void SetPrivateData(const AVIStream& stream, const BitmapHeader& header, EncodedVideoFormat& view)
 {
-    if (!stream.format || !stream.format->data) return;
-    const std::span<const uint8_t> block(*stream.format->data);
+    const std::span<const uint8_t> block = BodyOf(stream.format);
     if (block.size() < kBitmapInfo.Size()) return;
     std::span<const uint8_t> data = block.subspan(kBitmapInfo.Size());
-    const bool classic = data.size() < kSmallestHuffYUVExtension ||
-                         Get32(stream.format, kBitmapInfo["biBitCount"]) != BitsOf(stream);
+    const bool classic =
+        data.size() < kSmallestHuffYUVExtension || header.bit_count != BitsOf(header);
     const HeaderField& bits = kBitmapInfo["biBitCount"];
     if (view.encoding == kEncodingHuffYUV && classic) data = block.subspan(bits.at, bits.bytes);
     if (data.empty()) return;
@@ -78,21 +71,22 @@ void SetPrivateData(const AVIStream& stream, EncodedVideoFormat& view)
 
 MediaFormat EncodedFormatOf(const AVIStream& stream, uint32_t encoding, uint32_t cspace)
 {
+    const BitmapHeader header = BitmapOf(stream);
     EncodedVideoFormat view{};
     view.cspace = cspace;
-    view.w = WidthOf(stream);
-    view.h = HeightOf(stream);
+    view.w = header.width;
+    view.h = HeightOf(header);
     view.frate = RateOf(stream);
     view.encoding = encoding;
-    view.codec = Get32(stream.format, kBitmapInfo["biCompression"]);
+    view.codec = header.compression;
     view.framesize = -1;  // varies
-    if (encoding == kEncodingDV || encoding == kEncodingDVCPRO25) {
+    if (MediaFormat(view).IsDV25()) {
         const EncodedVideoFormat dv = DVFormat(stream.IsPAL()).encoded_video;
         view.ilace = dv.ilace;
         view.bitrate = dv.bitrate;
         view.framesize = dv.framesize;
     }
-    SetPrivateData(stream, view);
+    SetPrivateData(stream, header, view);
     return MediaFormat(view);
 }
 
@@ -118,7 +112,8 @@ uint32_t EncodingOf(uint32_t compression)
 
 MediaFormat VideoFormatOf(const AVIStream& stream)
 {
-    const uint32_t compression = Swap32(Get32(stream.format, kBitmapInfo["biCompression"]));
+    const BitmapHeader header = BitmapOf(stream);
+    const uint32_t compression = Swap32(header.compression);
     switch (compression) {
         case "UYVY"_4cc:
             return RawFormatOf(stream, kUYVY);
@@ -128,8 +123,8 @@ MediaFormat VideoFormatOf(const AVIStream& stream)
         case "DIB "_4cc:
         case "RAW "_4cc:
         case "RGB "_4cc:
-            if (BitsOf(stream) == 24) return RawFormatOf(stream, kBGR24);
-            if (BitsOf(stream) == 32) return RawFormatOf(stream, kBGRX32);
+            if (BitsOf(header) == 24) return RawFormatOf(stream, kBGR24);
+            if (BitsOf(header) == 32) return RawFormatOf(stream, kBGRX32);
             return {};  // palettes and 16 bits are read by no codec
         case "RGBA"_4cc:
         case "ABGR"_4cc:
@@ -140,7 +135,7 @@ MediaFormat VideoFormatOf(const AVIStream& stream)
     const uint32_t encoding = EncodingOf(compression);
     uint32_t cspace = kBGR24;
     if (encoding == kEncodingHuffYUV)
-        cspace = BitsOf(stream) == 24 ? kBGR24 : BitsOf(stream) == 32 ? kBGRX32 : kYUY2;
+        cspace = BitsOf(header) == 24 ? kBGR24 : BitsOf(header) == 32 ? kBGRX32 : kYUY2;
     return EncodedFormatOf(stream, encoding, cspace);
 }
 

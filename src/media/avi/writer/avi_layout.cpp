@@ -198,21 +198,17 @@ void AVILayout::AddPictureStream(const BitmapHeader& header, double rate,
     AddIndex(stream);
 }
 
-void AVILayout::AddSoundStream(uint16_t tag, uint32_t rate, uint32_t channels, uint32_t bits)
+void AVILayout::AddSoundStream(const RawAudioFormat& format)
 {
-    const uint32_t block = channels * bits / 8;
+    const uint32_t block = uint32_t{format.ch} * format.bitspersample / 8;
     AVIStream& stream = NewStream(FourCC("auds"), 0);
     Set(*stream.header, kStreamHeader["dwScale"], 1);
-    Set(*stream.header, kStreamHeader["dwRate"], rate);
+    Set(*stream.header, kStreamHeader["dwRate"], static_cast<uint32_t>(format.srate));
     Set(*stream.header, kStreamHeader["dwSuggestedBufferSize"], 7680);
     Set(*stream.header, kStreamHeader["dwSampleSize"], block);
     AddFormat(stream, kWaveFormat.Size(), kDataWaveFormat);
-    Set(*stream.format, kWaveFormat["Format"], tag);
-    Set(*stream.format, kWaveFormat["nChannels"], channels);
-    Set(*stream.format, kWaveFormat["nSamplesPerSec"], rate);
-    Set(*stream.format, kWaveFormat["nAvgBytesPerSec"], rate * block);
-    Set(*stream.format, kWaveFormat["nBlockAlign"], block);
-    Set(*stream.format, kWaveFormat["wBitsPerSample"], bits);
+    StoreWaveFormat(format, block, *stream.format->data);
+    stream.format->dirty_data = true;
     AddIndex(stream);
     Chunk& header = *fStructure.main_header;
     if (!Has(kAVICanopus))
@@ -240,14 +236,8 @@ void AVILayout::StoreDVInfo(AVIStream& stream, bool pal)
 
 void AVILayout::StoreBitmap(AVIStream& stream, const BitmapHeader& header)
 {
-    Chunk& format = *stream.format;
-    Set(format, kBitmapInfo["dwSize"], header.size);
-    Set(format, kBitmapInfo["biWidth"], static_cast<uint32_t>(header.width));
-    Set(format, kBitmapInfo["biHeight"], static_cast<uint32_t>(header.height));
-    Set(format, kBitmapInfo["biPlanes"], header.planes);
-    Set(format, kBitmapInfo["biBitCount"], header.bit_count);
-    Set(format, kBitmapInfo["biCompression"], header.compression);
-    Set(format, kBitmapInfo["biSizeImage"], header.size_image);
+    StoreBitmapHeader(header, *stream.format->data);
+    stream.format->dirty_data = true;
 }
 
 // 485 lines in NTSC and one field a frame without a description: deliberate, as this dialect has

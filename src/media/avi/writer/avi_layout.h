@@ -6,6 +6,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "format/bitmap_header.h"
+#include "format/media_format.h"
 #include "media/avi/structure/avi_structure.h"
 
 namespace kelvane {
@@ -26,7 +27,7 @@ public:
     // Any "vids" stream. `codec_data` goes behind the bitmap header.
     void AddPictureStream(const BitmapHeader& header, double rate,
                           std::span<const uint8_t> codec_data = {});
-    void AddSoundStream(uint16_t tag, uint32_t rate, uint32_t channels, uint32_t bits);
+    void AddSoundStream(const RawAudioFormat& format);
 
     // What is not above 0 is left alone. nBlockAlign stays, and nAvgBytesPerSec counts two bytes a
     // sample whatever the bits are: deliberate, as all files of these dialects have it.

@@ -1,9 +1,11 @@
 #include "media/avi/writer/avi_writer.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "base/status.h"
+#include "dv/audio_rates.h"
 
 namespace kelvane {
 
@@ -35,14 +37,14 @@ AVIStream* AVIWriter::StreamAt(int32_t index)
 
 Status AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code)
 {
-    static constexpr uint32_t kRates[] = {48000, 44100, 32000};
-    if (audio_rate_code < 0 || audio_rate_code > 2 || BeginAVI(flags) != kOK) return kError;
+    const auto rate = static_cast<size_t>(audio_rate_code);
+    if (rate >= std::size(kAudioRates) || BeginAVI(flags) != kOK) return kError;
     if (handler == 0 || handler == FourCC("dsvd")) handler = FourCC("dvsd");
     if (Has(kAVIType1)) {
         fLayout.AddDVStream(handler, Has(kAVIPAL));
     } else {
         fLayout.AddDVPictureStream(handler);
-        fLayout.AddSoundStream(1, kRates[audio_rate_code], 2, 16);
+        fLayout.AddSoundStream({kSamplePCM, 2, 16, static_cast<int32_t>(kAudioRates[rate].rate)});
     }
     return kOK;
 }
@@ -75,7 +77,7 @@ Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
 {
     if (!CanAddStream() || format.kind != kEncodedVideo) return kError;
     const EncodedVideoFormat& view = format.encoded_video;
-    if (view.encoding == kEncodingDV || view.encoding == kEncodingDVCPRO25) {
+    if (format.IsDV25()) {
         fLayout.AddDVStream(FourCC("CDVC"), view.h == kPAL.height);
         return kOK;
     }
@@ -91,16 +93,15 @@ Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
 Status AVIWriter::AddAudioStream(const MediaFormat& format)
 {
     if (!CanAddStream()) return kError;
-    uint16_t tag = 1;
-    uint32_t rate = 44100, channels = 2, bits = 16;
+    RawAudioFormat sound = {kSamplePCM, 2, 16, 44100};
     if (format.kind == kRawAudio) {
         const RawAudioFormat& view = format.raw_audio;
-        if (view.format != kSampleUnknown) tag = TagOfSampleFormat(view.format);
-        if (view.srate > 0) rate = static_cast<uint32_t>(view.srate);
-        if (view.ch > 0) channels = view.ch;
-        if (view.bitspersample > 0) bits = view.bitspersample;
+        if (view.format != kSampleUnknown) sound.format = view.format;
+        if (view.srate > 0) sound.srate = view.srate;
+        if (view.ch > 0) sound.ch = view.ch;
+        if (view.bitspersample > 0) sound.bitspersample = view.bitspersample;
     }
-    fLayout.AddSoundStream(tag, rate, channels, bits);
+    fLayout.AddSoundStream(sound);
     return kOK;
 }
 

@@ -31,8 +31,8 @@ public:
     void SetLimits(const AVILimits& limits) { fLimits = limits; }
 
     // Lays down a DV file: one stream for Type 1, stream 0 video and stream 1 audio for Type 2.
-    // `flags` are AVIFlag; without kAVIPAL it is NTSC. `handler` 0 is "dvsd". `audio_rate_code`:
-    // 0 is 48000 Hz, 1 is 44100, 2 is 32000.
+    // `flags` are AVIFlag; without kAVIPAL it is NTSC. `handler` 0 is "dvsd". `audio_rate_code`
+    // is a place in kAudioRates: 0 is 48000 Hz, 1 is 44100, 2 is 32000.
     Status BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rate_code);
     // Lays down a file without streams; they are added by the next three, in their order.
     Status BeginAVI(uint32_t flags);

@@ -1,11 +1,12 @@
-// The writing side of QTFile.
+#include "media/quicktime/writer/qt_writer.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "base/four_cc.h"
-#include "base/status.h"
-#include "media/quicktime/qt_file.h"
+#include "media/quicktime/structure/qt_formats.h"
+#include "media/quicktime/writer/qt_layout.h"
+#include "media/quicktime/writer/qt_movie_builder.h"
 
 namespace kelvane {
 
@@ -79,7 +80,9 @@ bool IsWritableRate(int64_t rate)
 
 }  // namespace
 
-void QTFile::Create()
+QTWriter::QTWriter(QTMovie& movie, PositionedFile& file) : fMovie(movie), fFile(file) {}
+
+Status QTWriter::Begin()
 {
     Bytes head;
     ByteWriter writer(head, ByteOrder::kBig);
@@ -90,33 +93,27 @@ void QTFile::Create()
     fMovie.texts[QTMovie::kInformation] = kDefaultInformation;
     fMediaEnd = kMediaHead;
     // A device that is full already is no destination.
-    fInitCheck = fFile.Write(head);
+    return fFile.Write(head);
 }
 
-void QTFile::SetOptions(uint32_t options, const char* information)
+void QTWriter::SetOptions(uint32_t options, const char* information)
 {
     fOptions = options;
     if (information) fMovie.texts[QTMovie::kInformation] = information;
 }
 
-Status QTFile::AddVideoTrack(const MediaFormat& format)
+Status QTWriter::AddVideoTrack(const MediaFormat& format)
 {
     return format.kind == kRawVideo ? AddVideo(format) : kFormatNotSupported;
 }
 
-Status QTFile::AddEncodedVideoTrack(const MediaFormat& format)
+Status QTWriter::AddEncodedVideoTrack(const MediaFormat& format)
 {
     return format.kind == kEncodedVideo ? AddVideo(format) : kFormatNotSupported;
 }
 
-Status QTFile::AddDVTrack(bool pal)
+Status QTWriter::AddVideo(const MediaFormat& format)
 {
-    return AddVideo(DVFormat(pal));
-}
-
-Status QTFile::AddVideo(const MediaFormat& format)
-{
-    if (!IsDestination()) return kError;
     const QTVideoChoice choice = ChooseQTVideo(format, fOptions);
     const QTTimeScale time = QTTimeScaleOf(format.FrameRate());
     const int32_t width = format.Width(), height = format.Height();
@@ -130,24 +127,22 @@ Status QTFile::AddVideo(const MediaFormat& format)
     track.header.Set(kTrackHeader["track height"], static_cast<uint64_t>(height) << 16);
     track.samples.Begin(time.frame, 0);
     track.samples.descriptions.push_back(VideoDescription(choice, width, height, fOptions));
-    AddStreams(fMovie.tracks.size() - 1);
     return kOK;
 }
 
-Status QTFile::AddPCMAudioTrack(const MediaFormat& format)
+Status QTWriter::AddPCMAudioTrack(const MediaFormat& format)
 {
     return format.kind == kRawAudio ? AddSound(format, format.raw_audio) : kFormatNotSupported;
 }
 
-Status QTFile::AddAudioTrack(const MediaFormat& format)
+Status QTWriter::AddAudioTrack(const MediaFormat& format)
 {
     if (format.kind == kEncodedAudio) return AddSound(format, format.encoded_audio.output);
     return AddPCMAudioTrack(format);
 }
 
-Status QTFile::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
+Status QTWriter::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
 {
-    if (!IsDestination()) return kError;
     if (sound.ch < 1) return kOK;
     const uint32_t code = ChooseQTSound(format);
     if (!code || !IsWritableRate(sound.srate) || sound.bitspersample < 8)
@@ -159,15 +154,14 @@ Status QTFile::AddSound(const MediaFormat& format, const RawAudioFormat& sound)
     description.fields.Set(kDescriptionHead["data reference index"], 1);
     description.fields.Set(kDescriptionHead["vendor"], "appl"_4cc);
     SetSoundFields(track, static_cast<uint32_t>(sound.srate), sound.ch, sound.bitspersample);
-    AddStreams(fMovie.tracks.size() - 1);
     return kOK;
 }
 
-Status QTFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits)
+Status QTWriter::SetAudioFormat(const QTStream& stream, int32_t rate, int32_t channels,
+                                int32_t bits)
 {
-    Stream* s = StreamAt(stream);
-    if (!IsDestination() || !s || s->kind != kSound) return kError;
-    QTTrack& track = fMovie.tracks[s->track];
+    if (stream.kind != QTStream::kSound) return kError;
+    QTTrack& track = fMovie.TrackOf(stream);
     if (rate < 1) rate = static_cast<int32_t>(track.SampleRate());
     if (channels < 1)
         channels = static_cast<int32_t>(track.Described(kSoundDescription["number of channels"]));
@@ -180,19 +174,18 @@ Status QTFile::SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, in
     return kOK;
 }
 
-Status QTFile::WriteFrame(int32_t stream, const void* data, uint32_t size)
+Status QTWriter::WriteFrame(const QTStream& stream, const void* data, uint32_t size)
 {
-    Stream* s = StreamAt(stream);
-    if (!IsDestination() || fClosed || !s || !data) return kError;
-    QTTrack& track = fMovie.tracks[s->track];
-    if (s->kind == kSound) return WriteSound(track, data, size);
+    if (fClosed || !data) return kError;
+    QTTrack& track = fMovie.TrackOf(stream);
+    if (stream.kind == QTStream::kSound) return WriteSound(track, data, size);
     uint64_t offset;
     const Status status = WriteMedia(data, size, offset);
     if (status == kOK) track.samples.AddSample(offset, size);
     return status;
 }
 
-Status QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
+Status QTWriter::WriteSound(QTTrack& track, const void* data, uint32_t size)
 {
     const uint32_t format = track.Format();
     const auto channels =
@@ -212,7 +205,7 @@ Status QTFile::WriteSound(QTTrack& track, const void* data, uint32_t size)
     return status;
 }
 
-Status QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
+Status QTWriter::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
 {
     offset = fMediaEnd;
     fFile.SetPosition(fMediaEnd);
@@ -221,26 +214,27 @@ Status QTFile::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
     return status;
 }
 
-Status QTFile::Close()
+Status QTWriter::Close()
 {
-    if (!IsDestination() || fClosed) return fCloseStatus;
-    fClosed = true;
+    if (fClosed) return *fClosed;
+    fClosed = kError;  // of one that memory runs out in: no second one
     uint64_t end = fMediaEnd, size = 0;
-    fCloseStatus = WriteMovie(end, size);
-    const bool has_movie = fCloseStatus == kOK || WriteMovieOverMedia(end, size) == kOK;
+    const Status written = WriteMovie(end, size);
+    const bool has_movie = written == kOK || WriteMovieOverMedia(end, size) == kOK;
     // What a broken write or given up media left behind the header would be taken for atoms; a
     // header that failed left the position at its start, and goes as well.
-    fCloseStatus = FirstFailure(fCloseStatus, fFile.Truncate());
+    const Status cut = fFile.Truncate();
     const Status sized = WriteMediaSize(end);
-    fCloseStatus = FirstFailure(fCloseStatus, FirstFailure(sized, fFile.Close()));
+    const Status closed = fFile.Close();
+    fClosed = FirstFailure(FirstFailure(written, cut), FirstFailure(sized, closed));
     // Without either of them no reader finds a frame.
     if (!has_movie || sized != kOK) GiveUpMedia(0);
-    return fCloseStatus;
+    return *fClosed;
 }
 
 // Where there is no room for a header of `size` bytes the last megabyte of media makes it; for a
 // header that is larger then as much as it needs. `end` is where the media that stay end.
-Status QTFile::WriteMovieOverMedia(uint64_t& end, uint64_t size)
+Status QTWriter::WriteMovieOverMedia(uint64_t& end, uint64_t size)
 {
     Status status = kError;
     uint64_t given_up = 0;
@@ -258,7 +252,7 @@ Status QTFile::WriteMovieOverMedia(uint64_t& end, uint64_t size)
     return status;
 }
 
-Status QTFile::WriteMediaSize(uint64_t end)
+Status QTWriter::WriteMediaSize(uint64_t end)
 {
     uint8_t size[8];
     StoreBytes(size, end, ByteOrder::kBig);  // the "mdat" begins at byte 0
@@ -266,7 +260,7 @@ Status QTFile::WriteMediaSize(uint64_t end)
     return fFile.Write(size);
 }
 
-Status QTFile::WriteMovie(uint64_t start, uint64_t& size)
+Status QTWriter::WriteMovie(uint64_t start, uint64_t& size)
 {
     FinishQTMovie(fMovie);
     const Bytes moov = BuildQTMovie(fMovie, fOptions & kQTWideOffsets);
@@ -276,7 +270,7 @@ Status QTFile::WriteMovie(uint64_t start, uint64_t& size)
 }
 
 // Takes all chunks that end behind `from` out of the tables.
-void QTFile::GiveUpMedia(uint64_t from)
+void QTWriter::GiveUpMedia(uint64_t from)
 {
     for (QTTrack& track : fMovie.tracks) {
         QTSampleTables& tables = track.samples;

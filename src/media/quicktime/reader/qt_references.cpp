@@ -1,4 +1,4 @@
-#include "media/quicktime/qt_references.h"
+#include "media/quicktime/reader/qt_references.h"
 
 #include <algorithm>
 #include <string_view>

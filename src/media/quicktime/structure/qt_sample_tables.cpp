@@ -1,4 +1,4 @@
-#include "media/quicktime/qt_sample_tables.h"
+#include "media/quicktime/structure/qt_sample_tables.h"
 
 #include <algorithm>
 

@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "media/quicktime/qt_atoms.h"
-#include "media/quicktime/qt_fields.h"
-#include "media/quicktime/qt_sample_tables.h"
-#include "platform/files/file_handle.h"
+#include "media/quicktime/structure/qt_atoms.h"
+#include "media/quicktime/structure/qt_fields.h"
+#include "media/quicktime/structure/qt_sample_tables.h"
 
 namespace kelvane {
 
@@ -46,9 +45,8 @@ struct QTTrack {
     std::vector<QTDataReference> data_references;
     QTSampleTables samples;
 
-    // Of the media that lie in other files, by data reference; opened when first read from.
+    // Of the files that media lie in, by data reference; empty where it is the movie's own.
     std::vector<std::string> external_names;
-    std::vector<FileHolder> external_files;
 
     // The first sample description, null when there is none.
     const QTSampleDescription* Description() const;
@@ -70,29 +68,29 @@ struct QTTrack {
     uint32_t SampleRate() const;
 };
 
+// The pictures or the sound of a track, and what of them is read next.
+struct QTStream {
+    enum Kind { kSound = 1, kVideo = 2 };
+
+    Kind kind;
+    size_t track;         // in QTMovie::tracks
+    uint64_t sample = 0;  // from 0
+    uint64_t chunk = 1;   // from 1
+};
+
 struct QTMovie {
     AtomFields header{kMovieHeader};
     std::vector<QTTrack> tracks;
+    std::vector<QTStream> streams;  // by track
     // Bodies of "\xA9" "cpy", "nam" and "inf" without length and language.
     enum Text { kCopyright, kName, kInformation, kTextCount };
     std::array<std::string, kTextCount> texts;
     Bytes colour_table;  // body of a "ctab"
+
+    // Those of one track; a track with both headers is two streams.
+    void AddStreams(size_t track);
+    QTTrack& TrackOf(const QTStream& stream) { return tracks[stream.track]; }
+    const QTTrack& TrackOf(const QTStream& stream) const { return tracks[stream.track]; }
 };
-
-// A movie as a destination begins it: times are now, all else the defaults of the format.
-QTMovie NewQTMovie();
-// Adds a track with the next track id, its self-contained data reference and the handlers of
-// video or sound.
-QTTrack& AddQTTrack(QTMovie& movie, bool video);
-// Sets counts and durations from the sample tables: of the tracks, and of the movie the longest.
-void FinishQTMovie(QTMovie& movie);
-
-// Fills a movie from the body of its "moov" ("cmov" included). Whatever the bytes are, what can be
-// read is read and the rest left out.
-void ParseQTMovie(std::span<const uint8_t> moov, QTMovie& movie);
-
-// The whole "moov" atom. Offsets go to "co64" when `wide_offsets`, else their low 32 bits to
-// "stco".
-Bytes BuildQTMovie(const QTMovie& movie, bool wide_offsets);
 
 }  // namespace kelvane

@@ -1,11 +1,11 @@
-#include "media/quicktime/qt_formats.h"
+#include "media/quicktime/structure/qt_formats.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "base/four_cc.h"
 #include "base/television.h"
-#include "media/quicktime/qt_fields.h"
+#include "media/quicktime/structure/qt_fields.h"
 
 namespace kelvane {
 
@@ -166,9 +166,8 @@ QTVideoChoice ChooseQTVideo(const MediaFormat& format, uint32_t options)
         return raw ? raw->choice : QTVideoChoice{};
     }
     if (format.kind != kEncodedVideo) return {};
+    if (format.IsDV25()) return {DVFormatCode(format.FrameRate(), options)};
     const uint32_t encoding = format.encoded_video.encoding;
-    if (encoding == kEncodingDV || encoding == kEncodingDVCPRO25)
-        return {DVFormatCode(format.FrameRate(), options)};
     const auto* encoded = Find(kEncodedFormats, &EncodedFormat::encoding, encoding);
     if (!encoded) return {};
     // Animation copied from a file of 32 bits stays that.

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "base/byte_cursor.h"
-#include "media/quicktime/qt_atoms.h"
-#include "media/quicktime/qt_fields.h"
+#include "media/quicktime/structure/qt_atoms.h"
+#include "media/quicktime/structure/qt_fields.h"
 
 namespace kelvane {
 

@@ -1,4 +1,4 @@
-#include "media/quicktime/qt_compressed_header.h"
+#include "media/quicktime/reader/qt_compressed_header.h"
 
 #include <zlib.h>
 
@@ -6,7 +6,7 @@
 
 #include "base/four_cc.h"
 #include "base/status.h"
-#include "media/quicktime/qt_atoms.h"
+#include "media/quicktime/structure/qt_atoms.h"
 
 namespace kelvane {
 

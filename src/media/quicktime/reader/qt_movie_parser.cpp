@@ -1,11 +1,12 @@
+#include "media/quicktime/reader/qt_movie_parser.h"
+
 #include <algorithm>
 #include <limits>
 
 #include "base/four_cc.h"
 #include "base/status.h"
-#include "media/quicktime/qt_compressed_header.h"
-#include "media/quicktime/qt_movie.h"
-#include "media/quicktime/qt_references.h"
+#include "media/quicktime/reader/qt_compressed_header.h"
+#include "media/quicktime/reader/qt_references.h"
 
 namespace kelvane {
 

@@ -1,5 +1,6 @@
+#include "media/quicktime/writer/qt_movie_builder.h"
+
 #include "base/four_cc.h"
-#include "media/quicktime/qt_movie.h"
 
 namespace kelvane {
 

@@ -1,11 +1,10 @@
-#include "media/quicktime/qt_movie.h"
-
-#include <utility>
+#include "media/quicktime/writer/qt_layout.h"
 
 #include <algorithm>
 #include <ctime>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "base/four_cc.h"
 
@@ -73,37 +72,6 @@ uint64_t Capped(uint64_t value)
 
 }  // namespace
 
-const QTSampleDescription* QTTrack::Description() const
-{
-    return samples.descriptions.empty() ? nullptr : &samples.descriptions.front();
-}
-
-QTSampleDescription* QTTrack::Description()
-{
-    return samples.descriptions.empty() ? nullptr : &samples.descriptions.front();
-}
-
-uint32_t QTTrack::Format() const
-{
-    return static_cast<uint32_t>(Described(kDescriptionHead["data format"]));
-}
-
-uint64_t QTTrack::Described(const HeaderField& field) const
-{
-    const QTSampleDescription* description = Description();
-    return description ? description->fields.Get(field) : 0;
-}
-
-uint32_t QTTrack::TimeScale() const
-{
-    return static_cast<uint32_t>(media_header.Get(kMediaHeader["time scale"]));
-}
-
-uint32_t QTTrack::SampleRate() const
-{
-    return static_cast<uint32_t>(Described(kSoundDescription["sample rate"]) >> 16);
-}
-
 QTMovie NewQTMovie()
 {
     QTMovie movie;
@@ -142,7 +110,9 @@ QTTrack& AddQTTrack(QTMovie& movie, bool video)
     SetHandler(track.data_handler, "dhlr"_4cc, "alis"_4cc, "Apple Alias Data Handler");
     track.data_references.push_back({"alis"_4cc, QTDataReference::kSelfContained, {}});
     video ? SetVideo(track) : SetSound(track);
-    return movie.tracks.emplace_back(std::move(track));
+    movie.tracks.push_back(std::move(track));
+    movie.AddStreams(movie.tracks.size() - 1);
+    return movie.tracks.back();
 }
 
 void FinishQTMovie(QTMovie& movie)

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "media/quicktime/qt_movie.h"
+#include "media/quicktime/structure/qt_movie.h"
 #include "platform/files/volume_table.h"
 
 namespace kelvane {

@@ -1,15 +1,16 @@
-// The reading side of QTFile.
+#include "media/quicktime/reader/qt_reader.h"
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
 #include "base/four_cc.h"
 #include "base/saturating.h"
-#include "base/status.h"
-#include "media/quicktime/qt_compressed_header.h"
-#include "media/quicktime/qt_file.h"
-#include "media/quicktime/qt_references.h"
+#include "media/quicktime/reader/qt_compressed_header.h"
+#include "media/quicktime/reader/qt_movie_parser.h"
+#include "media/quicktime/reader/qt_references.h"
+#include "media/quicktime/structure/qt_formats.h"
 
 namespace kelvane {
 
@@ -48,60 +49,56 @@ uint64_t ChunkBytes(QTTrack& track, const QTSamplePlace& chunk)
 
 }  // namespace
 
-void QTFile::Parse()
+QTReader::QTReader(QTMovie& movie, PositionedFile& file, const VolumeTable& volumes)
+    : fMovie(movie), fFile(file), fVolumes(volumes)
 {
-    bool media_seen = false, movie_seen = false;
+}
+
+Status QTReader::Parse()
+{
+    bool media_seen = false;
+    std::optional<Status> movie;
     AtomHead head;
-    for (int i = 0; i < kMaxTopLevelAtoms && !(media_seen && movie_seen); i++) {
+    for (int i = 0; i < kMaxTopLevelAtoms && !(media_seen && movie); i++) {
         std::array<uint8_t, kMaxAtomHead> window;
         const uint64_t position = i ? head.Next() : 0;
         fFile.SetPosition(position);
         size_t got = 0;
         const Status status = fFile.Read(window, got);
         // Without the heads before it nobody knows where the movie is.
-        if (status == kUnread && !movie_seen) {
-            fInitCheck = {kError, status.SystemError()};
-            return;
-        }
+        if (status == kUnread && !movie) return {kError, status.SystemError()};
         if (!ReadAtomHead(std::span(window).first(got), position, head)) break;
         if (!IsLetters(head.type)) break;
         if (head.type == "mdat"_4cc) media_seen = true;
-        if (head.type == "moov"_4cc && !movie_seen) {
-            movie_seen = true;
-            ParseMovieAtom(head);
-        }
+        if (head.type == "moov"_4cc && !movie) movie = ParseMovieAtom(head);
     }
-    if (!movie_seen) fInitCheck = kNotThisClass;
+    return movie.value_or(kNotThisClass);
 }
 
-void QTFile::ParseMovieAtom(const AtomHead& head)
+Status QTReader::ParseMovieAtom(const AtomHead& head)
 {
     const uint64_t end = std::min(head.end, fFile.Length());
     const uint64_t size = end > head.body ? end - head.body : 0;
-    if (size > kMaxMovieHeader) {
-        fInitCheck = kCorrupted;
-        return;
-    }
+    if (size > kMaxMovieHeader) return kCorrupted;
     Bytes body(static_cast<size_t>(size));
     fFile.SetPosition(head.body);
     size_t got = 0;
-    if (const Status status = fFile.Read(body, got); status == kUnread) {
-        fInitCheck = {kError, status.SystemError()};
-        return;
-    }
+    if (const Status status = fFile.Read(body, got); status == kUnread)
+        return {kError, status.SystemError()};
     body.resize(got);
     ParseQTMovie(body, fMovie);
     for (size_t track = 0; track < fMovie.tracks.size(); track++)
-        AddStreams(track);
-    fInitCheck = kOK;
+        fMovie.AddStreams(track);
+    fExternalFiles.resize(fMovie.tracks.size());
+    return kOK;
 }
 
-uint64_t QTFile::FrameSize(int32_t stream, int64_t frame)
+uint64_t QTReader::FrameSize(const QTStream& stream, int64_t frame)
 {
-    const Stream* s = StreamAt(stream);
-    if (!s || frame < 0) return 0;
-    QTTrack& track = fMovie.tracks[s->track];
-    if (s->kind == kVideo) return track.samples.SampleSize(static_cast<uint64_t>(frame));
+    if (frame < 0) return 0;
+    QTTrack& track = fMovie.TrackOf(stream);
+    if (stream.kind == QTStream::kVideo)
+        return track.samples.SampleSize(static_cast<uint64_t>(frame));
     QTSamplePlace place;
     if (!track.samples.FindChunk(static_cast<uint64_t>(frame) + 1, place)) return 0;
     const uint64_t bytes = ChunkBytes(track, place);
@@ -109,56 +106,54 @@ uint64_t QTFile::FrameSize(int32_t stream, int64_t frame)
     return bytes > (track.external_names.empty() ? fFile.Length() : kMostExternalSound) ? 0 : bytes;
 }
 
-Status QTFile::SeekFrame(int32_t stream, int64_t frame)
+Status QTReader::SeekFrame(QTStream& stream, int64_t frame)
 {
-    Stream* s = StreamAt(stream);
-    if (!s || frame < 0) return kError;
-    QTSampleTables& tables = fMovie.tracks[s->track].samples;
+    if (frame < 0) return kError;
+    QTSampleTables& tables = fMovie.TrackOf(stream).samples;
     const uint64_t place = static_cast<uint64_t>(frame);
     QTSamplePlace found;
-    if (s->kind == kVideo) {
+    if (stream.kind == QTStream::kVideo) {
         if (place > tables.SampleCount()) return kError;
-        s->sample = place;
-        s->chunk = tables.FindSample(place, found) ? found.chunk : tables.ChunkCount() + 1;
+        stream.sample = place;
+        stream.chunk = tables.FindSample(place, found) ? found.chunk : tables.ChunkCount() + 1;
     } else {
         if (place > tables.ChunkCount()) return kError;
-        s->chunk = place + 1;
-        s->sample = tables.FindChunk(s->chunk, found) ? found.first_sample : tables.SampleCount();
+        stream.chunk = place + 1;
+        stream.sample =
+            tables.FindChunk(stream.chunk, found) ? found.first_sample : tables.SampleCount();
     }
     return kOK;
 }
 
-Status QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTReader::ReadFrame(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
-    size = 0;
-    Stream* s = StreamAt(stream);
-    if (!s || fMode == kCreate) return kError;
-    return s->kind == kVideo ? ReadVideo(*s, buffer, size) : ReadSound(*s, buffer, size);
+    return stream.kind == QTStream::kVideo ? ReadVideo(stream, buffer, size)
+                                           : ReadSound(stream, buffer, size);
 }
 
-Status QTFile::ReadVideo(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTReader::ReadVideo(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
-    QTTrack& track = fMovie.tracks[stream.track];
+    QTTrack& track = fMovie.TrackOf(stream);
     QTSamplePlace place;
     if (stream.sample >= track.samples.SampleCount()) return kEnd;
     if (!track.samples.FindSample(stream.sample, place)) return kMissing;
     const uint32_t bytes = track.samples.SampleSize(stream.sample);
-    const Status status = ReadMedia(track, place, bytes, buffer, size);
+    const Status status = ReadMedia(stream, place, bytes, buffer, size);
     if (status != kOK) return status;
     stream.sample++;
     stream.chunk = place.chunk;
     return kOK;
 }
 
-Status QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& size)
+Status QTReader::ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size)
 {
-    QTTrack& track = fMovie.tracks[stream.track];
+    QTTrack& track = fMovie.TrackOf(stream);
     QTSamplePlace place;
     if (!track.samples.FindChunk(stream.chunk, place)) {
         const bool end = stream.chunk > track.samples.ChunkCount() && !track.samples.LacksChunks();
         return end ? kEnd : kMissing;
     }
-    const Status status = ReadMedia(track, place, ChunkBytes(track, place), buffer, size);
+    const Status status = ReadMedia(stream, place, ChunkBytes(track, place), buffer, size);
     // Words of 16 bits whatever the sample size is, as the writer does.
     if (track.Format() == "twos"_4cc) SwapWords(buffer.data(), buffer.data(), size / 2);
     if (status != kOK) return status;
@@ -168,11 +163,11 @@ Status QTFile::ReadSound(Stream& stream, std::span<uint8_t> buffer, uint32_t& si
 }
 
 // Reads `bytes` bytes, or the first of them that the buffer has room for.
-Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t bytes,
-                         std::span<uint8_t> buffer, uint32_t& size)
+Status QTReader::ReadMedia(const QTStream& stream, const QTSamplePlace& place, uint64_t bytes,
+                           std::span<uint8_t> buffer, uint32_t& size)
 {
     FileHandle file = kNoFile;
-    if (const Status status = OpenMedia(track, place, file); status != kOK) return status;
+    if (const Status status = OpenMedia(stream, place, file); status != kOK) return status;
     constexpr size_t kMostAtOnce = std::numeric_limits<uint32_t>::max();
     const auto into = buffer.first(
         static_cast<size_t>(std::min<uint64_t>(bytes, std::min(buffer.size(), kMostAtOnce))));
@@ -184,9 +179,10 @@ Status QTFile::ReadMedia(QTTrack& track, const QTSamplePlace& place, uint64_t by
 }
 
 // The file that holds the media: this one, or another that is opened when it is first read from.
-Status QTFile::OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle& file)
+Status QTReader::OpenMedia(const QTStream& stream, const QTSamplePlace& place, FileHandle& file)
 {
     file = fFile.Handle();
+    const QTTrack& track = fMovie.TrackOf(stream);
     const auto& descriptions = track.samples.descriptions;
     if (descriptions.empty()) return kOK;
     const size_t which = std::clamp<size_t>(place.description, 1, descriptions.size()) - 1;
@@ -196,8 +192,9 @@ Status QTFile::OpenMedia(QTTrack& track, const QTSamplePlace& place, FileHandle&
     if (reference < 1 || reference > track.external_names.size() ||
         (reference <= references.size() && references[reference - 1].IsSelfContained()))
         return kOK;
-    track.external_files.resize(track.external_names.size());
-    FileHolder& holder = track.external_files[reference - 1];
+    std::vector<FileHolder>& files = fExternalFiles[stream.track];
+    files.resize(track.external_names.size());
+    FileHolder& holder = files[reference - 1];
     if (!holder.IsOpen()) {
         const std::string path = ResolveReference(track.external_names[reference - 1], fVolumes);
         holder = FileHolder(FileOpen(path.c_str(), kOpenRead));

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "format/media_format.h"
-#include "media/quicktime/qt_movie.h"
+#include "media/quicktime/structure/qt_movie.h"
 
 namespace kelvane {
 

@@ -1,4 +1,4 @@
-#include "media/quicktime/qt_atoms.h"
+#include "media/quicktime/structure/qt_atoms.h"
 
 #include <algorithm>
 #include <limits>
