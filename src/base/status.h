@@ -24,7 +24,8 @@ enum StatusCode : int {
     kUnread = -202,    // it is in the file, and the system could not read it
     kTooLarge = -203,  // larger than the buffer
 
-    kUnwritten = -204  // a frame or a chunk that the destination did not take
+    kUnwritten = -204,   // a frame or a chunk that the destination did not take
+    kUndecodable = -205  // a frame that its codec cannot decode
 };
 
 // A code, and what the system said where the system failed.

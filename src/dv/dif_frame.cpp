@@ -38,6 +38,20 @@ void DIFFrame::AttachFrame(uint8_t* frame, uint32_t size, bool copy)
     fBytes = {fOwned.get(), room};
 }
 
+bool BeginsWithHeaderBlock(std::span<const uint8_t> bytes)
+{
+    return bytes.size() >= 3 && (bytes[0] & 0xE0) == 0 && (bytes[1] & 0xF7) == 0x07 &&
+           bytes[2] == 0;
+}
+
+std::optional<bool> SystemOfFrame(std::span<const uint8_t> bytes)
+{
+    if (bytes.size() < kDIFBlockSize || !BeginsWithHeaderBlock(bytes)) return std::nullopt;
+    const bool pal = (bytes[3] & 0x80) != 0;  // DSF
+    const auto whole = static_cast<size_t>(SystemFor(pal).dv_frame_size);
+    return bytes.size() == whole ? std::optional(pal) : std::nullopt;
+}
+
 void DIFFrame::ParseVideoAux()
 {
     fPackCount = 0;

@@ -27,6 +27,13 @@ struct AudioInfo {
     uint32_t channels = 0;     // 2 or 4
 };
 
+// True for bytes that begin with a DIF block of the header section, the first of a frame (IEC
+// 61834-2, SMPTE 314M).
+bool BeginsWithHeaderBlock(std::span<const uint8_t> bytes);
+// Of exactly one whole frame, by its header block and its size: true for 625/50, false for 525/60.
+// Nothing of any other bytes.
+std::optional<bool> SystemOfFrame(std::span<const uint8_t> bytes);
+
 using Pack = std::array<uint8_t, kPackSize>;
 
 // Looks inside one DV frame in memory, whole (120000 or 144000 bytes) and of any content: it does

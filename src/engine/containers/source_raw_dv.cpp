@@ -1,5 +1,4 @@
-#include <vector>
-
+#include "base/byte_cursor.h"
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "base/television.h"
@@ -21,18 +20,18 @@ public:
     std::string Open()
     {
         if (fFile.InitCheck() != kOK) return kCannotOpen;
-        std::vector<uint8_t> first(static_cast<size_t>(kPAL.dv_frame_size));
+        Bytes first(static_cast<size_t>(kPAL.dv_frame_size));
         int32_t count = 1;
         fFile.SetRecordSize(kPAL.dv_frame_size);
         // A single NTSC frame is less than this record; its bytes arrive all the same.
         const Status read = fFile.Read(first.data(), count);
         // Without it nobody knows the television system.
         if (read == kUnread) return kCannotOpen + read.Reason();
-        if (fFile.Seek(0) != kOK) return kCannotOpen;
         has_companions = true;
-        is_pal = DIFFrame(first.data(), static_cast<uint32_t>(first.size())).IsPAL();
+        is_pal = SystemToldBy(first);
         fRecordSize = SystemFor(is_pal).dv_frame_size;
         fFile.SetRecordSize(fRecordSize);
+        if (fFile.Seek(0) != kOK) return kCannotOpen;
         format = DVFormat(is_pal);
         handler = FourCC("dvsd");
         return {};
@@ -53,6 +52,27 @@ public:
     }
 
 private:
+    static DIFFrame Look(Bytes& frame)
+    {
+        return DIFFrame(frame.data(), static_cast<uint32_t>(frame.size()));
+    }
+
+    // A blank frame at the beginning of a tape does not tell the system of the film: the next one
+    // with video auxiliary data does, where there is one among the first four.
+    bool SystemToldBy(Bytes& first)
+    {
+        if (Look(first).IsWidescreen() >= 0) return Look(first).IsPAL();
+        for (const int64_t number : {1, 2, 3})
+            for (const bool pal : {true, false}) {
+                Bytes frame(static_cast<size_t>(SystemFor(pal).dv_frame_size));
+                int32_t count = 1;
+                fFile.SetRecordSize(SystemFor(pal).dv_frame_size);
+                if (fFile.Seek(number) != kOK || fFile.Read(frame.data(), count) != kOK) continue;
+                if (SystemOfFrame(frame) == pal && Look(frame).IsWidescreen() >= 0) return pal;
+            }
+        return Look(first).IsPAL();
+    }
+
     RawDVFile fFile;
     int32_t fRecordSize = 0;
 };

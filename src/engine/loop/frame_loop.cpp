@@ -42,10 +42,17 @@ Result<FrameLoop::Turn> FrameLoop::TakeTurn()
         return read.Error();
     if (fFeed.IsOver() || !ring.Current()) return Turn::kEnd;
     SourceFrame& current = *ring.Current();
-    if (fSource.format.IsDV()) fTape.LookAt(current.Bytes());
+    if (fSource.format.IsDV()) LookAtTape();
     if (const auto made = PassesThrough() ? PassOn(current) : Reencode(); !made)
         return made.Error();
     return AdvanceAndReport();
+}
+
+void FrameLoop::LookAtTape()
+{
+    const NeighbourFrames frames = fFeed.Ring().Neighbours();
+    using enum Neighbour;
+    fTape.LookAt({frames[kCurrent]->Bytes(), frames[kNext]->Bytes(), frames[kNewest]->Bytes()});
 }
 
 namespace {

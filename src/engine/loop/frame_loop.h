@@ -32,12 +32,15 @@ public:
     const FrameFeed& Feed() const { return fFeed; }
     const FrameSink& Sink() const { return fSink; }
     const TapeFacts& Tape() const { return fTape; }
+    // Frames that were read and could not be decoded.
+    uint64_t Undecodable() const { return fPictures.Undecodable(); }
     Wish LastWish() const { return fWish; }
 
 private:
     enum class Turn { kGoOn, kEnd };
 
     Result<Turn> TakeTurn();
+    void LookAtTape();
     bool PassesThrough() const;
     Result<> PassOn(SourceFrame& frame);
     Result<> Reencode();

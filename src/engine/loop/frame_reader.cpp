@@ -14,13 +14,6 @@ namespace {
 // time over each.
 constexpr int64_t kSecondsOneByOne = 10;
 
-// A DIF block of the header section, the first of a frame (IEC 61834-2, SMPTE 314M).
-bool BeginsWithHeaderBlock(std::span<const uint8_t> chunk)
-{
-    return chunk.size() >= 3 && (chunk[0] & 0xE0) == 0 && (chunk[1] & 0xF7) == 0x07 &&
-           chunk[2] == 0;
-}
-
 }  // namespace
 
 FrameReader::FrameReader(Source& source, Losses& losses)
@@ -83,6 +76,8 @@ FrameReader::Reading FrameReader::Read(int64_t number, std::span<uint8_t> buffer
 FrameReader::Reading FrameReader::CheckDV(std::span<const uint8_t> chunk)
 {
     fCut = chunk.size() > fFrameBytes;
+    // The film's television system is settled.
+    if (SystemOfFrame(chunk).value_or(fSource.is_pal) != fSource.is_pal) return {Fault::kBad};
     if (chunk.size() < fFrameBytes) return {Fault::kShort};
     if (fCut && !BeginsWithHeaderBlock(chunk)) return {Fault::kBad};
     return {Fault::kNone, fFrameBytes};

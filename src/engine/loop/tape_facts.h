@@ -2,16 +2,20 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "dv/dif_frame.h"
 
 namespace kelvane {
 
-// What the DV frames of a source tell: the first one of the whole file, every one of the time.
+// What the DV frames of a source tell: one at its beginning of the whole file, every one of the
+// time.
 class TapeFacts {
 public:
-    // To be called with each frame in turn.
-    void LookAt(std::span<uint8_t> frame);
+    // To be called with each frame in turn; `frames` is that one and those behind it that are
+    // known. The first time the first of them that has video auxiliary data tells what the file is,
+    // or else the frame itself: tapes can begin with a blank one.
+    void LookAt(const std::vector<std::span<uint8_t>>& frames);
 
     bool IsDVCPRO() const { return fIsDVCPRO; }
     bool IsWide() const { return fIsWide; }
@@ -20,6 +24,8 @@ public:
     const Timecode& LastTimecode() const { return fLast; }
 
 private:
+    void Settle(const std::vector<std::span<uint8_t>>& frames);
+
     DIFFrame fFrame;
     bool fKnowsFirst = false;
     bool fIsDVCPRO = false;

@@ -9,6 +9,12 @@
 
 namespace kelvane {
 
+namespace {
+
+constexpr char kNoDecoder[] = "No suitable decoder is found.";
+
+}  // namespace
+
 Result<> PictureDecoder::Decode(std::span<const uint8_t> frame, bool dvcpro,
                                 std::span<uint8_t> picture)
 {
@@ -25,7 +31,7 @@ Result<> PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
     const size_t pixels = PixelsOf(fFormat);
     const bool narrow = slot.PictureSpace() == kBGR24;
     if (slot.Decode(frame, picture.first(pixels * (narrow ? 3 : 4))) != kOK)
-        return Failure{kError, slot.CodingError()};
+        return Failure{kUndecodable, slot.CodingError()};
     if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
     return {};
 }
@@ -51,12 +57,11 @@ bool PictureDecoder::TurnsRows() const
 
 Result<> PictureDecoder::DecodeBuiltIn(std::span<const uint8_t> frame, std::span<uint8_t> picture)
 {
-    if (!FindCodec()) return Failure{kError, "No suitable decoder is found."};
+    if (!FindCodec()) return Failure{kError, kNoDecoder};
     const size_t pixels = PixelsOf(fFormat);
     const bool narrow = fCodec->OutputFormat().Space() == kBGR24;
     fLastOutput.resize(pixels * 4);
-    // A failed picture passes for a good one: of a damaged frame remains what could be decoded.
-    static_cast<void>(fCodec->Convert(frame, fLastOutput));
+    if (!fCodec->Convert(frame, fLastOutput)) return Failure{kUndecodable, kNoDecoder};
     std::ranges::copy(fLastOutput, picture.begin());
     if (narrow) Rgb24ToRgb32(picture.data(), picture.data(), pixels, 0);
     if (TurnsRows())

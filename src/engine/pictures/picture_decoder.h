@@ -23,7 +23,7 @@ public:
     }
 
     // `frame` is as read from the file, `dvcpro` what the first frame of a DV source said. The
-    // picture is of 4 bytes a pixel.
+    // picture is of 4 bytes a pixel. kUndecodable when it is this frame that cannot be decoded.
     Result<> Decode(std::span<const uint8_t> frame, bool dvcpro, std::span<uint8_t> picture);
 
 private:

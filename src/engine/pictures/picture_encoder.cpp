@@ -11,6 +11,12 @@
 
 namespace kelvane {
 
+namespace {
+
+constexpr char kNoEncoder[] = "No suitable encoder is found.";
+
+}  // namespace
+
 PictureEncoder::PictureEncoder(const MediaFormat& format, bool pal, ConversionState& state)
     : fFormat(format), fPAL(pal), fState(state)
 {
@@ -60,15 +66,16 @@ bool PictureEncoder::FindCodec()
 
 Result<> PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
 {
-    if (!FindCodec()) return Failure{kError, "No suitable encoder is found."};
+    if (!FindCodec()) return Failure{kError, kNoEncoder};
     const size_t pixels = PixelsOf(fFormat);
     const bool turns = fFormat.kind == kRawVideo ? !IsTopRowFirst(fFormat.Space()) : IsHuffYUV();
     if (turns)
         SwapVertical(picture.data(), static_cast<size_t>(fFormat.Width()) * 4, fFormat.Height());
     const bool narrow = fCodec->InputFormat().Space() == kBGR24;
     if (narrow) Rgb32ToRgb24(picture.data(), picture.data(), pixels);
-    // A failed picture passes for a good one: its frame is written without a byte.
-    fSize = fCodec->Convert(picture.first(pixels * (narrow ? 3 : 4)), fBuffer).value_or(0);
+    const auto made = fCodec->Convert(picture.first(pixels * (narrow ? 3 : 4)), fBuffer);
+    if (!made) return Failure{kError, kNoEncoder};
+    fSize = *made;
     return {};
 }
 

@@ -18,7 +18,8 @@ namespace kelvane {
 size_t PictureRoom(const MediaFormat& format);
 
 // Makes the pictures of source frames, each once and in the order of time: decoded, deinterlaced
-// where that is asked for, in the destination's geometry.
+// where that is asked for, in the destination's geometry. The picture before stands for one that
+// cannot be decoded; only the first one, and more than ten seconds of others, are failures.
 class SourcePictures {
 public:
     SourcePictures(const MediaFormat& from, const MediaFormat& to,
@@ -32,9 +33,12 @@ public:
     Result<> Make(const NeighbourFrames& frames, bool dvcpro);
     // Returns when the newest is made as well: what came of it.
     Result<> Wait();
+    // Pictures for which the one before stands.
+    uint64_t Undecodable() const { return fUndecodable; }
 
 private:
-    Result<> MakeOne(SourceFrame& frame, bool dvcpro, WorkerPool* pool);
+    Result<> MakeOne(const FrameRef& frame, bool dvcpro, WorkerPool* pool);
+    Result<> Repeat(SourceFrame& frame, const Failure& failure);
     bool Deinterlaces() const;
 
     const MediaFormat& fFrom;
@@ -44,6 +48,9 @@ private:
     PictureDecoder fDecoder;
     std::vector<uint8_t> fDecoded;  // in the source's geometry
     Result<> fNewest;
+    FrameRef fLast;  // the last one made
+    uint64_t fUndecodable = 0;
+    int64_t fInARow = 0;
 };
 
 }  // namespace kelvane
