@@ -34,7 +34,7 @@ OpenedCodec OpenDVCodec(const CodecDrivers& drivers, bool pal, bool decoder)
                       setup.raw);
     OpenedCodec codec;
     for (const CodecDriver& driver : drivers.codecs)
-        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == FourCC("dvsd") &&
+        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == "dvsd"_4cc &&
             codec.Open(driver, setup) == kOK)
             break;
     return codec;

@@ -11,7 +11,7 @@ struct BitmapHeader {
     int32_t height = 0;
     uint16_t planes = 1;
     uint16_t bit_count = 0;
-    uint32_t compression = 0;  // a RIFF code, see FourCC(); 0 is plain RGB
+    uint32_t compression = 0;  // a four-character code; 0 is plain RGB
     uint32_t size_image = 0;   // bytes
     int32_t x_pels_per_meter = 0;
     int32_t y_pels_per_meter = 0;

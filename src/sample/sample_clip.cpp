@@ -23,7 +23,7 @@ OpenedCodec OpenEncoder(const CodecDrivers& codecs, const SampleOptions& options
                       setup.raw);
     OpenedCodec encoder;
     for (const CodecDriver& driver : codecs.codecs)
-        if (!driver.codec.is_decoder && driver.codec.handler == FourCC("dvsd") &&
+        if (!driver.codec.is_decoder && driver.codec.handler == "dvsd"_4cc &&
             encoder.Open(driver, setup) == kOK)
             break;
     return encoder;

@@ -100,7 +100,7 @@ private:
     static uint32_t HandlerFor(const DestinationPlan& plan)
     {
         if (plan.type == kDestinationCanopus1 || plan.type == kDestinationCanopus2)
-            return FourCC("CDVC");
+            return "CDVC"_4cc;
         if (plan.type == kDestinationMatrox) return plan.settings.codec;
         return plan.settings.codec ? plan.settings.codec : plan.source.handler;
     }

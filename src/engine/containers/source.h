@@ -40,7 +40,7 @@ public:
     SourceKind kind = kUnknownSource;
     MediaFormat format;        // of the picture
     MediaFormat audio_format;  // of a separate audio stream; kind 0 when there is none
-    uint32_t handler = 0;      // codec of the picture, a RIFF code
+    uint32_t handler = 0;      // codec of the picture as an AVI file names it
     bool is_pal = false;
 };
 

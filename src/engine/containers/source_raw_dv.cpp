@@ -34,7 +34,7 @@ public:
         fRecordSize = SystemFor(is_pal).dv_frame_size;
         fFile.SetRecordSize(fRecordSize);
         format = DVFormat(is_pal);
-        handler = FourCC("dvsd");
+        handler = "dvsd"_4cc;
         return {};
     }
 

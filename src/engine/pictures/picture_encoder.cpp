@@ -90,7 +90,7 @@ std::vector<uint8_t> PictureEncoder::StreamHeader() const
     writer.Put32(static_cast<uint32_t>(header.height));
     writer.Put16(header.planes);
     writer.Put16(header.bit_count);
-    writer.Put32(header.compression);
+    writer.PutCode(header.compression);
     writer.Put32(header.size_image);
     writer.Put32(static_cast<uint32_t>(header.x_pels_per_meter));
     writer.Put32(static_cast<uint32_t>(header.y_pels_per_meter));

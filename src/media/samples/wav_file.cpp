@@ -12,12 +12,11 @@ namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kForms[] = {FourCC("WAVE")};
+constexpr uint32_t kForms[] = {"WAVE"_4cc};
 constexpr SampleChunkRule kRules[] = {
-    {FourCC("fmt "), kDataWaveFormat, true},
+    {"fmt "_4cc, kDataWaveFormat, true},
 };
-constexpr SampleFileGrammar kWAVE = {ByteOrder::kLittle, FourCC("RIFF"), kForms, FourCC("INFO"),
-                                     kRules};
+constexpr SampleFileGrammar kWAVE = {ByteOrder::kLittle, "RIFF"_4cc, kForms, "INFO"_4cc, kRules};
 
 uint64_t Get(const Chunk& format, const HeaderField& field)
 {
@@ -69,8 +68,8 @@ void WAVFile::Parse()
         fInitCheck = kNotThisClass;
         return;
     }
-    fFormat = LastChunk(fTree, FourCC("fmt "));
-    fData = LastChunk(fTree, FourCC("data"));
+    fFormat = LastChunk(fTree, "fmt "_4cc);
+    fData = LastChunk(fTree, "data"_4cc);
     if (fData) fSamples.SetStart(fData->offset, SampleBytes(*fData, 0));
     if (!fFormat) return;
     fRecord = RecordOf(*fFormat);
@@ -86,15 +85,15 @@ Status WAVFile::SetFormat(const RawAudioFormat& format)
         OverwriteWithRecord(format, *fFormat->data);
         return kOK;
     }
-    Chunk* form = fTree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
+    Chunk* form = fTree.NewChunk({.id = "RIFF"_4cc, .name = "WAVE"_4cc});
     Bytes header = HeaderOf(format);
     const auto length = static_cast<uint32_t>(header.size());
-    fFormat = fTree.NewChunk({.id = FourCC("fmt "),
+    fFormat = fTree.NewChunk({.id = "fmt "_4cc,
                               .length = length,
                               .parent = form,
                               .datatype = kDataWaveFormat,
                               .data = std::make_unique<Bytes>(std::move(header))});
-    fData = fTree.NewChunk({.id = FourCC("data"), .parent = form});
+    fData = fTree.NewChunk({.id = "data"_4cc, .parent = form});
     fSamples.SetStart(fData->offset);
     return kOK;
 }

@@ -118,7 +118,7 @@ uint32_t EncodingOf(uint32_t compression)
 
 MediaFormat VideoFormatOf(const AVIStream& stream)
 {
-    const uint32_t compression = Swap32(Get32(stream.format, kBitmapInfo["biCompression"]));
+    const uint32_t compression = Get32(stream.format, kBitmapInfo["biCompression"]);
     switch (compression) {
         case "UYVY"_4cc:
             return RawFormatOf(stream, kUYVY);
@@ -150,8 +150,7 @@ MediaFormat FormatOfStream(const AVIStream& stream)
 {
     if (stream.IsAudio()) return AudioFormatOf(stream);
     if (stream.IsVideo()) return VideoFormatOf(stream);
-    if (stream.IsInterleaved() && IsDVHandler(Swap32(stream.Handler())))
-        return DVFormat(stream.IsPAL());
+    if (stream.IsInterleaved() && IsDVHandler(stream.Handler())) return DVFormat(stream.IsPAL());
     return {};
 }
 

@@ -37,7 +37,7 @@ Status AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rat
 {
     static constexpr uint32_t kRates[] = {48000, 44100, 32000};
     if (audio_rate_code < 0 || audio_rate_code > 2 || BeginAVI(flags) != kOK) return kError;
-    if (handler == 0 || handler == FourCC("dsvd")) handler = FourCC("dvsd");
+    if (handler == 0 || handler == "dsvd"_4cc) handler = "dvsd"_4cc;
     if (Has(kAVIType1)) {
         fLayout.AddDVStream(handler, Has(kAVIPAL));
     } else {
@@ -75,7 +75,7 @@ Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
     if (!CanAddStream() || format.kind != kEncodedVideo) return kError;
     const EncodedVideoFormat& view = format.encoded_video;
     if (view.encoding == kEncodingDV || view.encoding == kEncodingDVCPRO25) {
-        fLayout.AddDVStream(FourCC("CDVC"), view.h == kPAL.height);
+        fLayout.AddDVStream("CDVC"_4cc, view.h == kPAL.height);
         return kOK;
     }
     if (Has(kAVIReference)) return kFormatNotSupported;
