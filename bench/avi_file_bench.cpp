@@ -43,7 +43,7 @@ void WriteAVI(benchmark::State& state, const char* type)
     const AVIOutput& output = OutputNamed(type);
     for (auto _ : state) {
         AVIFile file(InMemory("avi").c_str(), kCreate);
-        if (file.BeginDVAVI(output.flags | kAVIPAL, FileOrderCode(output.handler), 0) != 0)
+        if (file.BeginDVAVI(output.flags | kAVIPAL, output.handler, 0) != 0)
             state.SkipWithError("cannot create");
         for (uint32_t i = 0; i < kFrames; i++)
             benchmark::DoNotOptimize(file.WriteFrame(0, frame.data(), kFrameSize));

@@ -44,7 +44,7 @@ OpenedCodec OpenCodec(bool pal, bool decoder)
 {
     OpenedCodec codec;
     for (const CodecDriver& driver : LoadCodecDrivers(CodecFolder()).codecs)
-        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == FourCC("dvsd") &&
+        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == "dvsd"_4cc &&
             codec.Open(driver, DVSetup(pal, false, kBGRX32)) == 0)
             return codec;
     std::abort();

@@ -30,7 +30,7 @@ OpenedCodec OpenDVCodec(const CodecDrivers& drivers, bool pal, bool decoder)
     const CodecSetup setup = DVSetup(pal, false, kBGRX32);
     OpenedCodec codec;
     for (const CodecDriver& driver : drivers.codecs)
-        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == FourCC("dvsd") &&
+        if ((driver.codec.is_decoder != 0) == decoder && driver.codec.handler == "dvsd"_4cc &&
             codec.Open(driver, setup) == kOK)
             break;
     return codec;

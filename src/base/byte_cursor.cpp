@@ -37,6 +37,12 @@ void ByteWriter::Put(uint64_t value, size_t bytes)
     StoreBytes(std::span(fBlock).last(bytes), value, fOrder);
 }
 
+void ByteWriter::PutCode(uint32_t code)
+{
+    fBlock.resize(fBlock.size() + 4);
+    StoreBytes(std::span(fBlock).last(4), code, ByteOrder::kBig);
+}
+
 void ByteWriter::PutBytes(std::span<const uint8_t> bytes)
 {
     fBlock.insert(fBlock.end(), bytes.begin(), bytes.end());

@@ -28,6 +28,8 @@ public:
     uint16_t Get16() { return static_cast<uint16_t>(Get(2)); }
     uint32_t Get32() { return static_cast<uint32_t>(Get(4)); }
     uint64_t Get64() { return Get(8); }
+    // A four-character code, which has no byte order; see four_cc.h.
+    uint32_t GetCode() { return static_cast<uint32_t>(LoadBytes(Take(4), ByteOrder::kBig)); }
     // `bytes` from 1 to 8.
     uint64_t Get(size_t bytes);
     // The next `bytes` bytes where they stand; empty when fewer are left.
@@ -62,6 +64,8 @@ public:
     void Put16(uint16_t value) { Put(value, 2); }
     void Put32(uint32_t value) { Put(value, 4); }
     void Put64(uint64_t value) { Put(value, 8); }
+    // A four-character code, which has no byte order; see four_cc.h.
+    void PutCode(uint32_t code);
     // The low `bytes` (1 to 8) bytes of the value.
     void Put(uint64_t value, size_t bytes);
     void PutBytes(std::span<const uint8_t> bytes);

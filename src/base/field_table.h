@@ -14,9 +14,10 @@ namespace kelvane {
 // order, and that one table serves reader, writer and dump. The body stays bytes: no packing, no
 // byte-order trap, and what nobody asked about survives.
 struct HeaderField {
-    const char* label;  // as printed by a dump; the name in the public description of the format
-    uint16_t at;        // byte offset from the start of the body
-    uint8_t bytes;      // 1 to 8; more for a run of characters or reserved bytes, no number
+    const char* label;     // as printed by a dump; the name in the public description of the format
+    uint16_t at;           // byte offset from the start of the body
+    uint8_t bytes;         // 1 to 8; more for a run of characters or reserved bytes, no number
+    bool is_code = false;  // a four-character code, which has no byte order; see four_cc.h
 };
 
 // True when the rows follow one another without a gap and fill `size` bytes.
@@ -59,7 +60,7 @@ consteval FieldTable<N> HeaderFields(const HeaderField (&rows)[N])
 
 // 0 when the field lies beyond the body: a short header reads as one padded with zeros.
 uint64_t GetField(std::span<const uint8_t> body, const HeaderField& field, ByteOrder order);
-// -1 when the field lies beyond the body or the value is wider than the field.
+// kError when the field lies beyond the body or the value is wider than the field.
 Status SetField(std::span<uint8_t> body, const HeaderField& field, uint64_t value, ByteOrder order);
 
 }  // namespace kelvane

@@ -32,8 +32,8 @@ void ListEntries(const char* title, const DVCodecList& entries)
 int ListFormats()
 {
     for (const OutputFormat& format : OutputFormats())
-        std::cout << Padded(format.name, 14) << FourCCText(format.selection, false) << "  "
-                  << format.text << '\n';
+        std::cout << Padded(format.name, 14) << FourCCText(format.selection) << "  " << format.text
+                  << '\n';
     return kExitDone;
 }
 

@@ -27,7 +27,7 @@ const OutputFormat* FormatCalled(const std::string& name)
 {
     for (const OutputFormat& format : OutputFormats())
         if (Lower(name) == format.name || name == format.text ||
-            Lower(name) == FourCCText(format.selection, false))
+            Lower(name) == FourCCText(format.selection))
             return &format;
     return nullptr;
 }

@@ -18,7 +18,7 @@ void RegisterBuiltInCodecs(CodecRegistry& registry, const HandlerProbe& canOpen)
     registry.RegisterCodec(&YUVDecoder::Descriptor());
     registry.RegisterCodec(&QTRLEEncoder::Descriptor());
     registry.RegisterCodec(&QTRLEDecoder::Descriptor());
-    const bool huffYUV = canOpen && canOpen(FourCC("HFYU"));
+    const bool huffYUV = canOpen && canOpen("HFYU"_4cc);
     registry.RegisterCodec(huffYUV ? &HuffYUVEncoder::Descriptor() : nullptr);
     registry.RegisterCodec(huffYUV ? &HuffYUVDecoder::Descriptor() : nullptr);
 }

@@ -7,7 +7,7 @@
 
 namespace kelvane {
 
-// True when the system has a codec of this handler, a RIFF code, that can be opened.
+// True when the system has a codec of this handler that can be opened.
 using HandlerProbe = std::function<bool(uint32_t handler)>;
 
 // Registers the built-in codecs in their order. HuffYUV counts as installed only when `canOpen`,

@@ -23,8 +23,8 @@ BitmapHeader LoadBitmapHeader(std::span<const uint8_t> body)
 void StoreBitmapHeader(const BitmapHeader& header, std::span<uint8_t> body)
 {
     const auto set = [body](const HeaderField& field, auto value) {
-        StoreBytes(body.subspan(field.at, field.bytes), static_cast<uint32_t>(value),
-                   ByteOrder::kLittle);
+        // The body has room, and each value the width of its field.
+        static_cast<void>(SetField(body, field, static_cast<uint32_t>(value), ByteOrder::kLittle));
     };
     set(kBitmapInfo["dwSize"], header.size);
     set(kBitmapInfo["biWidth"], header.width);

@@ -14,7 +14,7 @@ struct BitmapHeader {
     int32_t height = 0;
     uint16_t planes = 1;
     uint16_t bit_count = 0;
-    uint32_t compression = 0;  // a RIFF code, see FourCC(); 0 is plain RGB
+    uint32_t compression = 0;  // a four-character code; 0 is plain RGB
     uint32_t size_image = 0;   // bytes
     int32_t x_pels_per_meter = 0;
     int32_t y_pels_per_meter = 0;
@@ -29,7 +29,7 @@ inline constexpr auto kBitmapInfo = HeaderFields<40>({
     {"biHeight", 8, 4},
     {"biPlanes", 12, 2},
     {"biBitCount", 14, 2},
-    {"biCompression", 16, 4},
+    {"biCompression", 16, 4, true},
     {"biSizeImage", 20, 4},
     {"biXPelsPerMeter", 24, 4},
     {"biYPelsPerMeter", 28, 4},

@@ -20,19 +20,10 @@ struct EncodingRow {
 
 // Indexed by VideoEncoding.
 constexpr EncodingRow kEncodings[] = {
-    {"UNKNOWN", 0},
-    {"DV", FourCC("dvsd")},
-    {"MPEG1", FourCC("mpeg")},
-    {"MPEG2", FourCC("mmes")},
-    {"MPEG4", FourCC("mpg4")},
-    {"PJPEG", FourCC("JPEG")},
-    {"MJPEG", FourCC("mjpg")},
-    {"PNG", FourCC("png ")},
-    {"CINEPAK", FourCC("cvid")},
-    {nullptr, FourCC("dv25")},
-    {nullptr, FourCC("dv50")},
-    {nullptr, 0},
-    {nullptr, FourCC("HFYU")},
+    {"UNKNOWN", 0},          {"DV", "dvsd"_4cc},    {"MPEG1", "mpeg"_4cc}, {"MPEG2", "mmes"_4cc},
+    {"MPEG4", "mpg4"_4cc},   {"PJPEG", "JPEG"_4cc}, {"MJPEG", "mjpg"_4cc}, {"PNG", "png "_4cc},
+    {"CINEPAK", "cvid"_4cc}, {nullptr, "dv25"_4cc}, {nullptr, "dv50"_4cc}, {nullptr, 0},
+    {nullptr, "HFYU"_4cc},
 };
 
 struct ColourRow {
@@ -42,23 +33,14 @@ struct ColourRow {
     uint16_t bit_count;
 };
 
-// The codes without a name in ColourSpace are those that no codec reads or writes.
+// The codes without a name in ColourSpace are those that no codec reads or writes. kRGB24 has 32
+// bits for three bytes a pixel: files rely on it.
 constexpr ColourRow kColours[] = {
-    {kBGR24, 3, 0, 24},
-    {kRGB24, 3, 0, 32},  // 32 bits for three bytes a pixel: files rely on it
-    {kRGBX32, 4, 0, 32},
-    {kBGRX32, 4, 0, 32},
-    {kBGRA32, 4, FourCC("RGBA"), 32},
-    {0x4000, 2, FourCC("UYVY"), 16},
-    {0x4001, 2, FourCC("UYVY"), 16},
-    {0x4003, 3, FourCC("UYVY"), 16},
-    {0x4004, 2, FourCC("UYVY"), 16},
-    {kYUY2, 4, FourCC("YUY2"), 16},
-    {kUYVY, 2, FourCC("UYVY"), 16},
-    {0x4021, 2, FourCC("UYVY"), 16},
-    {kVYU24, 3, FourCC("UYVY"), 16},
-    {0x4024, 2, FourCC("UYVY"), 16},
-    {kYUVSigned, 4, 0, 32},
+    {kBGR24, 3, 0, 24},          {kRGB24, 3, 0, 32},           {kRGBX32, 4, 0, 32},
+    {kBGRX32, 4, 0, 32},         {kBGRA32, 4, "RGBA"_4cc, 32}, {0x4000, 2, "UYVY"_4cc, 16},
+    {0x4001, 2, "UYVY"_4cc, 16}, {0x4003, 3, "UYVY"_4cc, 16},  {0x4004, 2, "UYVY"_4cc, 16},
+    {kYUY2, 4, "YUY2"_4cc, 16},  {kUYVY, 2, "UYVY"_4cc, 16},   {0x4021, 2, "UYVY"_4cc, 16},
+    {kVYU24, 3, "UYVY"_4cc, 16}, {0x4024, 2, "UYVY"_4cc, 16},  {kYUVSigned, 4, 0, 32},
 };
 constexpr ColourRow kOtherColour = {0, 4, 0, 32};
 
@@ -177,11 +159,14 @@ void PrintFormat(const MediaFormat& format, FILE* out, int indent)
         }
         case kEncodedVideo: {
             const EncodedVideoFormat& v = format.encoded_video;
+            // Reports have always shown the number that the file's own byte order makes of a code.
+            const uint32_t code =
+                v.encoding == kEncodingQTRLE ? v.codec : __builtin_bswap32(v.codec);
             fprintf(out,
                     "MediaFormat(AV_ENCODED_VIDEO_FORMAT) : encoding=%s  codec=0x%lX "
                     "bitrate=%.2f  framesize=%ld  OUTPUT: cspace=0x%lX  w=%ld  h=%ld  "
                     "frate=%.2f  ilace=%ld\n",
-                    EncodingName(v.encoding), static_cast<unsigned long>(v.codec),
+                    EncodingName(v.encoding), static_cast<unsigned long>(code),
                     static_cast<double>(v.bitrate), static_cast<long>(v.framesize),
                     static_cast<unsigned long>(v.cspace), static_cast<long>(v.w),
                     static_cast<long>(v.h), static_cast<double>(v.frate),

@@ -74,7 +74,7 @@ struct EncodedVideoFormat {
     uint32_t ilace;
     uint32_t reserved;
     uint32_t encoding;  // VideoEncoding
-    uint32_t codec;     // a RIFF code; 0 when any will do
+    uint32_t codec;     // as the file spells it; 0 when any will do
     float bitrate;      // bits a second
     int32_t framesize;  // bytes of one encoded frame, -1 when it varies
     uint32_t private_size;

@@ -17,7 +17,7 @@ OpenedCodec OpenEncoder(const CodecDrivers& codecs, const SampleOptions& options
     const CodecSetup setup = DVSetup(options.pal, options.dvcpro, kBGRX32);
     OpenedCodec encoder;
     for (const CodecDriver& driver : codecs.codecs)
-        if (!driver.codec.is_decoder && driver.codec.handler == FourCC("dvsd") &&
+        if (!driver.codec.is_decoder && driver.codec.handler == "dvsd"_4cc &&
             encoder.Open(driver, setup) == kOK)
             break;
     return encoder;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/field_table.h"
+#include "base/four_cc.h"
 #include "base/status.h"
 
 namespace kelvane {
@@ -21,6 +22,26 @@ TEST(ByteReader, ReadsBothByteOrders)
     EXPECT_EQ(0x050403u, little.Get(3));
     EXPECT_EQ(0x09080706u, little.Get32());
     EXPECT_FALSE(big.Failed() || little.Failed());
+}
+
+TEST(ByteCursor, SpellsCodesAlikeInBothByteOrders)
+{
+    static constexpr HeaderField kCode = {"code", 2, 4, true};
+    for (const ByteOrder order : {ByteOrder::kBig, ByteOrder::kLittle}) {
+        Bytes block;
+        ByteWriter writer(block, order);
+        writer.Put16(0);
+        writer.PutCode("dvsd"_4cc);
+        EXPECT_EQ((Bytes{0, 0, 'd', 'v', 's', 'd'}), block);
+        ByteReader reader(block, order);
+        reader.Skip(2);
+        EXPECT_EQ("dvsd"_4cc, reader.GetCode());
+        EXPECT_EQ(0u, reader.GetCode());
+        EXPECT_TRUE(reader.Failed());
+        EXPECT_EQ("dvsd"_4cc, GetField(block, kCode, order));
+        EXPECT_EQ(kOK, SetField(block, kCode, "HFYU"_4cc, order));
+        EXPECT_EQ((Bytes{0, 0, 'H', 'F', 'Y', 'U'}), block);
+    }
 }
 
 TEST(ByteReader, GoingPastTheEndYieldsNothingAndIsRemembered)

@@ -61,12 +61,12 @@ std::string Told(const ConversionSettings& s)
     std::ostringstream out;
     out << "limits " << s.limits_are_in_frame << ' ' << s.from_video_frame << ' '
         << s.to_video_frame << "\nchannels " << s.four_channel_options << "\nbits " << std::hex
-        << s.conversion_options << std::dec << "\ncodec " << FourCCText(s.codec, true)
-        << "\ninterleave " << s.audio_interleave_factor << "\naudio_search " << int(s.audio_search)
-        << ' ' << (s.audio_file ? s.audio_file : "none") << "\ndata " << int(s.dv_data_conversion)
+        << s.conversion_options << std::dec << "\ncodec " << FourCCText(s.codec) << "\ninterleave "
+        << s.audio_interleave_factor << "\naudio_search " << int(s.audio_search) << ' '
+        << (s.audio_file ? s.audio_file : "none") << "\ndata " << int(s.dv_data_conversion)
         << "\nencoders " << NameOf(s.dv_encoder) << ", " << NameOf(s.dvcpro_encoder)
         << "\ndecoders " << NameOf(s.dv_decoder) << ", " << NameOf(s.dvcpro_decoder) << "\nop "
-        << FourCCText(uint32_t(s.op), false) << "\nmode " << int(s.mode) << "\nresampling "
+        << FourCCText(uint32_t(s.op)) << "\nmode " << int(s.mode) << "\nresampling "
         << int(s.timeresampling) << "\ninterlace " << int(s.src_interlace) << ' '
         << int(s.dst_interlace) << "\ndeinterlace first " << s.deinterlace_source_first
         << "\naspect " << int(s.src_aspect) << ' ' << int(s.dst_aspect) << "\ndetail "
@@ -205,7 +205,7 @@ TEST(Options, ChooseTheFirstCodecWhereTheUsualOneIsNotInstalled)
 // Formats by extension, name, code and menu text; codecs by name, code and menu text.
 TEST(Options, NameFormatsAndCodecsInEachWay)
 {
-    constexpr uint32_t dvsd = FourCC("dvsd"), none = 0;
+    constexpr uint32_t dvsd = "dvsd"_4cc, none = 0;
     // Picture formats by colour space and height, 0 of DV.
     const struct {
         const char* line;
@@ -224,18 +224,18 @@ TEST(Options, NameFormatsAndCodecsInEachWay)
         {"--format canopus1", "cbeo"_4cc, none, 0},
         {"--format canopus2", "cbe2"_4cc, none, 0},
         {"--format matrox", "cmat"_4cc, dvsd, 0},
-        {"--format matrox --codec matrox-dvcpro25", "cmat"_4cc, FourCC("dv25"), 0},
+        {"--format matrox --codec matrox-dvcpro25", "cmat"_4cc, "dv25"_4cc, 0},
         {"--format avi2 --codec microsoft-dv", "ct2_"_4cc, dvsd, 0},
-        {"--format avi2 --codec canopus-dv", "ct2_"_4cc, FourCC("CDVC"), 0},
-        {"--format avi2 --codec dv500", "ct2_"_4cc, FourCC("DVSD"), 0},
-        {"--format avi2 --codec 'DVCPRO25'", "ct2_"_4cc, FourCC("dv25"), 0},
-        {"--format avi2 --codec cdvc", "ct2_"_4cc, FourCC("CDVC"), 0},
-        {"--format avi2 --codec rgb24", "ct2_"_4cc, FourCC("DIB "), kBGR24},
-        {"--format avi2 --codec rgb32", "ct2_"_4cc, FourCC("DIB "), kBGRX32},
-        {"--format avi2 --codec YUY2", "ct2_"_4cc, FourCC("YUY2"), kYUY2},
-        {"--format avi2 --codec uyvy", "ct2_"_4cc, FourCC("UYVY"), kUYVY},
-        {"--format avi2 --codec 'Huffyuv RGB'", "ct2_"_4cc, FourCC("HFYU"), kBGR24},
-        {"--format avi2 --codec huffyuv-yuv", "ct2_"_4cc, FourCC("HFYU"), kYUY2},
+        {"--format avi2 --codec canopus-dv", "ct2_"_4cc, "CDVC"_4cc, 0},
+        {"--format avi2 --codec dv500", "ct2_"_4cc, "DVSD"_4cc, 0},
+        {"--format avi2 --codec 'DVCPRO25'", "ct2_"_4cc, "dv25"_4cc, 0},
+        {"--format avi2 --codec cdvc", "ct2_"_4cc, "CDVC"_4cc, 0},
+        {"--format avi2 --codec rgb24", "ct2_"_4cc, "DIB "_4cc, kBGR24},
+        {"--format avi2 --codec rgb32", "ct2_"_4cc, "DIB "_4cc, kBGRX32},
+        {"--format avi2 --codec YUY2", "ct2_"_4cc, "YUY2"_4cc, kYUY2},
+        {"--format avi2 --codec uyvy", "ct2_"_4cc, "UYVY"_4cc, kUYVY},
+        {"--format avi2 --codec 'Huffyuv RGB'", "ct2_"_4cc, "HFYU"_4cc, kBGR24},
+        {"--format avi2 --codec huffyuv-yuv", "ct2_"_4cc, "HFYU"_4cc, kYUY2},
         {"--format mov --codec apple-dvcpro", "cqt_"_4cc, "dvpp"_4cc, 0},
         {"--format mov --codec avid-dv", "cqt_"_4cc, "AVdv"_4cc, 0},
         {"--format mov --codec softdv", "cqt_"_4cc, "dvc "_4cc, 0},

@@ -13,7 +13,7 @@ CodecRegistry BuiltIn(bool huffYUV)
 {
     CodecRegistry registry;
     RegisterBuiltInCodecs(registry, [&](uint32_t handler) {
-        EXPECT_EQ(FourCC("HFYU"), handler);
+        EXPECT_EQ("HFYU"_4cc, handler);
         return huffYUV;
     });
     return registry;
@@ -24,7 +24,7 @@ TEST(CodecRegistry, ListsTheBuiltInCodecsInTheirOrder)
     const CodecRegistry registry = BuiltIn(true);
     std::string list;
     for (const CodecDescriptor* codec : registry.Descriptors())
-        list += std::string(codec->short_name) + ' ' + FourCCText(codec->code, false) +
+        list += std::string(codec->short_name) + ' ' + FourCCText(codec->code) +
                 std::to_string(codec->direction) + '\n';
     EXPECT_EQ(
         "RGB Codec raw 0\nYUV Encoder yuv 0\nYUV Decoder yuv 0\nQT RLE Encoder rlee1\n"

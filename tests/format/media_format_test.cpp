@@ -40,6 +40,12 @@ TEST(MediaFormat, PrintsOneLineForEachView)
         Printed(MediaFormat()) + Printed(Raw(kBGRA32, 720, 576), 3) + Printed(DVFormat(false)) +
             Printed(kPCM) + Printed(MediaFormat(ima)) + Printed(invalid));
     EXPECT_NE(std::string::npos, Printed(kHuffYUV).find("encoding=???"));
+    // A code as the number that it is in its file: little-endian, big-endian in QuickTime.
+    MediaFormat coded = kHuffYUV, animation = Encoded(kEncodingQTRLE, kBGR24, 10, 4);
+    coded.encoded_video.codec = "HFYU"_4cc;
+    animation.encoded_video.codec = "rle "_4cc;
+    EXPECT_NE(std::string::npos, Printed(coded).find("codec=0x55594648 "));
+    EXPECT_NE(std::string::npos, Printed(animation).find("codec=0x726C6520 "));
 }
 
 TEST(MediaFormat, CountsBytesByColourSpaceWithItsTwoOddRows)
@@ -66,23 +72,23 @@ TEST(MediaFormat, ComparesKindsWithoutSizes)
 TEST(MediaFormat, FillsBitmapHeaders)
 {
     MediaFormat named = kDV;
-    named.encoded_video.codec = FourCC("CDVC");
+    named.encoded_video.codec = "CDVC"_4cc;
     const struct {
         MediaFormat format;
         uint32_t compression;
         uint16_t bits;
         uint32_t size_image;
     } rows[] = {
-        {Raw(kYUY2, 720, 576), FourCC("YUY2"), 16, 720 * 576 * 2},
+        {Raw(kYUY2, 720, 576), "YUY2"_4cc, 16, 720 * 576 * 2},
         // Deliberate: 32 bits for this 24-bit layout.
         {Raw(kRGB24, 720, 576), 0, 32, 720 * 576 * 4},
-        {DVFormat(true), FourCC("dvsd"), 24, 144000},
-        {named, FourCC("CDVC"), 24, 120},
+        {DVFormat(true), "dvsd"_4cc, 24, 144000},
+        {named, "CDVC"_4cc, 24, 120},
         {Encoded(77, kBGR24, 10, 4), 0, 24, 120},
-        {kHuffYUV, FourCC("HFYU"), 24, 120},
-        {Encoded(kEncodingHuffYUV, kBGRX32, 10, 4), FourCC("HFYU"), 32, 120},
-        {Encoded(kEncodingHuffYUV, kBGRA32, 10, 4), FourCC("HFYU"), 32, 120},
-        {Encoded(kEncodingHuffYUV, kYUVSigned, 10, 4), FourCC("HFYU"), 16, 120},
+        {kHuffYUV, "HFYU"_4cc, 24, 120},
+        {Encoded(kEncodingHuffYUV, kBGRX32, 10, 4), "HFYU"_4cc, 32, 120},
+        {Encoded(kEncodingHuffYUV, kBGRA32, 10, 4), "HFYU"_4cc, 32, 120},
+        {Encoded(kEncodingHuffYUV, kYUVSigned, 10, 4), "HFYU"_4cc, 16, 120},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(Printed(row.format));
@@ -98,7 +104,7 @@ TEST(MediaFormat, FillsBitmapHeaders)
 
 TEST(BitmapHeader, StandsInFilesLowByteFirst)
 {
-    const BitmapHeader header = {44, 720, -576, 1, 24, FourCC("HFYU"), 0x01020304, 5, 6, 7, 8};
+    const BitmapHeader header = {44, 720, -576, 1, 24, "HFYU"_4cc, 0x01020304, 5, 6, 7, 8};
     Bytes body(44, 0xEE);
     StoreBitmapHeader(header, body);
     EXPECT_EQ(Bytes({44, 0,   0,   0,   0xD0, 2, 0, 0, 0xC0, 0xFD, 0xFF, 0xFF, 1,    0,   24,

@@ -70,7 +70,7 @@ TEST_F(QTPeer, ReadsWhatOthersWriteBitForBit)
         ASSERT_EQ(0, file.InitCheck());
         EXPECT_TRUE(IsQuickTimeFile(movie.c_str()));
         const int32_t stream = file.IsVideo(0) ? 0 : 1;
-        EXPECT_EQ(code, FourCCText(file.TrackCodec(stream), false));
+        EXPECT_EQ(code, FourCCText(file.TrackCodec(stream)));
         std::string text;
         EXPECT_TRUE(DescribeQuickTime(movie.c_str(), text));
         if (!description.empty()) {

@@ -13,12 +13,6 @@ const AVIOutput& OutputNamed(std::string_view name)
     return kAVIOutputs[0];
 }
 
-uint32_t FileOrderCode(const char* text)
-{
-    return static_cast<uint32_t>(
-        LoadBytes({reinterpret_cast<const uint8_t*>(text), 4}, ByteOrder::kLittle));
-}
-
 Bytes NumberedFrame(size_t bytes, uint32_t number)
 {
     Bytes frame(bytes);
@@ -39,8 +33,7 @@ uint32_t WriteFilm(const std::string& path, const AVIOutput& output, bool pal, u
     if (frame_size == 0) frame_size = static_cast<size_t>(SystemFor(pal).dv_frame_size);
     AVIFile file(path.c_str(), kCreate);
     file.SetLimits(limits);
-    if (file.BeginDVAVI(output.flags | (pal ? kAVIPAL : kAVINTSC), FileOrderCode(output.handler),
-                        0) != 0)
+    if (file.BeginDVAVI(output.flags | (pal ? kAVIPAL : kAVINTSC), output.handler, 0) != 0)
         return 0;
     for (uint32_t i = 0; i < frames; i++) {
         const Bytes frame = NumberedFrame(frame_size, i), sound = NumberedSound(i);

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/four_cc.h"
 #include "media/avi/avi_file.h"
 
 namespace kelvane {
@@ -13,19 +14,18 @@ namespace kelvane {
 struct AVIOutput {
     const char* name;
     uint32_t flags;  // without the television system
-    const char* handler;
+    uint32_t handler;
     bool HasSound() const { return !(flags & kAVIType1); }
 };
 inline constexpr AVIOutput kAVIOutputs[] = {
-    {"Type1", 0x0101, "dvsd"},          {"Type1OpenDML", 0x2009, "dvsd"},
-    {"Type2", 0x0100, "dvsd"},          {"Type2OpenDML", 0x2008, "dvsd"},
-    {"Type1Reference", 0x0409, "dv25"}, {"Type2Reference", 0x0408, "dvsd"},
-    {"Canopus1", 0x1101, "CDVC"},       {"Canopus2", 0x1100, "CDVC"},
-    {"Matrox", 0x2909, "dvsd"},
+    {"Type1", 0x0101, "dvsd"_4cc},          {"Type1OpenDML", 0x2009, "dvsd"_4cc},
+    {"Type2", 0x0100, "dvsd"_4cc},          {"Type2OpenDML", 0x2008, "dvsd"_4cc},
+    {"Type1Reference", 0x0409, "dv25"_4cc}, {"Type2Reference", 0x0408, "dvsd"_4cc},
+    {"Canopus1", 0x1101, "CDVC"_4cc},       {"Canopus2", 0x1100, "CDVC"_4cc},
+    {"Matrox", 0x2909, "dvsd"_4cc},
 };
 
 const AVIOutput& OutputNamed(std::string_view name);
-uint32_t FileOrderCode(const char* text);
 // A frame's worth of bytes that differ from number to number.
 Bytes NumberedFrame(size_t bytes, uint32_t number);
 // Sound for one frame of a Type 2 file, with a length of its own.

@@ -53,7 +53,7 @@ int EnumerateVfW(const CodecDrivers& drivers, DVCodecList& list, bool decoders, 
 {
     return AddEntries(drivers, list, [&](const ModuleCodec& codec) {
         return IsVfW(codec, decoders) &&
-               (!onlyDV || (codec.type == FourCC("vidc") && IsDVDriver(codec.handler)));
+               (!onlyDV || (codec.type == "vidc"_4cc && IsDVDriver(codec.handler)));
     });
 }
 

@@ -16,7 +16,7 @@ struct DVCodecEntry {
     bool can_show_about = true;
     bool is_directshow = false;  // else Video for Windows
     bool is_decoder = false;
-    uint32_t type = 0;  // RIFF codes by which the codec is opened
+    uint32_t type = 0;  // the codes by which the codec is opened
     uint32_t handler = 0;
     uint32_t flags = 0;  // of the codec's information
     CodecDriver driver;
@@ -34,7 +34,7 @@ struct DVCodecLists {
 // `onlyDV` a codec whose handler is not one of DV is passed over.
 int EnumerateVfW(const CodecDrivers& drivers, DVCodecList& list, bool decoders, bool onlyDV);
 int EnumerateDirectShow(const CodecDrivers& drivers, DVCodecList& list, bool decoders);
-// The first Video for Windows codec of this handler (a RIFF code). False when there is none.
+// The first Video for Windows codec of this handler. False when there is none.
 bool FindVfW(const CodecDrivers& drivers, DVCodecEntry& entry, uint32_t handler, bool decoder);
 
 DVCodecLists ListDVCodecs(const CodecDrivers& drivers);

@@ -103,7 +103,7 @@ private:
     static uint32_t HandlerFor(const DestinationPlan& plan)
     {
         if (plan.type == kDestinationCanopus1 || plan.type == kDestinationCanopus2)
-            return FourCC("CDVC");
+            return "CDVC"_4cc;
         if (plan.type == kDestinationMatrox) return plan.codec;
         return plan.codec ? plan.codec : plan.source_handler;
     }

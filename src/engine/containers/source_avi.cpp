@@ -98,13 +98,12 @@ public:
 private:
     bool TakePicture(const AVIStream& stream)
     {
-        const uint32_t code = Swap32(handler);
-        if (IsDVHandler(code)) {
+        if (IsDVHandler(handler)) {
             format = DVFormat(is_pal);
             return true;
         }
-        const bool huffyuv = code == "HFYU"_4cc || code == "hfyu"_4cc;
-        if (!stream.IsVideo() || (!IsRawHandler(code) && !huffyuv)) return false;
+        const bool huffyuv = handler == "HFYU"_4cc || handler == "hfyu"_4cc;
+        if (!stream.IsVideo() || (!IsRawHandler(handler) && !huffyuv)) return false;
         fFile.StreamFormat(fVideo, format);
         fIsTopDown = IsTopDown(stream, format);
         return HasPlausibleSize(format);

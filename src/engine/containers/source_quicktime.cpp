@@ -44,7 +44,7 @@ public:
     std::string Open()
     {
         if (fFile.InitCheck() != kOK) return "Quicktime open error" + fFile.InitCheck().Reason();
-        handler = FourCC("dvsd");
+        handler = "dvsd"_4cc;
         for (int32_t stream = 0; stream < fFile.CountStreams(); stream++)
             TakeTrack(stream);
         if (fVideo < 0) return "Cannot find video stream in QuickTime movie.";

@@ -33,7 +33,7 @@ public:
         fFile.SetRecordSize(fRecordSize);
         if (fFile.Seek(0) != kOK) return kCannotOpen;
         format = DVFormat(is_pal);
-        handler = FourCC("dvsd");
+        handler = "dvsd"_4cc;
         return {};
     }
 

@@ -148,7 +148,7 @@ void ChooseCodec(const ConversionOptions& options, ConversionSettings& settings)
             ChooseQuickTimeCodec(options, settings);
             break;
         case CodecMenu::kMatrox:
-            settings.codec = options.mcodec == 0 ? FourCC("dvsd") : FourCC("dv25");
+            settings.codec = options.mcodec == 0 ? "dvsd"_4cc : "dv25"_4cc;
             break;
         case CodecMenu::kNone:
             break;

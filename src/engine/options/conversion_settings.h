@@ -50,10 +50,10 @@ enum DestinationType : int32_t {
 struct ConversionSettings {
     bool limits_are_in_frame = true;  // else in seconds
     int64_t from_video_frame = 0;
-    int64_t to_video_frame = 0;        // -1 is the end
-    int32_t four_channel_options = 0;  // mask of the channels wanted
-    uint32_t conversion_options = 0;   // ConversionOption bits
-    uint32_t codec = 0;  // output compressor, 0 none: a RIFF code for AVI, a QuickTime type else
+    int64_t to_video_frame = 0;           // -1 is the end
+    int32_t four_channel_options = 0;     // mask of the channels wanted
+    uint32_t conversion_options = 0;      // ConversionOption bits
+    uint32_t codec = 0;                   // output compressor as its file spells it, 0 none
     int32_t audio_interleave_factor = 0;  // frames between two chunks of a separate audio track
     CompanionSearch audio_search = CompanionSearch::kNone;
     const char* audio_file = nullptr;  // searched where audio_search is kInFile

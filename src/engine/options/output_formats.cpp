@@ -74,8 +74,8 @@ constexpr OutputCodec kMatroxCodecs[] = {
 
 // Indexed by the row of the AVI menu.
 constexpr uint32_t kAVIDVHandlers[kAVIDVRows] = {
-    FourCC("dvsd"), FourCC("dvsd"), FourCC("dvsd"), FourCC("dvsd"), FourCC("dvsd"),
-    FourCC("dvsd"), FourCC("CDVC"), FourCC("DVSD"), FourCC("dv25"),
+    "dvsd"_4cc, "dvsd"_4cc, "dvsd"_4cc, "dvsd"_4cc, "dvsd"_4cc,
+    "dvsd"_4cc, "CDVC"_4cc, "DVSD"_4cc, "dv25"_4cc,
 };
 
 struct BuiltInRow {
@@ -84,9 +84,8 @@ struct BuiltInRow {
     bool huffyuv;
 };
 constexpr BuiltInRow kAVIBuiltIn[] = {
-    {FourCC("DIB "), kBGR24, false}, {FourCC("DIB "), kBGRX32, false},
-    {FourCC("YUY2"), kYUY2, false},  {FourCC("UYVY"), kUYVY, false},
-    {FourCC("HFYU"), kBGR24, true},  {FourCC("HFYU"), kYUY2, true},
+    {"DIB "_4cc, kBGR24, false}, {"DIB "_4cc, kBGRX32, false}, {"YUY2"_4cc, kYUY2, false},
+    {"UYVY"_4cc, kUYVY, false},  {"HFYU"_4cc, kBGR24, true},   {"HFYU"_4cc, kYUY2, true},
 };
 
 MediaFormat HuffYUVFormat(uint32_t cspace, const TelevisionSystem& system)
@@ -98,7 +97,7 @@ MediaFormat HuffYUVFormat(uint32_t cspace, const TelevisionSystem& system)
     view.frate = system.rate;
     view.ilace = 1;
     view.encoding = kEncodingHuffYUV;
-    view.codec = FourCC("HFYU");
+    view.codec = "HFYU"_4cc;
     view.bitrate = -1.0f;
     view.framesize = -1;
     return MediaFormat(view);

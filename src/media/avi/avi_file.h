@@ -18,8 +18,8 @@ namespace kelvane {
 
 // An AVI file, read or written. It reads all dialects: Type 1 ("iavs") and Type 2 DV, OpenDML files
 // of several RIFFs, "idx1" that counts from the file's start or from "movi", and frames that are
-// references into other files. It writes the same, by the flags of AVIFlag. Four-character codes
-// are in file order, FourCC("dvsd"). For one thread at a time.
+// references into other files. It writes the same, by the flags of AVIFlag. For one thread at
+// a time.
 //
 // A source is parsed by the constructor. A destination is begun with BeginDVAVI, or with BeginAVI
 // and a call for each stream; its true headers are written by Finish, or by the destructor.
@@ -43,7 +43,7 @@ public:
     // Null past the end.
     AVIStream* StreamAt(int32_t index);
     const AVIStream* StreamAt(int32_t index) const;
-    // The "fccHandler" of a stream in file order, 0 when there is no such stream.
+    // The "fccHandler" of a stream, 0 when there is no such stream.
     uint32_t StreamHandler(int32_t index) const;
     // Kind 0 for a stream that is neither sound nor a picture that is understood. The private data
     // of an encoded format is what follows the bitmap header and lives as long as this object.

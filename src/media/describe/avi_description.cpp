@@ -16,7 +16,7 @@ namespace {
 
 std::string AudioText(const AVIStream& stream)
 {
-    return std::string("AVI ") + NameOfAudioHandler(Swap32(stream.Handler())) + " " +
+    return std::string("AVI ") + NameOfAudioHandler(stream.Handler()) + " " +
            ChannelWords(Get32(stream.format, kWaveFormat["nChannels"])) + " " +
            RateWords(Get32(stream.format, kWaveFormat["nSamplesPerSec"]));
 }
@@ -47,7 +47,7 @@ std::string VideoText(const AVIFile& file, int32_t index)
 {
     MediaFormat format;
     file.StreamFormat(index, format);
-    const VideoCodecName codec = NameOfVideoHandler(Swap32(file.StreamHandler(index)));
+    const VideoCodecName codec = NameOfVideoHandler(file.StreamHandler(index));
     const std::string picture = PictureWords(format);
     if (codec.is_dv)
         return std::string("AVI Type-") + (file.CountStreams() == 1 ? "1 " : "2 ") + codec.text +

@@ -12,14 +12,14 @@ ChunkSource::ChunkSource(FileHandle file, ByteOrder order)
     fBodiesLeft = std::min(fFileEnd, kMostBodies);
 }
 
-bool ChunkSource::Read32(uint32_t& value)
+bool ChunkSource::ReadFour(uint32_t& value, ByteOrder order)
 {
     fFailure = kOK;
     if (fPosition >= fFileEnd || fFileEnd - fPosition < 4) return false;
     const bool inside = fPosition >= fWindowStart && fPosition + 4 <= fWindowStart + fWindowSize;
     if (!inside && !FillWindow()) return false;
     const auto at = static_cast<size_t>(fPosition - fWindowStart);
-    value = static_cast<uint32_t>(LoadBytes(std::span(fWindow).subspan(at, 4), fOrder));
+    value = static_cast<uint32_t>(LoadBytes(std::span(fWindow).subspan(at, 4), order));
     fPosition += 4;
     return true;
 }

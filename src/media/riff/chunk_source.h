@@ -29,7 +29,9 @@ public:
     uint64_t FileEnd() const { return fFileEnd; }
 
     // The next four bytes in the file's byte order; false when they are not there whole.
-    bool Read32(uint32_t& value);
+    bool Read32(uint32_t& value) { return ReadFour(value, fOrder); }
+    // The next four bytes as a four-character code.
+    bool ReadCode(uint32_t& code) { return ReadFour(code, ByteOrder::kBig); }
     // A size field, rounded up to even.
     bool ReadLength(uint32_t& length);
     // The next `length` bytes, or what is left of them in a truncated file. Null when there is
@@ -38,6 +40,7 @@ public:
     std::unique_ptr<Bytes> ReadBody(uint32_t length);
 
 private:
+    bool ReadFour(uint32_t& value, ByteOrder order);
     bool FillWindow();
     void Fail();
 

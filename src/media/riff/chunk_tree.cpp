@@ -28,20 +28,13 @@ int32_t DepthUnder(const Chunk* parent)
 ChunkTree::ChunkTree(ByteOrder order) : fOrder(order)
 {
     Chunk& root = fChunks.emplace_back();
-    root.id = root.name = Code("FILE");
+    root.id = root.name = "FILE"_4cc;
     fList.push_back(&root);
-}
-
-uint32_t ChunkTree::Code(const char (&text)[5]) const
-{
-    const uint32_t code = FourCC(text);
-    return fOrder == ByteOrder::kLittle ? code : Swap32(code);
 }
 
 bool ChunkTree::IsListId(uint32_t id) const
 {
-    return id == Code("LIST") || id == Code("RIFF") ||
-           (fOrder == ByteOrder::kBig && id == Code("FORM"));
+    return id == "LIST"_4cc || id == "RIFF"_4cc || (fOrder == ByteOrder::kBig && id == "FORM"_4cc);
 }
 
 Chunk* ChunkTree::NewChunk(ChunkPlan plan)
@@ -168,9 +161,9 @@ Status ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
 {
     Bytes head;
     ByteWriter writer(head, fOrder);
-    writer.Put32(chunk.id);
+    writer.PutCode(chunk.id);
     writer.Put32(chunk.length);
-    if (chunk.name != 0) writer.Put32(chunk.name);
+    if (chunk.name != 0) writer.PutCode(chunk.name);
     chunk.dirty_header = false;
     FilePart parts[] = {{head.data(), static_cast<uint32_t>(head.size())}, {nullptr, 0}};
     if (chunk.dirty_data && chunk.data) {

@@ -33,7 +33,7 @@ enum ChunkDataType : int32_t {
 // One chunk of a RIFF or IFF file. A list is a chunk whose body begins with its name and then
 // holds chunks.
 struct Chunk {
-    uint32_t id = 0;          // in the tree's order of characters: FourCC() in RIFF, _4cc in IFF
+    uint32_t id = 0;
     uint32_t name = 0;        // list or form type, 0 for a leaf
     uint32_t length = 0;      // the size field: bytes of the body, of a list with its name
     uint64_t offset = 0;      // file position behind the size field
@@ -103,7 +103,6 @@ private:
     uint64_t LayoutChildren(Chunk& parent, uint64_t start, size_t& at);
     Status FlushTwice(FileHandle file, Chunk& chunk) const;
     Status FlushChunk(FileHandle file, Chunk& chunk) const;
-    uint32_t Code(const char (&text)[5]) const;
 
     ByteOrder fOrder;
     std::deque<Chunk> fChunks;  // owns; in the order of making

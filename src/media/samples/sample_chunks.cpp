@@ -29,7 +29,7 @@ public:
     Chunk* ReadForm()
     {
         uint32_t id = 0, length = 0, name = 0;
-        if (!fSource.Read32(id) || !fSource.ReadLength(length) || !fSource.Read32(name))
+        if (!fSource.ReadCode(id) || !fSource.ReadLength(length) || !fSource.ReadCode(name))
             return nullptr;
         if (id != fGrammar.form || std::ranges::find(fGrammar.names, name) == fGrammar.names.end())
             return nullptr;
@@ -58,7 +58,7 @@ private:
         const uint64_t end = EndOf(list);
         uint32_t id = 0, length = 0;
         while (fSource.Position() < end && fTree.CountChunks() < kMostChunks &&
-               fSource.Read32(id) && fSource.ReadLength(length)) {
+               fSource.ReadCode(id) && fSource.ReadLength(length)) {
             const uint64_t body = fSource.Position();
             ReadChunk(list, id, length);
             fSource.Seek(body + length);
@@ -70,7 +70,7 @@ private:
         const uint64_t offset = fSource.Position();
         ChunkPlan plan{.id = id, .length = length, .parent = &parent};
         if (fTree.IsListId(id)) {
-            if (!fSource.Read32(plan.name)) return;
+            if (!fSource.ReadCode(plan.name)) return;
             const bool deep = parent.depth >= kMostDepth;
             Chunk* list = Note(std::move(plan), offset);
             list->opaque = deep;
@@ -102,9 +102,9 @@ bool HasForm(const char* path, const SampleFileGrammar& grammar)
     uint8_t head[100] = {};
     if (FileReadHead(path, head, sizeof head) < 12) return false;
     ByteReader reader(head, grammar.order);
-    if (reader.Get32() != grammar.form) return false;
+    if (reader.GetCode() != grammar.form) return false;
     reader.Skip(4);
-    return std::ranges::find(grammar.names, reader.Get32()) != grammar.names.end();
+    return std::ranges::find(grammar.names, reader.GetCode()) != grammar.names.end();
 }
 
 uint64_t SampleBytes(const Chunk& body, uint32_t header)

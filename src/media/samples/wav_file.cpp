@@ -7,12 +7,11 @@ namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kForms[] = {FourCC("WAVE")};
+constexpr uint32_t kForms[] = {"WAVE"_4cc};
 constexpr SampleChunkRule kRules[] = {
-    {FourCC("fmt "), kDataWaveFormat, true},
+    {"fmt "_4cc, kDataWaveFormat, true},
 };
-constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, FourCC("RIFF"), kForms, FourCC("INFO"),
-                                        kRules};
+constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, "RIFF"_4cc, kForms, "INFO"_4cc, kRules};
 
 RawAudioFormat RecordOf(const Bytes& body)
 {
@@ -28,8 +27,8 @@ Bytes HeaderOf(const RawAudioFormat& format)
 
 constexpr uint32_t kEncodings[] = {kSamplePCM, kSampleFloat};
 constexpr SampleFileKind kWAVE = {.grammar = kGrammar,
-                                  .format = FourCC("fmt "),
-                                  .sound = FourCC("data"),
+                                  .format = "fmt "_4cc,
+                                  .sound = "data"_4cc,
                                   .sound_header = 0,
                                   .encodings = kEncodings,
                                   .record = RecordOf,
@@ -43,8 +42,7 @@ WAVFile::WAVFile(const char* path, uint32_t mode) : SampleFile(path, mode, kWAVE
 
 Status WAVFile::SetFormat(const RawAudioFormat& format)
 {
-    return LayDown(format, FourCC("WAVE"),
-                   {{FourCC("fmt "), HeaderOf(format)}, {FourCC("data"), {}}});
+    return LayDown(format, "WAVE"_4cc, {{"fmt "_4cc, HeaderOf(format)}, {"data"_4cc, {}}});
 }
 
 bool IsWAVFile(const char* path)

@@ -10,8 +10,10 @@
 
 namespace kelvane {
 
+// Four-character codes are numbers with their first character in the most significant byte.
+
 // Changes with every change of this file; a module of another version is not used.
-inline constexpr uint32_t kCodecModuleVersion = 2;
+inline constexpr uint32_t kCodecModuleVersion = 3;
 inline constexpr char kCodecModuleEntry[] = "kelvane_codec_module";
 
 // The two manners of codecs, which keep their own names, error words and row order.
@@ -29,8 +31,8 @@ struct ModuleCodec {
     const char* short_name;
     uint32_t codec_interface;  // CodecInterface
     uint32_t is_decoder;       // 0 encoder, 1 decoder
-    uint32_t type;             // a RIFF code, "vidc" for video
-    uint32_t handler;          // a RIFF code, "dvsd" for DV
+    uint32_t type;             // "vidc" for video
+    uint32_t handler;          // "dvsd" for DV
     uint32_t flags;
     uint32_t default_quality;  // meant when kCodecHasQuality is set
 };

@@ -68,10 +68,6 @@ uint64_t FileSize(FileHandle handle);
 // False for devices and pipes too, which have nothing to cut off.
 bool IsRegularFile(FileHandle handle);
 
-constexpr uint32_t Swap32(uint32_t value)
-{
-    return __builtin_bswap32(value);
-}
 constexpr uint16_t Swap16(uint16_t value)
 {
     return __builtin_bswap16(value);

@@ -121,7 +121,7 @@ TEST_F(DVCodecSlotTest, OpensForTheSystemAndKindOfDVWithTheCodecsOwnQuality)
             EXPECT_EQ(pal ? 576 : 480, gNotes.setup.coded.height);
             EXPECT_EQ(pal ? 720 * 576 * 4u : 720 * 480 * 4u, gNotes.setup.raw.size_image);
             EXPECT_EQ(pal ? 144000u : 120000u, gNotes.setup.coded.size_image);
-            EXPECT_EQ(role >= kDVCPROEncoder ? FourCC("dv25") : FourCC("dvsd"),
+            EXPECT_EQ(role >= kDVCPROEncoder ? "dv25"_4cc : "dvsd"_4cc,
                       gNotes.setup.coded.compression);
         }
 }
@@ -213,17 +213,17 @@ std::vector<std::string> Names(const DVCodecList& list)
 
 TEST(DVCodecLists, NameTheInterfaceAndListVideoForWindowsFirst)
 {
-    constexpr uint32_t kVideo = FourCC("vidc"), kDV = FourCC("dvsd"), kJPEG = FourCC("mjpg");
+    constexpr uint32_t kVideo = "vidc"_4cc, kDV = "dvsd"_4cc, kJPEG = "mjpg"_4cc;
     const std::string endless(300, 'x');
     const ModuleCodec codecs[] = {
         {"Filter", "Short", kDirectShow, 0, kVideo, kDV, 0, 0},
         {"Filter", "Short", kDirectShow, 1, kVideo, kDV, 0, 0},
-        {"Second", "Short", kVideoForWindows, 0, kVideo, FourCC("dsvd"), 0, 0},
-        {"Sound", "Short", kVideoForWindows, 0, FourCC("audc"), kDV, 0, 0},
+        {"Second", "Short", kVideoForWindows, 0, kVideo, "dsvd"_4cc, 0, 0},
+        {"Sound", "Short", kVideoForWindows, 0, "audc"_4cc, kDV, 0, 0},
         {"Other", "Short", kVideoForWindows, 0, kVideo, kJPEG, 0, 0},
-        {"First", "Short", kVideoForWindows, 0, kVideo, FourCC("dv25"), 0, 0},
-        {"Reader", "Short", kVideoForWindows, 1, kVideo, FourCC("CDVC"), 0, 0},
-        {endless.c_str(), "Short", kVideoForWindows, 1, kVideo, FourCC("MDVF"), 0, 0},
+        {"First", "Short", kVideoForWindows, 0, kVideo, "dv25"_4cc, 0, 0},
+        {"Reader", "Short", kVideoForWindows, 1, kVideo, "CDVC"_4cc, 0, 0},
+        {endless.c_str(), "Short", kVideoForWindows, 1, kVideo, "MDVF"_4cc, 0, 0},
     };
     CodecDrivers drivers;
     for (const ModuleCodec& codec : codecs)

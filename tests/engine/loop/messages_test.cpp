@@ -61,7 +61,7 @@ protected:
     {
         const std::string path = fFolder.Path("made.avi");
         AVIFile file(path.c_str(), kCreate);
-        EXPECT_EQ(0, file.BeginDVAVI(flags | kAVIOldIndex, FourCC("dvsd"), 0));
+        EXPECT_EQ(0, file.BeginDVAVI(flags | kAVIOldIndex, "dvsd"_4cc, 0));
         EXPECT_EQ(0, rate ? file.SetAudioFormat(1, rate, 2, bits) : kOK);
         const Bytes silence(7680);
         for (const Bytes& frame : frames) {

@@ -72,15 +72,15 @@ TEST(ConversionOptions, ChooseCodecsByRowWithTheFormatsOfTheirPictures)
         int32_t row;
         uint32_t operation, codec;
         int32_t height;  // 0 of DV
-    } rows[] = {{qt, 0, file, "dvc "_4cc, 0},         {qt, 1, file, "dvpp"_4cc, 0},
-                {qt, 2, file, "AVdv"_4cc, 0},         {qt, 3, file, "dvc "_4cc, 0},
-                {qt, 9, file, "dvc "_4cc, 0},         {qt, 4, file, "rle "_4cc, 576},
-                {qt, 4, ntsc, "rle "_4cc, 480},       {qt, 5, file, "raw "_4cc, 480},
-                {qt, 6, pal, "raw "_4cc, 576},        {qt, 7, ntsc, "2vuy"_4cc, 480},
-                {avi, 6, pal, FourCC("CDVC"), 0},     {avi, 11, pal, FourCC("YUY2"), 576},
-                {avi, 14, file, FourCC("HFYU"), 480}, {avi, -1, file, no_codec, 0},
-                {avi, 15, file, no_codec, 0},         {mx, 0, file, FourCC("dvsd"), 0},
-                {mx, 5, file, FourCC("dv25"), 0}};
+    } rows[] = {{qt, 0, file, "dvc "_4cc, 0},     {qt, 1, file, "dvpp"_4cc, 0},
+                {qt, 2, file, "AVdv"_4cc, 0},     {qt, 3, file, "dvc "_4cc, 0},
+                {qt, 9, file, "dvc "_4cc, 0},     {qt, 4, file, "rle "_4cc, 576},
+                {qt, 4, ntsc, "rle "_4cc, 480},   {qt, 5, file, "raw "_4cc, 480},
+                {qt, 6, pal, "raw "_4cc, 576},    {qt, 7, ntsc, "2vuy"_4cc, 480},
+                {avi, 6, pal, "CDVC"_4cc, 0},     {avi, 11, pal, "YUY2"_4cc, 576},
+                {avi, 14, file, "HFYU"_4cc, 480}, {avi, -1, file, no_codec, 0},
+                {avi, 15, file, no_codec, 0},     {mx, 0, file, "dvsd"_4cc, 0},
+                {mx, 5, file, "dv25"_4cc, 0}};
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
         ConversionOptions options;
@@ -91,7 +91,7 @@ TEST(ConversionOptions, ChooseCodecsByRowWithTheFormatsOfTheirPictures)
         const MediaFormat& format = settings.destination_format;
         EXPECT_EQ(row.codec, settings.codec);
         uint32_t encoding = row.codec == "rle "_4cc ? kEncodingQTRLE : 0u;
-        if (row.codec == FourCC("HFYU")) encoding = kEncodingHuffYUV;
+        if (row.codec == "HFYU"_4cc) encoding = kEncodingHuffYUV;
         const bool raw = encoding == 0;
         EXPECT_EQ(row.height == 0 ? kUnknownFormat : raw ? kRawVideo : kEncodedVideo, format.kind);
         if (row.height == 0) continue;
@@ -125,7 +125,7 @@ TEST(ConversionOptions, NameTheGeometryModes)
         ConversionOptions options;
         options.opselection = operation;
         options.mode = number;
-        EXPECT_EQ(mode, Filled(options).mode) << FourCCText(operation, false) << ' ' << number;
+        EXPECT_EQ(mode, Filled(options).mode) << FourCCText(operation) << ' ' << number;
     }
 }
 

@@ -47,7 +47,7 @@ protected:
         if (!at_end) full.emplace(room);
         AVIFile file(Path().c_str(), kCreate);
         file.SetLimits({.chunks_per_index = 15});
-        EXPECT_EQ(0, file.BeginDVAVI(output.flags | kAVIPAL, FileOrderCode(output.handler), 0));
+        EXPECT_EQ(0, file.BeginDVAVI(output.flags | kAVIPAL, output.handler, 0));
         Outcome outcome;
         for (uint32_t i = 0; i < (reference ? 3 : 40) && outcome.status == 0; i++) {
             // Sound in front: the last chunk is none of it.

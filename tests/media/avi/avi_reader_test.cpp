@@ -144,7 +144,7 @@ TEST_F(AVIReader, StaysInStepWithOddSizes)
     const AVIFile file = Open(film.Build());
     bool seen = false;
     for (size_t i = 0; const Chunk* chunk = file.Chunks().ChunkAt(i); i++)
-        if (chunk->id == FourCC("oddl")) seen = chunk->length == 4 && chunk->data->size() == 4;
+        if (chunk->id == "oddl"_4cc) seen = chunk->length == 4 && chunk->data->size() == 4;
     EXPECT_TRUE(seen) << "kept with its size rounded up";
 }
 
@@ -385,7 +385,7 @@ TEST_F(AVIReader, ListsMediaChunksOnDemand)
     EXPECT_EQ(plain.Chunks().CountChunks() + 3, full.Chunks().CountChunks());
     const Chunk* frame = nullptr;
     for (size_t i = 0; const Chunk* chunk = full.Chunks().ChunkAt(i); i++)
-        if (chunk->id == FourCC("00db")) frame = chunk;
+        if (chunk->id == "00db"_4cc) frame = chunk;
     ASSERT_NE(nullptr, frame);
     EXPECT_EQ(3, frame->depth);
     EXPECT_EQ(TinyAVI().FrameHead(2) + 8, frame->offset);

@@ -97,12 +97,13 @@ TEST_F(AVIWriterTest, PutsTheHeadersOfEachTypeWhereTheyBelong)
         EXPECT_EQ((Words{0, 0, 0, c.scale, c.rate, 0, 3, largest, matrox ? ~0u : 0, c.sample_size,
                          0, 720 | height << 16}),
                   film.Words("strh", 8, 12));
-        EXPECT_EQ((c.compressed_size ? "vids" : "iavs") + std::string(output.handler),
+        EXPECT_EQ((c.compressed_size ? "vids" : "iavs") + FourCCText(output.handler),
                   film.Text("strh", 0, 8));
         if (c.compressed_size == 0) continue;
-        EXPECT_EQ((Words{40, 720, height, 1 | 24 << 16, FileOrderCode(output.handler),
-                         c.compressed_size, 0, 0, 0, 0}),
-                  film.Words("strf", 0, 10));
+        const uint32_t compression = __builtin_bswap32(output.handler);  // as a number of the file
+        EXPECT_EQ(
+            (Words{40, 720, height, 1 | 24 << 16, compression, c.compressed_size, 0, 0, 0, 0}),
+            film.Words("strf", 0, 10));
     }
 }
 
@@ -158,13 +159,13 @@ TEST_F(AVIWriterTest, IndexesByTheDialectsRules)
     EXPECT_EQ(4u, Film("Canopus2", 2).At("idx1", 8, 4)) << "from the name movi";
 
     const RiffFilm matrox = Film("Matrox", 2);
+    constexpr uint32_t k00dc = 0x63643030;  // as a number of the file
     EXPECT_EQ(65540u, matrox.At("idx1", 8, 4));
     EXPECT_EQ(65536u, matrox.Find("ix00").head);
     EXPECT_EQ(65528u, matrox.Find("ix00").size);
-    EXPECT_EQ((Words{2 | 0x100 << 16, 2, FourCC("00dc"), 131072, 0, 0, 8, 144000, 8 + 144384,
-                     144000, 0, 0}),
+    EXPECT_EQ((Words{2 | 0x100 << 16, 2, k00dc, 131072, 0, 0, 8, 144000, 8 + 144384, 144000, 0, 0}),
               matrox.Words("ix00", 0, 12));
-    EXPECT_EQ((Words{4, 1, FourCC("00dc"), 0, 0, 0, 65536, 0, 65536, 2, 0, 0, 0, 0}),
+    EXPECT_EQ((Words{4, 1, k00dc, 0, 0, 0, 65536, 0, 65536, 2, 0, 0, 0, 0}),
               matrox.Words("indx", 0, 14));
     EXPECT_EQ(368u, matrox.Find("JUNK", 1).size);
 
@@ -346,7 +347,7 @@ TEST_F(AVIWriterTest, PlansRawPicturesAndDVByFormat)
     file.StreamFormat(0, format);
     EXPECT_EQ(kUYVY, format.Space());
     EXPECT_EQ(486, format.Height());
-    EXPECT_EQ(FourCC("CDVC"), file.StreamHandler(1));
+    EXPECT_EQ("CDVC"_4cc, file.StreamHandler(1));
     EXPECT_TRUE(file.StreamAt(1)->IsInterleaved());
     EXPECT_FALSE(file.StreamAt(1)->IsPAL());
 
@@ -359,7 +360,7 @@ TEST_F(AVIWriterTest, TakesTheFormatsThatAreKnownLate)
 {
     {
         AVIFile file(Path().c_str(), kCreate);
-        ASSERT_EQ(0, file.BeginDVAVI(0x0002, FourCC("dsvd"), 2));
+        ASSERT_EQ(0, file.BeginDVAVI(0x0002, "dsvd"_4cc, 2));
         EXPECT_EQ(kError, file.SetAudioFormat(0, 48000, 2, 16)) << "no sound in stream 0";
         EXPECT_EQ(0, file.SetAudioFormat(1, 44100, 4, -1));
         std::string block = Little(44, 4) + Little(720, 4) + Little(576, 4) + Little(1, 2) +

@@ -11,10 +11,9 @@ namespace kelvane {
 namespace {
 
 // Adds a list of this name.
-Chunk* AddList(ChunkTree& tree, const char (&name)[5], Chunk* parent, Chunk* anchor = nullptr)
+Chunk* AddList(ChunkTree& tree, uint32_t name, Chunk* parent, Chunk* anchor = nullptr)
 {
-    return tree.NewChunk(
-        {.id = FourCC("LIST"), .name = FourCC(name), .parent = parent, .anchor = anchor});
+    return tree.NewChunk({.id = "LIST"_4cc, .name = name, .parent = parent, .anchor = anchor});
 }
 
 // The ids in list order, each led by a dash for every level.
@@ -22,8 +21,7 @@ std::string Shape(const ChunkTree& tree)
 {
     std::string shape;
     for (size_t i = 0; const Chunk* chunk = tree.ChunkAt(i); i++)
-        shape +=
-            std::string(static_cast<size_t>(chunk->depth), '-') + FourCCText(chunk->id, true) + " ";
+        shape += std::string(static_cast<size_t>(chunk->depth), '-') + FourCCText(chunk->id) + " ";
     return shape;
 }
 
@@ -39,22 +37,22 @@ TEST(ChunkTree, PlacesByParentAndAnchor)
 {
     ChunkTree tree(ByteOrder::kLittle);
     EXPECT_EQ("FILE ", Shape(tree));
-    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
-    Chunk* header = AddList(tree, "hdrl", riff);
-    tree.NewChunk({.id = FourCC("avih"), .parent = header});
-    Chunk* extended = AddList(tree, "odml", header);
-    tree.NewChunk({.id = FourCC("dmlh"), .parent = extended});
-    tree.NewChunk({.id = FourCC("JUNK"), .parent = riff});
-    Chunk* media = AddList(tree, "movi", riff);
+    Chunk* riff = tree.NewChunk({.id = "RIFF"_4cc, .name = "AVI "_4cc});
+    Chunk* header = AddList(tree, "hdrl"_4cc, riff);
+    tree.NewChunk({.id = "avih"_4cc, .parent = header});
+    Chunk* extended = AddList(tree, "odml"_4cc, header);
+    tree.NewChunk({.id = "dmlh"_4cc, .parent = extended});
+    tree.NewChunk({.id = "JUNK"_4cc, .parent = riff});
+    Chunk* media = AddList(tree, "movi"_4cc, riff);
     EXPECT_EQ("FILE -RIFF --LIST ---avih ---LIST ----dmlh --JUNK --LIST ", Shape(tree));
 
-    Chunk* stream = AddList(tree, "strl", header, extended);
-    tree.NewChunk({.id = FourCC("strh"), .parent = stream});
-    tree.NewChunk({.id = FourCC("strf"), .parent = stream});
-    tree.NewChunk({.id = FourCC("last"), .parent = header});
-    Chunk* frame = tree.NewChunk({.id = FourCC("00db"), .parent = media});
-    tree.NewChunk({.id = FourCC("idx1"), .parent = riff});
-    EXPECT_EQ(media, tree.NewChunk({.id = FourCC("01wb"), .anchor = frame})->parent);
+    Chunk* stream = AddList(tree, "strl"_4cc, header, extended);
+    tree.NewChunk({.id = "strh"_4cc, .parent = stream});
+    tree.NewChunk({.id = "strf"_4cc, .parent = stream});
+    tree.NewChunk({.id = "last"_4cc, .parent = header});
+    Chunk* frame = tree.NewChunk({.id = "00db"_4cc, .parent = media});
+    tree.NewChunk({.id = "idx1"_4cc, .parent = riff});
+    EXPECT_EQ(media, tree.NewChunk({.id = "01wb"_4cc, .anchor = frame})->parent);
     EXPECT_EQ(
         "FILE -RIFF --LIST ---avih ---LIST ----strh ----strf ---LIST ----dmlh ---last --JUNK "
         "--LIST ---00db ---01wb --idx1 ",
@@ -64,13 +62,11 @@ TEST(ChunkTree, PlacesByParentAndAnchor)
 TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
 {
     ChunkTree tree(ByteOrder::kLittle);
-    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("WAVE")});
-    tree.NewChunk({.id = FourCC("fmt "),
-                   .length = 4,
-                   .parent = riff,
-                   .data = std::make_unique<Bytes>(4, 'x')});
-    AddList(tree, "INFO", riff);
-    Chunk* data = tree.NewChunk({.id = FourCC("data"), .length = 2, .parent = riff});
+    Chunk* riff = tree.NewChunk({.id = "RIFF"_4cc, .name = "WAVE"_4cc});
+    tree.NewChunk(
+        {.id = "fmt "_4cc, .length = 4, .parent = riff, .data = std::make_unique<Bytes>(4, 'x')});
+    AddList(tree, "INFO"_4cc, riff);
+    Chunk* data = tree.NewChunk({.id = "data"_4cc, .length = 2, .parent = riff});
     EXPECT_EQ(std::string("RIFF\x26\0\0\0WAVEfmt \4\0\0\0xxxxLIST\4\0\0\0INFOdata\2\0\0\0", 44),
               Written(tree));
     EXPECT_EQ("", Written(tree)) << "all is clean now";
@@ -88,20 +84,20 @@ TEST(ChunkTree, WritesALittleEndianFileWithTrueSizes)
     EXPECT_EQ(-1, tree.Flush(full.Handle()));
 
     ChunkTree plain(ByteOrder::kLittle);
-    Chunk* leaf = plain.NewChunk({.id = FourCC("FORM"), .length = 6});
-    EXPECT_EQ(22u, plain.NewChunk({.id = FourCC("next")})->offset);
+    Chunk* leaf = plain.NewChunk({.id = "FORM"_4cc, .length = 6});
+    EXPECT_EQ(22u, plain.NewChunk({.id = "next"_4cc})->offset);
     EXPECT_EQ(6u, leaf->length) << "a list in IFF files only";
 }
 
 TEST(ChunkTree, KeepsTheLengthOfAnOpaqueList)
 {
     ChunkTree tree(ByteOrder::kLittle);
-    Chunk* riff = tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
-    Chunk* media = AddList(tree, "movi", riff);
+    Chunk* riff = tree.NewChunk({.id = "RIFF"_4cc, .name = "AVI "_4cc});
+    Chunk* media = AddList(tree, "movi"_4cc, riff);
     media->opaque = true;
     media->length = 1000;
-    const Chunk* noted = tree.NoteChunk({.id = FourCC("ix00"), .length = 8, .parent = media}, 500);
-    EXPECT_EQ(20u + 1000 + 8, tree.NewChunk({.id = FourCC("idx1"), .parent = riff})->offset);
+    const Chunk* noted = tree.NoteChunk({.id = "ix00"_4cc, .length = 8, .parent = media}, 500);
+    EXPECT_EQ(20u + 1000 + 8, tree.NewChunk({.id = "idx1"_4cc, .parent = riff})->offset);
     EXPECT_EQ(500u, noted->offset) << "not laid out";
     EXPECT_FALSE(noted->dirty_header);
 }

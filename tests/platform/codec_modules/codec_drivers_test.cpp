@@ -34,7 +34,7 @@ TEST(CodecDrivers, ModulesThatCannotBeUsedAreNamedWithTheReason)
     const struct {
         std::string module, nonsense, problem;
     } rows[] = {
-        {"version", "", " is of version 3, but version 2 is needed."},
+        {"version", "", " is of version 4, but version 3 is needed."},
         {"empty", "", " has no function kelvane_codec_module."},
         {"nonsense", "nothing", " gives no table of its functions."},
         {"nonsense", "gap", " has gaps in the table of its functions."},

@@ -20,7 +20,7 @@ CodecSetup SetupFor(bool pal, bool dvcpro, uint16_t bits)
     setup.raw.height = setup.coded.height = system.height;
     setup.raw.bit_count = bits;
     setup.coded.bit_count = 24;
-    setup.coded.compression = dvcpro ? FourCC("dv25") : FourCC("dvsd");
+    setup.coded.compression = dvcpro ? "dv25"_4cc : "dvsd"_4cc;
     return setup;
 }
 
@@ -29,7 +29,7 @@ OpenedCodec OpenCodec(const CodecSetup& setup, bool decoder)
     static const CodecDrivers drivers = LoadCodecDrivers(CodecFolder());
     OpenedCodec codec;
     for (const CodecDriver& driver : drivers.codecs)
-        if (driver.codec.handler == FourCC("dvsd") && (driver.codec.is_decoder != 0) == decoder &&
+        if (driver.codec.handler == "dvsd"_4cc && (driver.codec.is_decoder != 0) == decoder &&
             codec.Open(driver, setup) == 0)
             break;
     return codec;
@@ -199,7 +199,7 @@ TEST(LibavModule, RefusesFormatsThatItDoesNotServe)
     CodecSetup depth = SetupFor(true, false, 16), height = SetupFor(true, false, 24);
     CodecSetup kind = height;
     height.coded.height = 480;
-    kind.coded.compression = FourCC("mjpg");
+    kind.coded.compression = "mjpg"_4cc;
     for (const bool decoder : {false, true}) {
         EXPECT_TRUE(OpenCodec(SetupFor(true, false, 24), decoder).IsOpen());
         for (const CodecSetup& setup : {depth, height, kind})

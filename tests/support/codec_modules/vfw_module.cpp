@@ -32,21 +32,21 @@ struct Row {
     uint32_t codec_interface = kVideoForWindows;
 };
 constexpr Row kRows[] = {
-    {"Test DV", Whim::kNone, false, FourCC("dvsd")},
-    {"Test DV", Whim::kNone, true, FourCC("dvsd")},
-    {"DV Master Test", Whim::kOnly24Bits, false, FourCC("DVSD")},
-    {"DV Master Test", Whim::kOnly24Bits, true, FourCC("DVSD")},
-    {"Second Try", Whim::kSecondTry, false, FourCC("dvsd")},
-    {"Refusing", Whim::kRefuses, false, FourCC("dvsd")},
-    {"Refusing", Whim::kRefuses, true, FourCC("dvsd")},
-    {"Failing", Whim::kFails, false, FourCC("dvsd")},
-    {"Failing", Whim::kFails, true, FourCC("dvsd")},
-    {"With Quality", Whim::kWrongQuality, false, FourCC("dvsd")},
-    {"Refusing", Whim::kRefuses, false, FourCC("dvsd"), kDirectShow},
-    {"Refusing", Whim::kRefuses, true, FourCC("dvsd"), kDirectShow},
-    {"Failing", Whim::kFails, false, FourCC("dvsd"), kDirectShow},
-    {"Failing", Whim::kFails, true, FourCC("dvsd"), kDirectShow},
-    {"Not DV", Whim::kNone, false, FourCC("mjpg")},
+    {"Test DV", Whim::kNone, false, "dvsd"_4cc},
+    {"Test DV", Whim::kNone, true, "dvsd"_4cc},
+    {"DV Master Test", Whim::kOnly24Bits, false, "DVSD"_4cc},
+    {"DV Master Test", Whim::kOnly24Bits, true, "DVSD"_4cc},
+    {"Second Try", Whim::kSecondTry, false, "dvsd"_4cc},
+    {"Refusing", Whim::kRefuses, false, "dvsd"_4cc},
+    {"Refusing", Whim::kRefuses, true, "dvsd"_4cc},
+    {"Failing", Whim::kFails, false, "dvsd"_4cc},
+    {"Failing", Whim::kFails, true, "dvsd"_4cc},
+    {"With Quality", Whim::kWrongQuality, false, "dvsd"_4cc},
+    {"Refusing", Whim::kRefuses, false, "dvsd"_4cc, kDirectShow},
+    {"Refusing", Whim::kRefuses, true, "dvsd"_4cc, kDirectShow},
+    {"Failing", Whim::kFails, false, "dvsd"_4cc, kDirectShow},
+    {"Failing", Whim::kFails, true, "dvsd"_4cc, kDirectShow},
+    {"Not DV", Whim::kNone, false, "mjpg"_4cc},
 };
 constexpr uint32_t kDefaultQuality = 7500;
 
@@ -85,7 +85,7 @@ int32_t Describe(uint32_t index, ModuleCodec* codec)
               row.name,
               row.codec_interface,
               row.decoder,
-              FourCC("vidc"),
+              "vidc"_4cc,
               row.handler,
               row.whim == Whim::kWrongQuality ? kCodecHasQuality : 0,
               kDefaultQuality};

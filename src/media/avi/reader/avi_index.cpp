@@ -102,7 +102,7 @@ void AVIIndex::StartTable(AVIStream& stream)
         SetInMemory(*stream.header, kStreamHeader["dwLength"], estimate);
     }
     stream.frames.Start(std::clamp<uint64_t>(estimate, 10, 10000));
-    if ((stream.IsVideo() || stream.IsInterleaved()) && IsDVHandler(Swap32(stream.Handler())))
+    if ((stream.IsVideo() || stream.IsInterleaved()) && IsDVHandler(stream.Handler()))
         stream.largest_frame = SystemFor(stream.IsPAL()).dv_frame_size;
 }
 
@@ -144,7 +144,7 @@ void AVIIndex::LoadStandardIndexes(const AVIStream& stream)
         uint32_t id = 0, length = 0;
         fSource.Seek(SuperEntry(super, i, kSuperIndexEntry["qwOffset"]));
         if (fByOffset.contains(SumOfOffsets(fSource.Position(), 8))) continue;
-        if (!fSource.Read32(id) || !IsIndexId(id) || !fSource.ReadLength(length)) continue;
+        if (!fSource.ReadCode(id) || !IsIndexId(id) || !fSource.ReadLength(length)) continue;
         const uint64_t offset = fSource.Position();
         ChunkPlan plan{.id = id, .length = length, .data = fSource.ReadBody(length)};
         if (!plan.data) continue;
@@ -209,7 +209,7 @@ void AVIIndex::AddEntries(const Chunk& index, size_t count, AVIStream& stream, C
 uint64_t AVIIndex::OldIndexCorrection()
 {
     OldEntry entry = OldEntryAt(*fStructure.old_index, 0);
-    if (entry.id == FourCC("7Fxx")) entry = OldEntryAt(*fStructure.old_index, 1);
+    if (entry.id == "7Fxx"_4cc) entry = OldEntryAt(*fStructure.old_index, 1);
     const uint64_t first = entry.offset;
     const uint64_t media = fStructure.media ? fStructure.media->offset : 0;
     if (first + 8 >= media) return 0;
@@ -228,7 +228,7 @@ bool AVIIndex::OldIndexFits(uint64_t correction)
         uint32_t id = 0;
         fSource.Seek(SumOfOffsets(entry.offset, correction));
         // What is beyond the file, or cannot be read, is told when it is to be read.
-        return !fSource.Read32(id) || StreamNumber(id) == StreamNumber(entry.id);
+        return !fSource.ReadCode(id) || StreamNumber(id) == StreamNumber(entry.id);
     }
     return true;
 }

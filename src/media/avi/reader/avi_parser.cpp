@@ -20,7 +20,7 @@ constexpr uint32_t kLargestFirstFrame = 64 << 20;  // bytes
 bool IsStandardIndexId(uint32_t id)
 {
     for (uint32_t i = 0; i < 8; i++)
-        if (id == FourCC("ix00") + (i << 24) || id == FourCC("00ix") + (i << 8)) return true;
+        if (id == "ix00"_4cc + i || id == "00ix"_4cc + (i << 16)) return true;
     return false;
 }
 
@@ -48,23 +48,23 @@ void AVIParser::Stop(Status status)
 void AVIParser::ParseList(Chunk* parent, bool load)
 {
     uint32_t id = 0, length = 0, name = 0;
-    if (!fSource.Read32(id) || !fSource.ReadLength(length)) return Stop();
+    if (!fSource.ReadCode(id) || !fSource.ReadLength(length)) return Stop();
     const uint64_t start = fSource.Position();
     const uint64_t end = start + length;
-    if (!fSource.Read32(name)) return Stop();
+    if (!fSource.ReadCode(name)) return Stop();
     if (length == 0 && fFound.tree.IsListId(id)) Stop(kCorrupted);
     Chunk* list = Note(start, id, name, length == 0 ? 0 : 4, parent);
     if (fStopped) return;
     NoteList(list);
     if (!fFound.riff) return Stop(kNotThisClass);
-    if (name == FourCC("movi")) fFound.media_lists.push_back({start + 4, end});
-    if (name == FourCC("movi") && !(fFound.flags & kAVIListMedia)) {
+    if (name == "movi"_4cc) fFound.media_lists.push_back({start + 4, end});
+    if (name == "movi"_4cc && !(fFound.flags & kAVIListMedia)) {
         list->opaque = true;
         list->length = length;
         return fSource.Seek(end);
     }
     if (list->depth > kMostNesting) return fSource.Seek(end);
-    ParseListBody(list, end, load || name == FourCC("hdrl") || name == FourCC("INFO"));
+    ParseListBody(list, end, load || name == "hdrl"_4cc || name == "INFO"_4cc);
     if (parent == fFound.tree.Root() && !fStopped && !HeaderSeen()) ParseSegments();
 }
 
@@ -78,10 +78,10 @@ void AVIParser::ParseSegments()
 {
     while (!fStopped) {
         uint32_t id = 0, length = 0, name = 0;
-        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return;
+        if (!fSource.ReadCode(id) || !fSource.ReadLength(length)) return;
         const uint64_t start = fSource.Position();
-        if (!fSource.Read32(name)) return;
-        if (id != FourCC("RIFF") || name != FourCC("AVIX")) return;
+        if (!fSource.ReadCode(name)) return;
+        if (id != "RIFF"_4cc || name != "AVIX"_4cc) return;
         Chunk* riff = Note(start, id, name, 4, fFound.tree.Root());
         fFound.segments.push_back({riff, nullptr, 0});
         ParseListBody(riff, start + length, false);
@@ -93,8 +93,8 @@ void AVIParser::ParseChunk(Chunk* parent, bool load)
 {
     const uint64_t start = fSource.Position();
     uint32_t id = 0, length = 0;
-    if (!fSource.Read32(id)) return Stop();
-    if (id == FourCC("LIST")) {
+    if (!fSource.ReadCode(id)) return Stop();
+    if (id == "LIST"_4cc) {
         fSource.Seek(start);
         return ParseList(parent, load);
     }
@@ -102,8 +102,8 @@ void AVIParser::ParseChunk(Chunk* parent, bool load)
     Chunk* chunk = Note(fSource.Position(), id, 0, length, parent);
     if (fStopped || length == 0) return;
     NoteChunk(chunk);
-    load = load || id == FourCC("idx1") || IsStandardIndexId(id);
-    if (load && id != FourCC("JUNK")) {
+    load = load || id == "idx1"_4cc || IsStandardIndexId(id);
+    if (load && id != "JUNK"_4cc) {
         chunk->datatype = DataType(id);
         chunk->data = fSource.ReadBody(length);
         UseBody(chunk);
@@ -122,64 +122,64 @@ Chunk* AVIParser::Note(uint64_t offset, uint32_t id, uint32_t name, uint32_t len
 void AVIParser::NoteList(Chunk* list)
 {
     const uint32_t name = list->name;
-    if (list->id == FourCC("RIFF")) {
-        if (name == FourCC("AVI ")) fFound.riff = list;
-    } else if (name == FourCC("hdrl")) {
+    if (list->id == "RIFF"_4cc) {
+        if (name == "AVI "_4cc) fFound.riff = list;
+    } else if (name == "hdrl"_4cc) {
         fFound.header_list = list;
-    } else if (name == FourCC("INFO")) {
+    } else if (name == "INFO"_4cc) {
         fFound.info_list = list;
-    } else if (name == FourCC("odml")) {
+    } else if (name == "odml"_4cc) {
         fFound.extended_list = list;
-    } else if (name == FourCC("movi")) {
+    } else if (name == "movi"_4cc) {
         (fFound.segments.empty() ? fFound.media : fFound.segments.back().media) = list;
     }
 }
 
 void AVIParser::NoteChunk(Chunk* chunk)
 {
-    if (chunk->id == FourCC("avih")) fFound.main_header = chunk;
-    if (chunk->id == FourCC("dmlh")) fFound.extended_header = chunk;
-    if (chunk->id == FourCC("idx1") && !fFound.old_index) fFound.old_index = chunk;
-    if (chunk->id == FourCC("JUNK") && !fFound.junk) fFound.junk = chunk;
+    if (chunk->id == "avih"_4cc) fFound.main_header = chunk;
+    if (chunk->id == "dmlh"_4cc) fFound.extended_header = chunk;
+    if (chunk->id == "idx1"_4cc && !fFound.old_index) fFound.old_index = chunk;
+    if (chunk->id == "JUNK"_4cc && !fFound.junk) fFound.junk = chunk;
 }
 
 // Gives the stream headers their meaning.
 void AVIParser::UseBody(Chunk* chunk)
 {
     if (!chunk->data) return;
-    if (chunk->id == FourCC("strh")) {
+    if (chunk->id == "strh"_4cc) {
         AVIStream& stream = fFound.streams.emplace_back();
         stream.header = chunk;
         fStreamType = Get32(chunk, kStreamHeader["fccType"]);
-        const uint32_t known[] = {FourCC("vids"), FourCC("auds"), FourCC("iavs")};
+        const uint32_t known[] = {"vids"_4cc, "auds"_4cc, "iavs"_4cc};
         stream.type = std::ranges::count(known, fStreamType) ? fStreamType : 0;
         return;
     }
     if (fFound.streams.empty()) return;
     AVIStream& stream = fFound.streams.back();
-    if (chunk->id == FourCC("indx")) stream.super_index = chunk;
-    if (chunk->id != FourCC("strf")) return;
+    if (chunk->id == "indx"_4cc) stream.super_index = chunk;
+    if (chunk->id != "strf"_4cc) return;
     stream.format = chunk;
     const uint32_t compression = Get32(chunk, kBitmapInfo["biCompression"]);
-    const uint32_t dv[] = {FourCC("dvsd"), FourCC("DVSD"), FourCC("CDVC")};
+    const uint32_t dv[] = {"dvsd"_4cc, "DVSD"_4cc, "CDVC"_4cc};
     if (stream.IsVideo() && stream.Handler() == 0 && std::ranges::count(dv, compression))
         SetInMemory(*stream.header, kStreamHeader["fccHandler"], compression);
 }
 
 int32_t AVIParser::DataType(uint32_t id) const
 {
-    if (id == FourCC("strf")) {
-        if (fStreamType == FourCC("iavs")) return kDataDVFormat;
-        if (fStreamType == FourCC("vids")) return kDataBitmapFormat;
-        return fStreamType == FourCC("auds") ? kDataWaveFormat : kDataNone;
+    if (id == "strf"_4cc) {
+        if (fStreamType == "iavs"_4cc) return kDataDVFormat;
+        if (fStreamType == "vids"_4cc) return kDataBitmapFormat;
+        return fStreamType == "auds"_4cc ? kDataWaveFormat : kDataNone;
     }
     static constexpr struct {
         uint32_t id;
         int32_t type;
     } kTypes[] = {
-        {FourCC("avih"), kDataMainHeader}, {FourCC("strh"), kDataStreamHeader},
-        {FourCC("indx"), kDataSuperIndex}, {FourCC("dmlh"), kDataExtendedHeader},
-        {FourCC("idx1"), kDataOldIndex},   {FourCC("vprp"), kDataVideoProperties},
+        {"avih"_4cc, kDataMainHeader}, {"strh"_4cc, kDataStreamHeader},
+        {"indx"_4cc, kDataSuperIndex}, {"dmlh"_4cc, kDataExtendedHeader},
+        {"idx1"_4cc, kDataOldIndex},   {"vprp"_4cc, kDataVideoProperties},
     };
     for (const auto& row : kTypes)
         if (row.id == id) return row.type;
@@ -193,8 +193,8 @@ void AVIParser::CaptureFirstFrame()
     if (!SkipToMedia()) return;
     for (int i = 0; i < 10; i++) {
         uint32_t id = 0, length = 0;
-        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return;
-        if (id == FourCC("00dc") || id == FourCC("00db")) {
+        if (!fSource.ReadCode(id) || !fSource.ReadLength(length)) return;
+        if (id == "00dc"_4cc || id == "00db"_4cc) {
             if (length > kLargestFirstFrame) return;
             if (auto body = fSource.ReadBody(length)) fFound.first_frame = std::move(*body);
             return;
@@ -208,8 +208,8 @@ bool AVIParser::SkipToMedia()
 {
     uint32_t id = 0, length = 0, name = 0;
     for (size_t i = 0; i < kMostChunks; i++) {
-        if (!fSource.Read32(id) || !fSource.ReadLength(length)) return false;
-        if (id == FourCC("LIST")) return fSource.Read32(name) && name == FourCC("movi");
+        if (!fSource.ReadCode(id) || !fSource.ReadLength(length)) return false;
+        if (id == "LIST"_4cc) return fSource.ReadCode(name) && name == "movi"_4cc;
         fSource.Seek(fSource.Position() + length);
     }
     return false;

@@ -11,25 +11,24 @@ constexpr uint64_t kHeadSize = 8;
 // The letters behind the stream's number. "__" is what DV programs put into Type 1 files.
 bool IsMediaId(const AVIStream& stream, uint32_t id)
 {
-    const uint32_t letters = id >> 16;
-    const auto is = [&](const char(&id_of_0)[5]) { return letters == FourCC(id_of_0) >> 16; };
-    if (stream.IsAudio()) return is("00wb");
+    const auto is = [&](uint32_t id_of_0) { return (id & 0xFFFF) == (id_of_0 & 0xFFFF); };
+    if (stream.IsAudio()) return is("00wb"_4cc);
     if (!stream.IsVideo() && !stream.IsInterleaved()) return false;
-    return is("00db") || is("00dc") || is("00iv") || is("00__");
+    return is("00db"_4cc) || is("00dc"_4cc) || is("00iv"_4cc) || is("00__"_4cc);
 }
 
 }  // namespace
 
 int StreamNumber(uint32_t id)
 {
-    const uint32_t tens = (id & 0xFF) - '0', units = (id >> 8 & 0xFF) - '0';
+    const uint32_t tens = (id >> 24) - '0', units = (id >> 16 & 0xFF) - '0';
     return tens < 10 && units < 10 ? static_cast<int>(tens * 10 + units) : -1;
 }
 
 bool IsIndexId(uint32_t id)
 {
-    const uint32_t first = id & 0xFFFF, last = id >> 16, ix = FourCC("ix00") & 0xFFFF;
-    return (first == ix && StreamNumber(last) >= 0) || (last == ix && StreamNumber(first) >= 0);
+    const uint32_t first = id >> 16, last = id & 0xFFFF, ix = "ix00"_4cc >> 16;
+    return (first == ix && StreamNumber(last << 16) >= 0) || (last == ix && StreamNumber(id) >= 0);
 }
 
 AVIWalk::AVIWalk(const AVIStructure& structure, ChunkSource& source, std::vector<FrameEntry> named)
@@ -57,15 +56,15 @@ uint64_t AVIWalk::Step(uint64_t at, uint64_t end)
     if (const uint64_t behind = EndOfNamed(at)) return behind;
     uint32_t id = 0, size = 0, name = 0;
     fSource.Seek(at);
-    if (end - at < kHeadSize || !fSource.Read32(id) || !fSource.Read32(size)) {
+    if (end - at < kHeadSize || !fSource.ReadCode(id) || !fSource.Read32(size)) {
         fCutShort = fSource.Failure() != kOK;
         return end;
     }
     fChunksLeft--;
     const uint64_t data = at + kHeadSize;
     // Lists that bundle the chunks of a moment are entered by stepping over their heads.
-    const bool list = id == FourCC("LIST") && fSource.Read32(name);
-    if (list && (name == FourCC("rec ") || name == FourCC("REC "))) return data + 4;
+    const bool list = id == "LIST"_4cc && fSource.ReadCode(name);
+    if (list && (name == "rec "_4cc || name == "REC "_4cc)) return data + 4;
     if (size > end - data) return end;
     Take(id, {data, size});
     return data + size + (size & 1);

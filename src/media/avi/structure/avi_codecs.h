@@ -4,8 +4,7 @@
 
 namespace kelvane {
 
-// About the four bytes of a stream's "fccHandler", read as a big-endian number: "dvsd"_4cc is what
-// a file spells so.
+// About the code in a stream's "fccHandler".
 
 // True for 25 Mbit/s DV in the spellings of all makers, also with the bytes reversed.
 bool IsDVHandler(uint32_t handler);

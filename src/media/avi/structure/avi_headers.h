@@ -39,8 +39,8 @@ inline constexpr uint32_t kTrustChunkType = 0x800;
 
 // "strh".
 inline constexpr auto kStreamHeader = HeaderFields<56>({
-    {"fccType", 0, 4},
-    {"fccHandler", 4, 4},
+    {"fccType", 0, 4, true},
+    {"fccHandler", 4, 4, true},
     {"dwFlags", 8, 4},
     {"wPriority", 12, 2},
     {"wLanguage", 14, 2},
@@ -80,7 +80,7 @@ inline constexpr auto kSuperIndex = HeaderFields<24>({
     {"bIndexSubType", 2, 1},
     {"bIndexType", 3, 1},
     {"nEntriesInUse", 4, 4},
-    {"dwChunkId", 8, 4},
+    {"dwChunkId", 8, 4, true},
     {"dwReserved[0]", 12, 4},
     {"dwReserved[1]", 16, 4},
     {"dwReserved[2]", 20, 4},
@@ -97,7 +97,7 @@ inline constexpr auto kStandardIndex = HeaderFields<24>({
     {"bIndexSubType", 2, 1},
     {"bIndexType", 3, 1},
     {"nEntriesInUse", 4, 4},
-    {"dwChunkId", 8, 4},
+    {"dwChunkId", 8, 4, true},
     {"qwBaseOffset", 12, 8},
     {"dwReserved", 20, 4},
 });
@@ -109,7 +109,7 @@ inline constexpr uint8_t kIndexOfChunks = 1;
 
 // Entry of "idx1".
 inline constexpr auto kOldIndexEntry = HeaderFields<16>({
-    {"dwChunkId", 0, 4},
+    {"dwChunkId", 0, 4, true},
     {"dwType", 4, 4},    // flags
     {"dwOffset", 8, 4},  // of the head; from the file's start or from the name "movi"
     {"dwSize", 12, 4},
@@ -156,8 +156,7 @@ inline uint64_t GetEntry(const Chunk& chunk, size_t start, size_t index, size_t 
 // Changes a field in memory, when the body has it; the value's upper bits are cut off.
 inline void SetInMemory(Chunk& chunk, const HeaderField& field, uint64_t value)
 {
-    if (!chunk.data || size_t{field.at} + field.bytes > chunk.data->size()) return;
-    StoreBytes(std::span(*chunk.data).subspan(field.at, field.bytes), value, ByteOrder::kLittle);
+    if (chunk.data) static_cast<void>(SetField(*chunk.data, field, value, ByteOrder::kLittle));
 }
 // And marks the body to be written.
 inline void Set(Chunk& chunk, const HeaderField& field, uint64_t value)

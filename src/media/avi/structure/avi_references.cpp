@@ -54,7 +54,7 @@ std::vector<uint8_t> BuildReference(const Reference& reference)
 {
     Bytes chunk;
     ByteWriter writer(chunk, ByteOrder::kLittle);
-    writer.Put32(FourCC("REF "));
+    writer.PutCode("REF "_4cc);
     writer.Put32(reference.position);
     writer.Put32(reference.frame);
     writer.Put32(static_cast<uint32_t>(reference.path.size() + 1));
@@ -142,7 +142,7 @@ Status ReferenceOutput::Write(uint32_t tag, std::span<const uint8_t> frame, Refe
     }
     const auto size = static_cast<uint32_t>(frame.size());
     uint8_t head[kChunkHead];
-    StoreBytes(std::span(head).first(4), tag, ByteOrder::kLittle);
+    StoreBytes(std::span(head).first(4), tag, ByteOrder::kBig);
     StoreBytes(std::span(head).last(4), size, ByteOrder::kLittle);
     const FilePart parts[] = {{head, kChunkHead}, {frame.data(), size}};
     if (FileWriteAt(fFile.Handle(), fEnd, parts) != int64_t{kChunkHead} + size) {

@@ -113,7 +113,7 @@ uint32_t EncodingOf(uint32_t compression)
 MediaFormat VideoFormatOf(const AVIStream& stream)
 {
     const BitmapHeader header = BitmapOf(stream);
-    const uint32_t compression = Swap32(header.compression);
+    const uint32_t compression = header.compression;
     switch (compression) {
         case "UYVY"_4cc:
             return RawFormatOf(stream, kUYVY);
@@ -145,8 +145,7 @@ MediaFormat FormatOfStream(const AVIStream& stream)
 {
     if (stream.IsAudio()) return AudioFormatOf(stream);
     if (stream.IsVideo()) return VideoFormatOf(stream);
-    if (stream.IsInterleaved() && IsDVHandler(Swap32(stream.Handler())))
-        return DVFormat(stream.IsPAL());
+    if (stream.IsInterleaved() && IsDVHandler(stream.Handler())) return DVFormat(stream.IsPAL());
     return {};
 }
 

@@ -65,7 +65,7 @@ private:
 
 // One stream, of a source or a destination. The chunks' bodies are in memory.
 struct AVIStream {
-    uint32_t type = 0;             // FourCC("vids"), FourCC("auds"), FourCC("iavs"), or 0
+    uint32_t type = 0;             // "vids"_4cc, "auds"_4cc, "iavs"_4cc, or 0
     Chunk* header = nullptr;       // "strh"
     Chunk* format = nullptr;       // "strf"
     Chunk* super_index = nullptr;  // "indx", or null
@@ -79,11 +79,11 @@ struct AVIStream {
     int32_t largest_frame = 0;  // bytes: what a buffer for ReadFrame must hold
     FrameTable frames;
     uint64_t missing = 0;    // frames that the file promises behind those of the table
-    uint32_t chunk_tag = 0;  // FourCC("00db") and the like
+    uint32_t chunk_tag = 0;  // "00db"_4cc and the like
 
-    bool IsVideo() const { return type == FourCC("vids"); }
-    bool IsAudio() const { return type == FourCC("auds"); }
-    bool IsInterleaved() const { return type == FourCC("iavs"); }
+    bool IsVideo() const { return type == "vids"_4cc; }
+    bool IsAudio() const { return type == "auds"_4cc; }
+    bool IsInterleaved() const { return type == "iavs"_4cc; }
     uint32_t Handler() const { return Get32(header, kStreamHeader["fccHandler"]); }
     // Frames a second without their fraction, 25 for PAL; 0 when the header does not tell.
     uint32_t WholeRate() const

@@ -18,7 +18,7 @@ constexpr size_t kLargestBody = std::numeric_limits<int32_t>::max();
 std::array<uint8_t, 8> ChunkHead(uint32_t id, uint32_t size)
 {
     std::array<uint8_t, 8> head;
-    StoreBytes(std::span(head).first(4), id, ByteOrder::kLittle);
+    StoreBytes(std::span(head).first(4), id, ByteOrder::kBig);
     StoreBytes(std::span(head).last(4), size, ByteOrder::kLittle);
     return head;
 }
@@ -51,7 +51,7 @@ Status AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* paren
     if (padding > kZeros.size() || body.size() > kLargestBody) return kError;
     const auto size = static_cast<uint32_t>(body.size());
     const auto head = ChunkHead(id, size);
-    const auto junk = ChunkHead(FourCC("JUNK"), padding);
+    const auto junk = ChunkHead("JUNK"_4cc, padding);
     // The padding is made of the first bytes of the body: any will do, and these are at hand.
     const void* filling = padding <= size ? body.data() : kZeros.data();
     const FilePart parts[] = {{head.data(), 8},
@@ -65,7 +65,7 @@ Status AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* paren
     const uint32_t length = size + (size & 1);
     chunk = fStructure.tree.NoteChunk({.id = id, .length = length, .parent = parent}, offset);
     if (padding > 0)
-        fStructure.tree.NoteChunk({.id = FourCC("JUNK"), .length = padding, .parent = parent},
+        fStructure.tree.NoteChunk({.id = "JUNK"_4cc, .length = padding, .parent = parent},
                                   offset + length + 8);
     return kOK;
 }
@@ -73,9 +73,9 @@ Status AVIAppender::Put(uint32_t id, std::span<const uint8_t> body, Chunk* paren
 Status AVIAppender::PutSegment()
 {
     uint8_t heads[24] = {};
-    const uint32_t codes[] = {FourCC("RIFF"), 0, FourCC("AVIX"), FourCC("LIST"), 0, FourCC("movi")};
+    const uint32_t codes[] = {"RIFF"_4cc, 0, "AVIX"_4cc, "LIST"_4cc, 0, "movi"_4cc};
     for (size_t i = 0; i < std::size(codes); i++)
-        StoreBytes(std::span(heads).subspan(4 * i, 4), codes[i], ByteOrder::kLittle);
+        StoreBytes(std::span(heads).subspan(4 * i, 4), codes[i], ByteOrder::kBig);
     const uint64_t offset = fEnd + 8;
     const FilePart parts[] = {{heads, sizeof heads}};
     const Status status = Write(parts);

@@ -17,8 +17,7 @@ constexpr uint32_t kMostDoublings = 7;                             // 25600 chun
 
 uint32_t StandardIndexId(size_t stream)
 {
-    return FourCC("ix00") + static_cast<uint32_t>(stream / 10 % 10 << 16) +
-           static_cast<uint32_t>(stream % 10 << 24);
+    return "ix00"_4cc + static_cast<uint32_t>(stream / 10 % 10 << 8 | stream % 10);
 }
 
 uint32_t EntriesInUse(const Chunk& index)
@@ -32,7 +31,7 @@ void PutStandardHead(ByteWriter& writer, uint32_t entries, uint32_t tag, uint64_
     writer.Put8(0);
     writer.Put8(kIndexOfChunks);
     writer.Put32(entries);
-    writer.Put32(tag);
+    writer.PutCode(tag);
     writer.Put64(base);
     writer.Put32(0);
 }
@@ -185,7 +184,7 @@ Status AVIIndexWriter::WriteOldIndex()
     const Bytes body = MergedOldIndex();
     if (body.empty()) return kOK;
     Chunk* riff = fStructure.segments.empty() ? fStructure.riff : fStructure.segments.back().riff;
-    const Status status = fAppender.Put(FourCC("idx1"), body, riff, fStructure.old_index);
+    const Status status = fAppender.Put("idx1"_4cc, body, riff, fStructure.old_index);
     Chunk& header = *fStructure.main_header;
     const uint32_t others = Get32(&header, kMainHeader["dwFlags"]) & ~kHasIndex;
     Set(header, kMainHeader["dwFlags"], others | (status == kOK ? kHasIndex : 0));
@@ -211,7 +210,7 @@ Bytes AVIIndexWriter::MergedOldIndex() const
         if (!lowest) return body;
         const FrameEntry& frame = lowest->frames[(*place)++];
         if (frame.offset - 8 - base > kReach) return body;
-        writer.Put32(lowest->chunk_tag);
+        writer.PutCode(lowest->chunk_tag);
         writer.Put32(kKeyFrame);
         writer.Put32(static_cast<uint32_t>(frame.offset - 8 - base));
         writer.Put32(frame.size);

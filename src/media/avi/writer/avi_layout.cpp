@@ -30,12 +30,11 @@ uint32_t MatroxBufferSize(bool pal)
     return pal ? 144384 : 120832;
 }
 
-// "00db" for stream 0 and letters "db".
-uint32_t StreamTag(size_t number, const char (&letters)[3])
+// The code for stream 0 with the number of the stream.
+uint32_t StreamTag(size_t number, uint32_t code_of_0)
 {
-    const char text[5] = {static_cast<char>('0' + number / 10 % 10),
-                          static_cast<char>('0' + number % 10), letters[0], letters[1], 0};
-    return FourCC(text);
+    const auto digits = static_cast<uint32_t>(number / 10 % 10 << 8 | number % 10);
+    return code_of_0 + (digits << 16);
 }
 
 }  // namespace
@@ -43,7 +42,7 @@ uint32_t StreamTag(size_t number, const char (&letters)[3])
 Chunk* AVILayout::NewList(uint32_t name, Chunk* parent, Chunk* anchor)
 {
     return fStructure.tree.NewChunk(
-        {.id = FourCC("LIST"), .name = name, .parent = parent, .anchor = anchor});
+        {.id = "LIST"_4cc, .name = name, .parent = parent, .anchor = anchor});
 }
 
 Chunk* AVILayout::NewHeader(uint32_t id, Chunk* parent, uint32_t length, int32_t datatype)
@@ -59,25 +58,25 @@ void AVILayout::Begin(uint32_t flags)
 {
     AVIStructure& s = fStructure;
     s.flags = flags;
-    s.riff = s.tree.NewChunk({.id = FourCC("RIFF"), .name = FourCC("AVI ")});
-    s.header_list = NewList(FourCC("hdrl"), s.riff);
+    s.riff = s.tree.NewChunk({.id = "RIFF"_4cc, .name = "AVI "_4cc});
+    s.header_list = NewList("hdrl"_4cc, s.riff);
     PlanMainHeader();
     if (Has(kAVIOpenDML)) {
-        s.extended_list = NewList(FourCC("odml"), s.header_list);
+        s.extended_list = NewList("odml"_4cc, s.header_list);
         s.extended_header =
-            NewHeader(FourCC("dmlh"), s.extended_list, kExtendedHeaderSize, kDataExtendedHeader);
+            NewHeader("dmlh"_4cc, s.extended_list, kExtendedHeaderSize, kDataExtendedHeader);
     }
     if (Has(kAVIMatrox)) PlanInfo();
-    s.junk = s.tree.NewChunk({.id = FourCC("JUNK"),
+    s.junk = s.tree.NewChunk({.id = "JUNK"_4cc,
                               .length = Has(kAVIMatrox) ? kMatroxJunkSize : kJunkSize,
                               .parent = s.riff});
-    s.media = NewList(FourCC("movi"), s.riff);
+    s.media = NewList("movi"_4cc, s.riff);
 }
 
 void AVILayout::PlanMainHeader()
 {
     fStructure.main_header =
-        NewHeader(FourCC("avih"), fStructure.header_list, kMainHeader.Size(), kDataMainHeader);
+        NewHeader("avih"_4cc, fStructure.header_list, kMainHeader.Size(), kDataMainHeader);
     Chunk& header = *fStructure.main_header;
     const bool pal = Has(kAVIPAL);
     const bool matrox = Has(kAVIMatrox), canopus = Has(kAVICanopus);
@@ -91,8 +90,8 @@ void AVILayout::PlanMainHeader()
 
 void AVILayout::PlanInfo()
 {
-    fStructure.info_list = NewList(FourCC("INFO"), fStructure.riff);
-    Chunk* software = NewHeader(FourCC("ISFT"), fStructure.info_list,
+    fStructure.info_list = NewList("INFO"_4cc, fStructure.riff);
+    Chunk* software = NewHeader("ISFT"_4cc, fStructure.info_list,
                                 static_cast<uint32_t>(kMatroxSoftware.size() + 1), kDataNone);
     std::ranges::copy(kMatroxSoftware, software->data->begin());
 }
@@ -102,12 +101,12 @@ AVIStream& AVILayout::NewStream(uint32_t type, uint32_t handler)
     const size_t number = fStructure.streams.size();
     AVIStream& stream = fStructure.streams.emplace_back();
     stream.type = type;
-    stream.chunk_tag = stream.IsAudio()  ? StreamTag(number, "wb")
-                       : Has(kAVIMatrox) ? StreamTag(number, "dc")
-                                         : StreamTag(number, "db");
+    stream.chunk_tag = stream.IsAudio()  ? StreamTag(number, "00wb"_4cc)
+                       : Has(kAVIMatrox) ? StreamTag(number, "00dc"_4cc)
+                                         : StreamTag(number, "00db"_4cc);
     stream.frames.Start(400);
-    Chunk* list = NewList(FourCC("strl"), fStructure.header_list, fStructure.extended_list);
-    stream.header = NewHeader(FourCC("strh"), list, kStreamHeader.Size(), kDataStreamHeader);
+    Chunk* list = NewList("strl"_4cc, fStructure.header_list, fStructure.extended_list);
+    stream.header = NewHeader("strh"_4cc, list, kStreamHeader.Size(), kDataStreamHeader);
     Set(*stream.header, kStreamHeader["fccType"], type);
     Set(*stream.header, kStreamHeader["fccHandler"], handler);
     Set(*fStructure.main_header, kMainHeader["dwStreams"], number + 1);
@@ -116,7 +115,7 @@ AVIStream& AVILayout::NewStream(uint32_t type, uint32_t handler)
 
 void AVILayout::AddFormat(AVIStream& stream, uint32_t length, int32_t datatype)
 {
-    stream.format = NewHeader(FourCC("strf"), stream.header->parent, length, datatype);
+    stream.format = NewHeader("strf"_4cc, stream.header->parent, length, datatype);
 }
 
 void AVILayout::AddIndex(AVIStream& stream)
@@ -124,14 +123,14 @@ void AVILayout::AddIndex(AVIStream& stream)
     Chunk* list = stream.header->parent;
     if (Has(kAVIOpenDML)) {
         stream.super_index =
-            NewHeader(FourCC("indx"), list,
-                      Has(kAVIMatrox) ? kMatroxSuperIndexSize : kSuperIndexSize, kDataSuperIndex);
+            NewHeader("indx"_4cc, list, Has(kAVIMatrox) ? kMatroxSuperIndexSize : kSuperIndexSize,
+                      kDataSuperIndex);
         Set(*stream.super_index, kSuperIndex["wLongsPerEntry"], 4);
         Set(*stream.super_index, kSuperIndex["dwChunkId"], stream.chunk_tag);
     }
     if (Has(kAVIMatrox))
         StoreVideoProperties(
-            *NewHeader(FourCC("vprp"), list, kVideoProperties.Size(), kDataVideoProperties));
+            *NewHeader("vprp"_4cc, list, kVideoProperties.Size(), kDataVideoProperties));
 }
 
 void AVILayout::AddDVStream(uint32_t handler, bool pal)
@@ -140,8 +139,8 @@ void AVILayout::AddDVStream(uint32_t handler, bool pal)
     const bool matrox = Has(kAVIMatrox), canopus = Has(kAVICanopus);
     const auto frame = static_cast<uint32_t>(system.dv_frame_size);
     const bool interleaved = !matrox && !canopus;
-    AVIStream& stream = NewStream(interleaved ? FourCC("iavs") : FourCC("vids"),
-                                  canopus ? FourCC("CDVC") : handler);
+    AVIStream& stream =
+        NewStream(interleaved ? "iavs"_4cc : "vids"_4cc, canopus ? "CDVC"_4cc : handler);
     Chunk& header = *stream.header;
     const uint32_t scale = matrox ? (pal ? 1 : 1001) : (pal ? 400000 : 333666);
     const uint32_t rate = matrox ? (pal ? 25 : 30000) : kRateUnits;
@@ -180,7 +179,7 @@ void AVILayout::AddDVPictureStream(uint32_t handler)
 void AVILayout::AddPictureStream(const BitmapHeader& header, double rate,
                                  std::span<const uint8_t> codec_data)
 {
-    AVIStream& stream = NewStream(FourCC("vids"), header.compression);
+    AVIStream& stream = NewStream("vids"_4cc, header.compression);
     Set(*stream.header, kStreamHeader["dwScale"], 10000);
     const bool sensible = rate > 0 && rate < 100000;
     Set(*stream.header, kStreamHeader["dwRate"],
@@ -201,7 +200,7 @@ void AVILayout::AddPictureStream(const BitmapHeader& header, double rate,
 void AVILayout::AddSoundStream(const RawAudioFormat& format)
 {
     const uint32_t block = uint32_t{format.ch} * format.bitspersample / 8;
-    AVIStream& stream = NewStream(FourCC("auds"), 0);
+    AVIStream& stream = NewStream("auds"_4cc, 0);
     Set(*stream.header, kStreamHeader["dwScale"], 1);
     Set(*stream.header, kStreamHeader["dwRate"], static_cast<uint32_t>(format.srate));
     Set(*stream.header, kStreamHeader["dwSuggestedBufferSize"], 7680);
@@ -343,7 +342,7 @@ void AVILayout::FinishMainHeader(const AVIStream& stream)
         const auto height = static_cast<int32_t>(Get32(stream.format, kBitmapInfo["biHeight"]));
         Set(header, kMainHeader["dwWidth"], Get(stream.format, kBitmapInfo["biWidth"]));
         Set(header, kMainHeader["dwHeight"], static_cast<uint32_t>(height < 0 ? -height : height));
-    } else if (IsDVHandler(Swap32(stream.Handler()))) {
+    } else if (IsDVHandler(stream.Handler())) {
         Set(header, kMainHeader["dwWidth"], 720);
         Set(header, kMainHeader["dwHeight"], stream.IsPAL() ? 576 : 480);
     }

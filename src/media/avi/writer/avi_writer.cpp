@@ -39,7 +39,7 @@ Status AVIWriter::BeginDVAVI(uint32_t flags, uint32_t handler, int32_t audio_rat
 {
     const auto rate = static_cast<size_t>(audio_rate_code);
     if (rate >= std::size(kAudioRates) || BeginAVI(flags) != kOK) return kError;
-    if (handler == 0 || handler == FourCC("dsvd")) handler = FourCC("dvsd");
+    if (handler == 0 || handler == "dsvd"_4cc) handler = "dvsd"_4cc;
     if (Has(kAVIType1)) {
         fLayout.AddDVStream(handler, Has(kAVIPAL));
     } else {
@@ -78,7 +78,7 @@ Status AVIWriter::AddEncodedVideoStream(const MediaFormat& format)
     if (!CanAddStream() || format.kind != kEncodedVideo) return kError;
     const EncodedVideoFormat& view = format.encoded_video;
     if (format.IsDV25()) {
-        fLayout.AddDVStream(FourCC("CDVC"), view.h == kPAL.height);
+        fLayout.AddDVStream("CDVC"_4cc, view.h == kPAL.height);
         return kOK;
     }
     if (Has(kAVIReference)) return kFormatNotSupported;

@@ -92,8 +92,8 @@ Planes PlanesOf(const AVFrame& frame)
 
 const DVKind* FindDVKind(const CodecSetup& setup)
 {
-    const bool dvcpro = setup.coded.compression == FourCC("dv25");
-    if (!dvcpro && setup.coded.compression != FourCC("dvsd")) return nullptr;
+    const bool dvcpro = setup.coded.compression == "dv25"_4cc;
+    if (!dvcpro && setup.coded.compression != "dvsd"_4cc) return nullptr;
     if (setup.raw.compression != 0) return nullptr;
     if (setup.raw.bit_count != 24 && setup.raw.bit_count != 32) return nullptr;
     for (const DVKind& kind : kKinds)

@@ -21,10 +21,10 @@ struct HuffYUVPresence {
 using Instance = std::variant<LibavDVEncoder, LibavDVDecoder, HuffYUVPresence>;
 
 constexpr ModuleCodec kCodecs[] = {
-    {"DV Video Encoder", "DV Encoder", kDirectShow, 0, FourCC("vidc"), FourCC("dvsd"), 0, 0},
-    {"DV Video Decoder", "DV Decoder", kDirectShow, 1, FourCC("vidc"), FourCC("dvsd"), 0, 0},
-    {"HuffYUV", "HuffYUV", kVideoForWindows, 0, FourCC("vidc"), FourCC("HFYU"), 0, 0},
-    {"HuffYUV", "HuffYUV", kVideoForWindows, 1, FourCC("vidc"), FourCC("HFYU"), 0, 0},
+    {"DV Video Encoder", "DV Encoder", kDirectShow, 0, "vidc"_4cc, "dvsd"_4cc, 0, 0},
+    {"DV Video Decoder", "DV Decoder", kDirectShow, 1, "vidc"_4cc, "dvsd"_4cc, 0, 0},
+    {"HuffYUV", "HuffYUV", kVideoForWindows, 0, "vidc"_4cc, "HFYU"_4cc, 0, 0},
+    {"HuffYUV", "HuffYUV", kVideoForWindows, 1, "vidc"_4cc, "HFYU"_4cc, 0, 0},
 };
 constexpr uint32_t kDVCodecs = 2;
 
@@ -60,7 +60,7 @@ int32_t WithoutThrowing(Work work)
 std::unique_ptr<Instance> OpenInstance(uint32_t index, const CodecSetup& setup)
 {
     const bool decoder = kCodecs[index].is_decoder;
-    if (kCodecs[index].handler == FourCC("HFYU")) {
+    if (kCodecs[index].handler == "HFYU"_4cc) {
         ContextPtr context(avcodec_alloc_context3(HuffYUVCodec(decoder)));
         if (!context) return nullptr;
         return std::make_unique<Instance>(HuffYUVPresence{std::move(context)});
