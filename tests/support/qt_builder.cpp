@@ -59,7 +59,8 @@ Bytes QTTestTrack::Build() const
     const Bytes entry = data_reference.empty() ? QTAtom("alis", {Big(1)}) : data_reference;
     const Bytes stbl = QTAtom(
         "stbl", {QTAtom("stsd", {Big(0), Big(1), Big(description.size() + 4), description}),
-                 QTAtom("stts", {QTTable({samples, duration}, 2)}), QTAtom("stsc", {stsc}),
+                 QTAtom("stts", {stts.empty() ? QTTable({samples, duration}, 2) : stts}),
+                 QTAtom("stsc", {stsc}),
                  QTAtom("stsz", {stsz.empty() ? Join({Big(0), Big(4), Big(samples)}) : stsz}),
                  QTAtom(wide_offsets ? "co64" : "stco", {stco})});
     const Bytes minf =

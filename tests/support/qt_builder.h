@@ -29,6 +29,7 @@ struct QTTestTrack {
     uint32_t scale = 600;
     uint32_t duration = 24;  // of a sample
     uint32_t samples = 3;
+    Bytes stts = {};  // body; empty: all samples last as long
     Bytes stsc = QTTable({1, 2, 1, 2, 1, 1}, 3);
     Bytes stsz = {};  // body; empty: every sample has 4 bytes
     Bytes stco = {};  // body

@@ -11,6 +11,9 @@ namespace kelvane {
 
 namespace {
 
+// Pictures that stand for longer than this in all are no film.
+constexpr double kMostHoursHeld = 24;
+
 class QTAudio : public AudioStream {
 public:
     QTAudio(QTFile& file, int32_t stream) : fFile(file), fStream(stream) {}
@@ -50,21 +53,24 @@ public:
         if (fVideo < 0) return "Cannot find video stream in QuickTime movie.";
         if (!IsConvertible()) return "Source is not a DV QuickTime.";
         is_pal = format.FrameRate() == 25.0f;
-        return {};
+        fTimes = fFile.PictureTimes(fVideo, format);
+        const double hours = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f) / 3600;
+        return hours > kMostHoursHeld ? "Quicktime parsing error, corrupted file" : "";
     }
 
     FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         uint32_t bytes = 0;
-        if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
+        if (number < 0 || uint64_t(number) >= fTimes.Count()) return {kEnd};
+        const auto [picture, held] = fTimes.At(uint64_t(number));
+        if (held) return {kOK};
+        if (fFile.SeekFrame(fVideo, int64_t(picture)) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         return {status, bytes};
     }
 
-    uint64_t CountFrames() const override
-    {
-        return static_cast<uint64_t>(std::max<int64_t>(fFile.SampleCount(fVideo), 0));
-    }
+    uint64_t CountFrames() const override { return fTimes.Count(); }
+    uint64_t LeftOut() const override { return fTimes.LeftOut(); }
 
     AudioStream* Audio() override { return fAudio.get(); }
 
@@ -94,6 +100,7 @@ private:
 
     QTFile fFile;
     int32_t fVideo = -1;
+    QTPictureTimes fTimes;
     std::unique_ptr<QTAudio> fAudio;
 };
 

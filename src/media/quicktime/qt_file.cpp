@@ -84,6 +84,14 @@ int64_t QTFile::ChunkCount(int32_t stream) const
     return s ? static_cast<int64_t>(fMovie.TrackOf(*s).samples.ChunkCount()) : 0;
 }
 
+QTPictureTimes QTFile::PictureTimes(int32_t stream, const MediaFormat& format) const
+{
+    const QTStream* s = StreamAt(stream);
+    if (!s || s->kind != QTStream::kVideo) return {};
+    const QTTrack& track = fMovie.TrackOf(*s);
+    return {track.samples.times, QTFrameTimeOf(track, format)};
+}
+
 int64_t QTFile::FramePosition(int32_t stream) const
 {
     const QTStream* s = StreamAt(stream);

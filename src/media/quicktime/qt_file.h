@@ -50,6 +50,8 @@ public:
     // Frames of video, sample frames of sound.
     int64_t SampleCount(int32_t stream) const;
     int64_t ChunkCount(int32_t stream) const;
+    // Which samples of a video stream stand for the frames of a film of this format.
+    QTPictureTimes PictureTimes(int32_t stream, const MediaFormat& format) const;
 
     // -- Reading. A destination answers 0 or -1.
     // Bytes of a frame of video, or of a chunk of sound (from 0). A frame beyond the table has the

@@ -68,9 +68,8 @@ MediaFormat DVVideoFormat(int32_t height)
 
 float FrameRateOf(const QTTrack& track)
 {
-    const auto& times = track.samples.times;
-    if (times.empty() || times.front().duration == 0) return 0;
-    return static_cast<float>(track.TimeScale()) / static_cast<float>(times.front().duration);
+    const uint32_t duration = track.samples.UsualDuration();
+    return duration ? static_cast<float>(track.TimeScale()) / static_cast<float>(duration) : 0;
 }
 
 uint32_t DVFormatCode(float rate, uint32_t options)
@@ -118,6 +117,18 @@ MediaFormat QTVideoFormat(const QTTrack& track)
     }
     format.SetPicture(track.Width(), track.Height(), FrameRateOf(track));
     return format;
+}
+
+QTFrameTime QTFrameTimeOf(const QTTrack& track, const MediaFormat& format)
+{
+    const QTFrameTime usual{track.samples.UsualDuration()};
+    if (!format.IsDV() || usual.ticks == 0) return usual;
+    const bool pal = format.FrameRate() == kPAL.rate;
+    const uint64_t scale = track.TimeScale();
+    const QTFrameTime standard = pal ? QTFrameTime{scale, 25} : QTFrameTime{scale * 1001, 30000};
+    // A clock may be too coarse for the standard's own duration, as one of 600 is for NTSC.
+    const double ratio = double(usual.ticks) * double(standard.parts) / double(standard.ticks);
+    return track.samples.HasOneDuration() && std::abs(ratio - 1) < 0.01 ? usual : standard;
 }
 
 MediaFormat QTSoundFormat(const QTTrack& track)
