@@ -135,6 +135,11 @@ void QTFile::SetOptions(uint32_t options, const char* information)
     if (fWriter) fWriter->SetOptions(options, information);
 }
 
+void QTFile::SetNarrowLimit(uint64_t bytes)
+{
+    if (fWriter) fWriter->SetNarrowLimit(bytes);
+}
+
 Status QTFile::AddVideoTrack(const MediaFormat& format)
 {
     return fWriter ? fWriter->AddVideoTrack(format) : kError;

@@ -5,7 +5,9 @@
 
 #include "base/four_cc.h"
 #include "dv/dif_layout.h"
+#include "engine/containers/destination.h"
 #include "engine/loop/conversion_case.h"
+#include "engine/options/output_formats.h"
 #include "support/qt_builder.h"
 
 namespace kelvane {
@@ -123,6 +125,33 @@ TEST_F(QuickTimeFilms, TheFrameOfOtherPicturesIsTheUsualDuration)
         sizes.push_back((*source)->ReadFrame(i, buffer).size / 1000);
     EXPECT_EQ((std::vector<size_t>{1244, 0, 1244, 1244, 1244, 0, 0}), sizes);
     EXPECT_EQ(kEnd, (*source)->ReadFrame(7, buffer).status.Code());
+}
+
+// What fails the run with "Write error in destination file (video track)!".
+TEST_F(QuickTimeFilms, NarrowOffsetsEndTheFilmAtTheirLimit)
+{
+    const std::string clip = MakeClip(1);
+    const Bytes frame = Film(clip).frames[0];
+    const auto source = OpenSource(clip);
+    ASSERT_TRUE(source);
+    for (const uint32_t option : {0u, uint32_t{kOptionOffsets64}}) {
+        Choose("mov");
+        ConversionSettings settings;
+        FillConversionSettings(fOptions, fCodecs, settings);
+        const std::string path = fFolder.Path("out.mov");
+        DestinationPlan plan =
+            PlanDestination(path, settings, **source, TypeOfDestination(fOptions.selection));
+        plan.options = (plan.options & ~uint32_t{kOptionOffsets64}) | option;
+        plan.narrow_qt_limit = 500000;
+        const auto created = CreateDestination(plan);
+        ASSERT_TRUE(created);
+        size_t taken = 0;
+        while (taken < 8 && (*created)->WriteFrame(frame) == kOK)
+            taken++;
+        EXPECT_EQ(option ? 8u : 3u, taken);
+        EXPECT_EQ(kOK, (*created)->Finish());
+        EXPECT_EQ(std::vector<Bytes>(taken, frame), Film(path).frames);
+    }
 }
 
 TEST_F(QuickTimeFilms, MoreThanADayOfHoldsIsACorruptedFile)

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/four_cc.h"
+#include "base/saturating.h"
 #include "media/quicktime/structure/qt_formats.h"
 #include "media/quicktime/writer/qt_layout.h"
 #include "media/quicktime/writer/qt_movie_builder.h"
@@ -207,6 +208,8 @@ Status QTWriter::WriteSound(QTTrack& track, const void* data, uint32_t size)
 
 Status QTWriter::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
 {
+    if (!(fOptions & kQTWideOffsets) && SaturatingAdd(fMediaEnd, size) > fNarrowLimit)
+        return kError;
     offset = fMediaEnd;
     fFile.SetPosition(fMediaEnd);
     const Status status = fFile.Write({static_cast<const uint8_t*>(data), size});
