@@ -25,6 +25,7 @@ struct QTTestTrack {
     bool video = true;
     std::string format = "dvc ";
     uint32_t width = 720, height = 576, depth = 24;
+    int64_t shown_width = -1, shown_height = -1;  // of the track; below 0: as the pictures
     uint32_t channels = 2, bits = 16, rate = 48000;
     uint32_t scale = 600;
     uint32_t duration = 24;  // of a sample

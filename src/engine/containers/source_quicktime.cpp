@@ -5,6 +5,7 @@
 #include "base/status.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
+#include "media/quicktime/qt_dv_frames.h"
 #include "media/quicktime/qt_file.h"
 
 namespace kelvane {
@@ -78,7 +79,7 @@ private:
     // The first track of either kind counts.
     void TakeTrack(int32_t stream)
     {
-        const MediaFormat track = fFile.StreamFormat(stream);
+        const MediaFormat track = PictureFormat(stream);
         if (track.IsVideo() && fVideo < 0) {
             fVideo = stream;
             format = track;
@@ -87,6 +88,15 @@ private:
             if (track.kind == kRawAudio) audio_coding = QuickTimeCoding(track.raw_audio);
             fAudio = std::make_unique<QTAudio>(fFile, stream);
         }
+    }
+
+    // DV goes by its first whole frame, else by its description.
+    MediaFormat PictureFormat(int32_t stream)
+    {
+        if (!fFile.IsVideo(stream) || !IsQTDVStream(fFile, stream))
+            return fFile.StreamFormat(stream);
+        const auto pal = IsPALStream(fFile, stream);
+        return pal ? DVFormat(*pal) : fFile.StreamFormat(stream);
     }
 
     bool IsConvertible() const

@@ -127,6 +127,48 @@ TEST_F(QuickTimeFilms, TheFrameOfOtherPicturesIsTheUsualDuration)
     EXPECT_EQ(kEnd, (*source)->ReadFrame(7, buffer).status.Code());
 }
 
+TEST_F(QuickTimeFilms, DVGoesByItsFirstWholeFrame)
+{
+    for (const bool pal : {true, false}) {
+        std::vector<Bytes> frames = ClipFrames(4, pal);
+        // Pictures shown in another size, descriptions of the other system or without a size.
+        for (const auto& [width, height] : {std::pair(720u, pal ? 480u : 576u), {0u, 0u}})
+            for (const auto& [shown_width, shown_height] : {std::pair(384, 288), {0, 0}})
+                EXPECT_EQ("ABCD", Converts(frames, {.width = width,
+                                                    .height = height,
+                                                    .shown_width = shown_width,
+                                                    .shown_height = shown_height,
+                                                    .scale = 30000,
+                                                    .duration = pal ? 1200u : 1001u}));
+        // Nor is a first picture of no bytes the first frame.
+        frames[0].clear();
+        EXPECT_EQ("BBCD", Converts(frames, {.height = pal ? 480u : 576u,
+                                            .scale = 30000,
+                                            .duration = pal ? 1200u : 1001u}));
+    }
+    // Without a whole frame it is the description that tells.
+    const auto source = OpenSource(
+        MakeMovie({Bytes(1000)}, {.height = 576, .shown_width = 384, .shown_height = 288}));
+    ASSERT_TRUE(source);
+    EXPECT_TRUE((*source)->is_pal);
+}
+
+TEST_F(QuickTimeFilms, PlainDVIsReadUnderOtherCodesToo)
+{
+    for (const bool pal : {true, false})
+        for (const char* code : {"DVC ", "dv5n"})
+            EXPECT_EQ("ABC", Converts(ClipFrames(3, pal), {.format = code,
+                                                           .height = pal ? 576u : 480u,
+                                                           .scale = 30000,
+                                                           .duration = pal ? 1200u : 1001u}))
+                << code;
+    // DVCPRO50 has frames of twice the size.
+    EXPECT_FALSE(OpenSource(MakeMovie({Bytes(240000)}, {.format = "dv5n", .height = 480})));
+    std::vector<Bytes> frames = ClipFrames(1);
+    frames[0][1] = 0xFF;
+    EXPECT_FALSE(OpenSource(MakeMovie(frames, {.format = "DVC "})));
+}
+
 // What fails the run with "Write error in destination file (video track)!".
 TEST_F(QuickTimeFilms, NarrowOffsetsEndTheFilmAtTheirLimit)
 {

@@ -261,15 +261,17 @@ TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
               Bytes(stsd.end() - 12, stsd.end()));
 }
 
-TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
+TEST_F(QTWriter, SwapsWordsOfSoundThatHasThem)
 {
     const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(2, 8)));
         ASSERT_EQ(0, file.AddAudioTrack(EncodedSound(PCM(2, 8), kSampleULaw)));
+        ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(1, 16)));
         ASSERT_EQ(0, file.WriteFrame(0, "abcdef", 6));
         ASSERT_EQ(0, file.WriteFrame(1, "uvwxyz", 6));
+        ASSERT_EQ(0, file.WriteFrame(2, "123456", 6));
     });
-    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(whole, "mdat"));
+    EXPECT_EQ(Text("abcdefuvwxyz214365"), AtomBody(whole, "mdat"));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 0));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 1));
     EXPECT_EQ(8u, ValueAt(Table("stsd", 0), 34, 2));
@@ -277,6 +279,7 @@ TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
     QTFile file(Path().c_str(), kRead);
     EXPECT_EQ("abcdef", NextFrame(file, 0));
     EXPECT_EQ("uvwxyz", NextFrame(file, 1));
+    EXPECT_EQ("123456", NextFrame(file, 2));
 }
 
 TEST_F(QTWriter, GoesBeyondFourGigabytesWithWideOffsetsOnly)

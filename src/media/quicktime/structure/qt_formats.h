@@ -21,6 +21,12 @@ enum QTOption : uint32_t {
 
 bool IsQTDVFormat(uint32_t format);  // "dvc ", "dvcp", "AVdv" or "dvpp"
 
+// Codes of other forms of DV, under which plain 25 Mbit/s DV is found as well: "DVC ", "dv5n".
+bool MayBeQTDVFormat(uint32_t format);
+
+// Sound of a format and sample size whose 16-bit words are big-endian.
+bool HasQTSwappedWords(uint32_t format, uint64_t bits);
+
 bool IsQTPackedSound(uint32_t format);  // "ulaw" or "ima4"
 
 // The stream formats of a source's tracks. Kind 0 for video that is not known.

@@ -193,8 +193,7 @@ Status QTWriter::WriteSound(QTTrack& track, const void* data, uint32_t size)
         static_cast<uint32_t>(track.Described(kSoundDescription["number of channels"]));
     const auto bits = static_cast<uint32_t>(track.Described(kSoundDescription["sample size"]));
     const uint64_t samples = QTSoundSamples(format, size, channels, bits);
-    if (format == "twos"_4cc) {
-        // Words of 16 bits whatever the sample size is, deliberately: the reader does the same.
+    if (HasQTSwappedWords(format, bits)) {
         if (fSwapped.size() < size) fSwapped.resize(size);
         SwapWords(data, fSwapped.data(), size / 2);
         if (size % 2) fSwapped[size - 1] = static_cast<const uint8_t*>(data)[size - 1];
