@@ -129,8 +129,9 @@ void AVILayout::AddIndex(AVIStream& stream)
         Set(*stream.super_index, kSuperIndex["dwChunkId"], stream.chunk_tag);
     }
     if (Has(kAVIMatrox))
-        StoreVideoProperties(
-            *NewHeader("vprp"_4cc, list, kVideoProperties.Size(), kDataVideoProperties));
+        StoreVideoProperties(*NewHeader(
+            "vprp"_4cc, list, kVideoProperties.Size() + kVideoField["CompressedBMHeight"].bytes,
+            kDataVideoProperties));
 }
 
 void AVILayout::AddDVStream(uint32_t handler, bool pal)
@@ -239,12 +240,12 @@ void AVILayout::StoreBitmap(AVIStream& stream, const BitmapHeader& header)
     stream.format->dirty_data = true;
 }
 
-// 485 lines in NTSC and one field a frame without a description: deliberate, as this dialect has
-// it.
+// 485 lines in NTSC, and one field a frame of whose description there is the first word only, which
+// is 0: deliberate, as this dialect has it.
 void AVILayout::StoreVideoProperties(Chunk& chunk)
 {
-    static constexpr uint32_t kPropertiesPAL[] = {2, 1, 50, 864, 625, 0x00040003, 720, 576, 1, 0};
-    static constexpr uint32_t kPropertiesNTSC[] = {4, 2, 60, 858, 525, 0x00040003, 720, 485, 1, 0};
+    static constexpr uint32_t kPropertiesPAL[] = {2, 1, 50, 864, 625, 0x00040003, 720, 576, 1};
+    static constexpr uint32_t kPropertiesNTSC[] = {4, 2, 60, 858, 525, 0x00040003, 720, 485, 1};
     for (size_t i = 0; i < std::size(kPropertiesPAL); i++)
         Set(chunk, kVideoProperties.rows[i], Has(kAVIPAL) ? kPropertiesPAL[i] : kPropertiesNTSC[i]);
 }
