@@ -64,6 +64,12 @@ bool KeepsFieldOrder(const ConversionSettings& settings)
            IsSameOrder(settings.src_interlace, settings.dst_interlace);
 }
 
+// Pictures of a depth that nobody reads are nobody's to label either.
+bool HasKnownDepth(const MediaFormat& format)
+{
+    return format.IsDV() || format.Space() != 0;
+}
+
 }  // namespace
 
 // True when the frame can be written as it was read. Raw pictures of the same colour space and
@@ -73,7 +79,8 @@ bool FrameLoop::PassesThrough() const
     return fSource.is_pal == fDestination.is_pal && SameKind(fSource.format, fDestination.format) &&
            (fSettings.dst_aspect == Aspect::kAsSource ||
             fSettings.dst_aspect == fSettings.src_aspect) &&
-           SameSize(fSource.format, fDestination.format) && KeepsFieldOrder(fSettings) &&
+           HasKnownDepth(fSource.format) && SameSize(fSource.format, fDestination.format) &&
+           KeepsFieldOrder(fSettings) &&
            fSettings.MakesDVCPRO25(fTape.IsDVCPRO()) == fTape.IsDVCPRO();
 }
 

@@ -22,6 +22,8 @@ public:
 
     // True when the file is open and holds samples that can be brought to 16 bits.
     bool IsUsable() const { return fUsable; }
+    // What came of opening it.
+    Status Opened() const { return fFile.InitCheck(); }
     const RawAudioFormat& Format() const { return *fFile.Format(); }
     // Reads up to `frames` sample frames into `samples`, 2 bytes for each sample of each channel.
     // How many there were; 0 at the end. What cannot be read is silence.

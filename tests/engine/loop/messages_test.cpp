@@ -130,6 +130,8 @@ TEST_F(Messages, PicturesThatNoCodecReads)
         Expect(-1, none, fFolder.Write("bad.avi", BytesOf(file.Build())));
     }
     Expect(-1, none, fFolder.Write("bad.mov", Movie("rle ", true, 16)));
+    Choose("mov", "animation");
+    Expect(-1, none, fFolder.Path("bad.mov"));  // nor is it copied under another depth
 }
 
 TEST_F(Messages, DestinationsThatCannotBe)
