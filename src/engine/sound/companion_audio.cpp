@@ -25,10 +25,10 @@ SampleCoding AIFFCoding(const RawAudioFormat& format)
 // What the system says of a file that is there and does not let itself be read; kOK for all others.
 Status WhyUnreadable(const std::string& path, Status opened)
 {
-    uint8_t byte;
+    uint8_t head[100];  // by which its kind is told
     Status status = opened;
     if (status.SystemError() == 0) {
-        if (FileReadHead(path.c_str(), &byte, 1) >= 0) return kOK;
+        if (FileReadHead(path.c_str(), head, sizeof head) >= 0) return kOK;
         status = Status::System();
     }
     for (const int absent : {ENOENT, ENOTDIR, ENAMETOOLONG, EISDIR, EINVAL})
