@@ -122,6 +122,10 @@ Result<> Convert(const std::string& source_path, const std::string& destination_
     const auto source = OpenSource(source_path);
     if (!source) return source.Error();
     const DestinationPlan plan = PlanDestination(destination_path, means.settings, **source, type);
+    if (means.host && !means.host->MayWrite(FilesOf(plan))) {
+        result.outcome = Outcome::kRefused;
+        return {};
+    }
     const auto destination = CreateDestination(plan);
     if (!destination) return destination.Error();
     return ConvertOpened(**source, plan, **destination, means, result);
