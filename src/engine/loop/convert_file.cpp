@@ -67,13 +67,6 @@ Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
     return {};
 }
 
-// True when the source has sound that this destination cannot hold.
-bool LosesSound(Source& source, Destination& destination)
-{
-    return !destination.format.IsDV() && !destination.Audio() &&
-           (source.Audio() || source.format.IsDV());
-}
-
 void CopyTimecode(const Timecode& from, uint16_t (&to)[4])
 {
     to[0] = static_cast<uint16_t>(from.hours);
@@ -164,15 +157,14 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     if (auto bound = BindCodecs(settings, source, destination, means.state); !bound) return bound;
     AudioTransfer audio(SoundSetup(settings, source, plan, destination));
     if (auto sound = ConnectSourceSound(source, audio); !sound) return sound;
-    if (LosesSound(source, destination))
-        result.warnings.push_back(
-            "The output format carries no sound; that of the source is left out.");
     FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
     const Result<> run = RunSafely(loop);
     CopyTimecode(loop.Tape().FirstTimecode(), result.first_timecode);
     CopyTimecode(loop.Tape().LastTimecode(), result.last_timecode);
     CopyCompanions(audio, result);
-    return ConcludeRun(loop, run, {source, destination, audio, plan.path}, result);
+    const OpenFiles files = {source, destination, audio, plan.path};
+    result.warnings = WarningsOf(loop, files, settings);
+    return ConcludeRun(loop, run, files, result);
 }
 
 Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,

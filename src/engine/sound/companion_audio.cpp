@@ -166,6 +166,7 @@ Result<> CompanionAudio::Settle(bool separate_track)
     if (fReaders.size() == kMostReaders && !four) fReaders.resize(2);
     fChannels = four ? 4 : 2;
     fUsed = fChannels;
+    fLeftOut = fPaths.size() - fUsed;
     return {};
 }
 

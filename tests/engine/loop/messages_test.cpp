@@ -1,5 +1,6 @@
 // What a conversion says of files, settings and codecs that will not do, and what it leaves behind.
 
+#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -382,6 +383,32 @@ TEST_F(Messages, ASourceThatChangesItsSystemHalfway)
                 EXPECT_EQ(operation == kOperationConvert ? 144000u : 120000u, frame.size());
         }
     }
+}
+
+TEST_F(Messages, WhatARunThatWentWellDidToTheFilm)
+{
+    using testing::ElementsAre;
+    const std::string clip = MakeClip("clip.dv", 12, {.pal = true});
+    Converted(clip, "copy.dv", "dv");
+    EXPECT_THAT(fResult.warnings, ElementsAre());
+    fOptions.opselection = kOperationToPAL;
+    fOptions.blendmode = 3;
+    Converted(clip, "pal.dv", "dv");
+    EXPECT_THAT(fResult.warnings, ElementsAre("Reverse pulldown of a film that is PAL already "
+                                              "leaves out one frame in six."));
+    fOptions = ConversionOptions();
+    Choose("mov", "rgb24");
+    Converted(clip, "mute.mov");
+    EXPECT_THAT(fResult.warnings,
+                ElementsAre("The output format carries no sound; that of the source is left out."));
+    for (const char* channel : {"clip_1.wav", "clip_2.wav", "clip_3.wav", "clip_4.wav"})
+        WriteSound(fFolder.Path(channel), {kSamplePCM, 1, 16, 48000}, Bytes(2 * 24000));
+    Converted(clip, "four.mov", "mov-audio");
+    EXPECT_THAT(
+        fResult.warnings,
+        ElementsAre("The sound is that of clip_1.wav, clip_2.wav, clip_3.wav, clip_4.wav, in place "
+                    "of the film's own.",
+                    "2 channels of the sound beside the film are left out."));
 }
 
 TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)
