@@ -67,6 +67,14 @@ Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
     return {};
 }
 
+// The picture goes on without sound that cannot be used.
+void TellSoundLost(const std::string& why, float rate, ConversionResult& result)
+{
+    result.warnings.push_back(why + " The film is converted without that sound.");
+    result.losses.sound_silenced +=
+        static_cast<double>(result.frames_written) / static_cast<double>(rate);
+}
+
 void CopyTimecode(const Timecode& from, uint16_t (&to)[4])
 {
     to[0] = static_cast<uint16_t>(from.hours);
@@ -156,7 +164,7 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     if (auto set = CodecsAreSet(settings); !set) return set;
     if (auto bound = BindCodecs(settings, source, destination, means.state); !bound) return bound;
     AudioTransfer audio(SoundSetup(settings, source, plan, destination));
-    if (auto sound = ConnectSourceSound(source, audio); !sound) return sound;
+    const Result<> sound = ConnectSourceSound(source, audio);
     FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
     const Result<> run = RunSafely(loop);
     CopyTimecode(loop.Tape().FirstTimecode(), result.first_timecode);
@@ -164,7 +172,9 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     CopyCompanions(audio, result);
     const OpenFiles files = {source, destination, audio, plan.path};
     result.warnings = WarningsOf(loop, files, settings);
-    return ConcludeRun(loop, run, files, result);
+    const Result<> concluded = ConcludeRun(loop, run, files, result);
+    if (!sound) TellSoundLost(sound.Error().message, destination.format.FrameRate(), result);
+    return concluded;
 }
 
 Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,

@@ -221,9 +221,15 @@ TEST_F(Messages, SoundThatWillNotDo)
 {
     const std::vector<Bytes> frames = Film(MakeClip(4)).frames;
     const std::string wrong = "Wrong sample rate in input audio stream (22050 Hz)!";
-    Expect(-1, wrong, MakeAVI(frames, kAVIPAL, 22050));
-    Expect(-1, "Source audio format is not supported (PCM or float is needed)!",
-           MakeAVI(frames, kAVIPAL, 48000, 64));
+    for (const auto& [why, rate, bits] :
+         {std::tuple(wrong, 22050, -1),
+          {"Source audio format is not supported (PCM or float is needed)!", 48000, 64}}) {
+        Expect(0, "", MakeAVI(frames, kAVIPAL, rate, bits));
+        EXPECT_EQ(4u, Film(fFolder.Path("destination")).frames.size());
+        EXPECT_NEAR(4 / 25.0, fResult.losses.sound_silenced, 1e-6);
+        EXPECT_THAT(fResult.warnings,
+                    testing::ElementsAre(why + " The film is converted without that sound."));
+    }
 
     const auto companion = [&](const char* name, uint16_t channels, int32_t rate,
                                uint16_t depth = 16) {
