@@ -145,6 +145,8 @@ int ConvertFiles(const Arguments& arguments, const CodecDrivers& drivers)
         std::cerr << arguments.audio << ": cannot be read or is neither WAV nor AIFF\n";
         return kExitFileFailed;
     }
+    for (const std::string& line : arguments.idle)
+        std::cerr << "kelvane-convert: " << line << '\n';
     return Batch(arguments, drivers).Run();
 }
 
