@@ -46,7 +46,8 @@ void AVIFile::OpenSource(const char* path)
     fTrouble = parser.Trouble();
     if (fMode == kDescribe) return;
     AVIIndex index(fStructure, fFile.Handle());
-    index.BuildTables();
+    const Status built = index.BuildTables();
+    if (fInitCheck == kOK) fInitCheck = built;
     fTrouble = FirstFailure(fTrouble, index.Trouble());
 }
 
@@ -132,7 +133,8 @@ Status AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& s
     if (read->position >= CountFrames(stream)) return kEnd;
     const auto frame = static_cast<size_t>(read->position);
     if (frame >= read->frames.Count()) return kMissing;
-    Status status = ReadEntry(fFile.Handle(), read->frames[frame], buffer, size);
+    const FrameEntry& entry = read->frames[frame];
+    Status status = entry.IsHeld() ? kOK : ReadEntry(fFile.Handle(), entry, buffer, size);
     if (status == kOK && !read->IsAudio() && IsReference(buffer.first(size))) {
         const auto bytes = static_cast<uint32_t>(SystemFor(read->IsPAL()).dv_frame_size);
         status = fReferenced.Read(ParseReference(buffer.first(size)), bytes, buffer, size);

@@ -33,7 +33,8 @@ public:
     AVIFile& operator=(const AVIFile&) = delete;
 
     // kOK; kError: cannot be opened, for the reason given; kNotThisClass: the first chunk is no
-    // "RIFF" "AVI "; kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
+    // "RIFF" "AVI "; kCorrupted: a list of size 0, or frames held for more than 24 hours. A
+    // truncated file is usable as far as it goes.
     Status InitCheck() const { return fInitCheck; }
     // What the system said where it could not read something of the structure of a file that is
     // usable all the same; kOK otherwise.
@@ -63,8 +64,9 @@ public:
     uint32_t FrameBytes(int32_t stream, int64_t frame) const;
     // Goes to a frame, or behind the last one. kError when there is no such place.
     Status SeekFrame(int32_t stream, int64_t frame);
-    // Reads the stream's next frame, and moves on when that is kOK. A buffer of the stream's
-    // largest_frame bytes, and of at least 144000 where frames may be references, holds any.
+    // Reads the stream's next frame, and moves on when that is kOK; of a frame that holds the one
+    // before `size` is 0. A buffer of the stream's largest_frame bytes, and of at least 144000
+    // where frames may be references, holds any.
     // - kEnd: behind the last frame of CountFrames.
     // - kMissing: it lies, also in part, beyond the end that the file has now.
     // - kUnread: the system could not read it, for the reason given.

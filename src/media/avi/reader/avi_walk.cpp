@@ -37,7 +37,10 @@ AVIWalk::AVIWalk(const AVIStructure& structure, ChunkSource& source, std::vector
       fNamed(std::move(named)),
       fFound(structure.streams.size())
 {
-    std::ranges::sort(fNamed, {}, &FrameEntry::offset);
+    // Of those in one place the longest first: an index may place held frames anywhere.
+    std::ranges::sort(fNamed, [](const FrameEntry& a, const FrameEntry& b) {
+        return a.offset != b.offset ? a.offset < b.offset : a.size > b.size;
+    });
 }
 
 void AVIWalk::Run(uint64_t from)

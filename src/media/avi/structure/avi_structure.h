@@ -39,6 +39,8 @@ struct FrameEntry {
     uint64_t offset;  // of the data
     uint32_t size;
 
+    // Of a stream of pictures: the one before stays.
+    bool IsHeld() const { return size == 0; }
     // Behind the data and its padding; at most a little beyond kBeyondAnyFile.
     uint64_t End() const { return offset + size + (size & 1); }
 };
