@@ -1,5 +1,7 @@
 #include "media/avi/avi_file.h"
 
+#include <algorithm>
+
 #include "base/quietly.h"
 #include "base/status.h"
 #include "base/television.h"
@@ -97,6 +99,20 @@ int64_t AVIFile::CountFrames(int32_t stream) const
 {
     const AVIStream* counted = StreamAt(stream);
     return counted ? static_cast<int64_t>(counted->frames.Count() + counted->missing) : 0;
+}
+
+bool AVIFile::WasWalked() const
+{
+    return std::ranges::any_of(fStructure.streams, [](const AVIStream& s) { return s.walked > 0; });
+}
+
+uint64_t AVIFile::FramesSalvaged(int32_t stream) const
+{
+    const AVIStream* salvaged = StreamAt(stream);
+    if (!salvaged) return 0;
+    const bool index = fStructure.old_index || salvaged->super_index ||
+                       Get32(fStructure.main_header, kMainHeader["dwFlags"]) & kHasIndex;
+    return index || fStructure.broken_off ? salvaged->walked : 0;
 }
 
 int64_t AVIFile::FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const

@@ -33,8 +33,8 @@ public:
     AVIFile& operator=(const AVIFile&) = delete;
 
     // kOK; kError: cannot be opened, for the reason given; kNotThisClass: the first chunk is no
-    // "RIFF" "AVI "; kCorrupted: a list of size 0, or frames held for more than 24 hours. A
-    // truncated file is usable as far as it goes.
+    // "RIFF" "AVI "; kCorrupted: a list of size 0 in its headers, or frames held for more than 24
+    // hours. A truncated file is usable as far as it goes.
     Status InitCheck() const { return fInitCheck; }
     // What the system said where it could not read something of the structure of a file that is
     // usable all the same; kOK otherwise.
@@ -57,7 +57,10 @@ public:
     // are, and behind them those of video that only a lost index knew.
     int64_t CountFrames(int32_t stream) const;
     // True when some frames are in no index and were found by a walk of the file.
-    bool WasWalked() const { return fStructure.walked; }
+    bool WasWalked() const;
+    // Frames of a stream that the walk found because the file is damaged: it broke off, or it had
+    // an index that does not name them. A file that never had an index is whole without.
+    uint64_t FramesSalvaged(int32_t stream) const;
     // File position of a frame's data, and its size in bytes; -1 if there is none.
     int64_t FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const;
     // Bytes of a frame, or of a piece of sound; 0 if there is none.

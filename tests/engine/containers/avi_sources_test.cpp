@@ -68,5 +68,31 @@ TEST_F(AVISources, KeepTheTimeOfHeldFrames)
     }
 }
 
+TEST_F(AVISources, SalvageWhatBrokeOff)
+{
+    const std::string source = MakeClip(8);
+    for (const char* format : {"avi1", "avi2", "avi1-odml", "avi2-odml"}) {
+        SCOPED_TRACE(format);
+        fOptions.add_idx1 = 0;
+        const std::string whole = Converted(source, "whole.avi", format);
+        const std::string from_whole = Converted(whole, "made.dv", "dv");
+        EXPECT_EQ(Film(source).frames.size(), Film(from_whole).frames.size());
+        EXPECT_FALSE(fResult.losses.Any()) << "an AVI needs no index";
+        const RiffFilm film(whole);
+        const uint64_t sixth = film.Find("00db", 5).head;
+        std::string part = film.bytes.substr(0, sixth + 100000);
+        for (const uint64_t size : {film.Find("AVI ").head + 4, film.Find("movi").head + 4})
+            part.replace(size, 4, 4, '\0');
+        const std::string broken = fFolder.Write("broken.avi", AsBytes(part));
+        const bool promised = std::string(format).ends_with("odml");
+        Choose("dv");
+        EXPECT_EQ(promised ? -1 : 0, Convert(broken, fFolder.Path("made.dv")));
+        EXPECT_EQ((std::vector<size_t>{0, 1, 2, 3, 4}), NumbersOf(fFolder.Path("made.dv"), source));
+        EXPECT_EQ(5u, fResult.losses.frames_salvaged);
+        EXPECT_EQ(promised ? 3u : 0u, fResult.losses.frames_missing);
+        EXPECT_EQ(1u, fResult.warnings.size());
+    }
+}
+
 }  // namespace
 }  // namespace kelvane

@@ -312,7 +312,7 @@ void AVIIndex::WalkGaps()
     for (size_t i = 0; i < fCoverage.size(); i++) {
         AVIStream& stream = fStructure.streams[i];
         const uint64_t found = FillGaps(stream, fCoverage[i], walk.Found(i));
-        fStructure.walked = fStructure.walked || found > 0;
+        stream.walked = found;
         if (stream.IsAudio() || stream.type == 0) continue;
         stream.missing = fCoverage[i].promised - std::min(fCoverage[i].promised, found);
         // Only the header can tell what is behind a head that cannot be read.
