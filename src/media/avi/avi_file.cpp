@@ -23,7 +23,8 @@ FileHolder Opened(const char* path, uint32_t flags, Status& status)
 
 }  // namespace
 
-AVIFile::AVIFile(const char* path, uint32_t mode) : fMode(mode & ~kAVIListMedia)
+AVIFile::AVIFile(const char* path, uint32_t mode)
+    : fMode(mode & ~kAVIListMedia), fReferenced(path ? path : "")
 {
     fStructure.flags = mode & kAVIListMedia;
     if (fMode != kCreate) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 
 #include "base/four_cc.h"
@@ -251,6 +252,31 @@ TEST_F(AVIReader, FollowsReferencesIntoOtherFiles)
     EXPECT_EQ(Failed(kMissing), NextFrame(again)) << "short";
     again.StreamAt(0)->position = 2;
     EXPECT_EQ(missing, NextFrame(again)) << "no regular file";
+}
+
+TEST_F(AVIReader, LooksForReferencesBesideTheFilm)
+{
+    const std::string media = "padding." + RiffChunk("00db", std::string(144000, 'v'));
+    Put(media, "film.000");
+    ASSERT_EQ(0, mkfifo(fFolder.Path("film.001").c_str(), 0600));
+    std::filesystem::create_directories(fFolder.Path("film.002"));
+    Put("no folder", "file");
+    const auto read = [&](const std::string& path) {
+        const std::string reference =
+            "REF " + Little(8, 4) + Little(0, 4) + Little(path.size() + 1, 4) + path + '\0';
+        AVIFile file = Open(TinyAVI{.frames = {reference}}.Build());
+        return NextFrame(file);
+    };
+    for (const char* gone : {"/nowhere/film.000", "D:\\films\\film.000", "../x/film.000",
+                             "film.000", "/nowhere\\film.000"})
+        EXPECT_EQ(std::string(144000, 'v'), read(gone)) << gone;
+    EXPECT_EQ(std::string(144000, 'v'), read(fFolder.Path("file/film.000")));
+    const std::string missing = Failed(kReferenceMissing);
+    for (const char* none :
+         {"/nowhere/film.003", "/nowhere/film.001", "/nowhere/film.002", "/nowhere/", "D:\\"})
+        EXPECT_EQ(missing, read(none)) << none;
+    std::filesystem::create_directories(fFolder.Path("there/film.000"));
+    EXPECT_EQ(missing, read(fFolder.Path("there/film.000"))) << "what is there is not replaced";
 }
 
 TEST_F(AVIReader, TakesOnlyWholeReferencesForReferences)
