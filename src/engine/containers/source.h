@@ -37,6 +37,8 @@ public:
     virtual uint64_t CountFrames() const = 0;
     // What the system said where it could not read the file's structure; kOK otherwise.
     virtual Status Trouble() const { return kOK; }
+    // Frames of the picture that were found in a damaged file without what should name them.
+    virtual uint64_t FramesSalvaged() const { return 0; }
     // What a user should know of a file that could be opened; mostly nothing.
     virtual std::string Warning() const { return {}; }
     // The bitmap header of the picture with its codec's data, which frames that are copied need

@@ -92,6 +92,7 @@ public:
                      "it does not name were found without it."
                    : "";
     }
+    uint64_t FramesSalvaged() const override { return fFile.FramesSalvaged(fVideo); }
     Status Trouble() const override { return fFile.Trouble(); }
     AudioStream* Audio() override { return fAudio.get(); }
 

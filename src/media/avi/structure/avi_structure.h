@@ -39,6 +39,8 @@ struct FrameEntry {
     uint64_t offset;  // of the data
     uint32_t size;
 
+    // Of a stream of pictures: the one before stays.
+    bool IsHeld() const { return size == 0; }
     // Behind the data and its padding; at most a little beyond kBeyondAnyFile.
     uint64_t End() const { return offset + size + (size & 1); }
 };
@@ -79,6 +81,7 @@ struct AVIStream {
     int32_t largest_frame = 0;  // bytes: what a buffer for ReadFrame must hold
     FrameTable frames;
     uint64_t missing = 0;    // frames that the file promises behind those of the table
+    uint64_t walked = 0;     // frames of the table that are in no index and were found by a walk
     uint32_t chunk_tag = 0;  // "00db"_4cc and the like
 
     bool IsVideo() const { return type == "vids"_4cc; }
@@ -123,8 +126,8 @@ struct AVIStructure {
     std::deque<AVIStream> streams;
     std::vector<AVISegment> segments;
     std::vector<MediaList> media_lists;  // of a source: every "movi", in file order
-    bool walked = false;                 // some frames are in no index and were found by a walk
-    Bytes first_frame;                   // captured when a file is only described
+    bool broken_off = false;  // a source whose RIFF or "movi" never got its size, or not all of it
+    Bytes first_frame;        // captured when a file is only described
 };
 
 }  // namespace kelvane

@@ -135,11 +135,21 @@ Status AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
         if (written != kOK) return written;
         data = reference;
     }
+    const uint32_t indexes = fIndexes.Count();
     Chunk* chunk = nullptr;
-    const Status status = PutFrame(*stream, data, chunk);
+    Status status = PutFrame(*stream, data, chunk);
     if (status != kOK) return status;
     Count(*stream, {chunk->offset, static_cast<uint32_t>(data.size())}, frame_size);
-    return fIndexes.AfterChunk(*stream);
+    status = fIndexes.AfterChunk(*stream);
+    const bool news = stream->chunks == 1 || fIndexes.Count() > indexes;
+    return news ? FirstFailure(status, PutHeaders()) : status;
+}
+
+// Those of the end, as far as they are known by now.
+Status AVIWriter::PutHeaders()
+{
+    fLayout.Finish();
+    return fAppender.PutHeaders();
 }
 
 Status AVIWriter::PutFrame(AVIStream& stream, std::span<const uint8_t> data, Chunk*& chunk)

@@ -1,0 +1,98 @@
+// What becomes of AVI files that are not as a writer leaves them.
+
+#include <algorithm>
+
+#include "engine/loop/conversion_case.h"
+#include "support/riff.h"
+
+namespace kelvane {
+namespace {
+
+class AVISources : public ConversionCase {
+protected:
+    // The file with other bytes at a place.
+    std::string Patched(const std::string& path, uint64_t at, const std::string& bytes)
+    {
+        std::string whole = RiffFilm(path).bytes;
+        whole.replace(at, bytes.size(), bytes);
+        return fFolder.Write("patched.avi", AsBytes(whole));
+    }
+    // With other sizes in the entries of a standard index.
+    std::string WithSizes(std::string path, const std::string& index,
+                          const std::vector<std::pair<int, uint32_t>>& sizes)
+    {
+        const uint64_t entries = RiffFilm(path).Find(index).head + 8 + 24;
+        for (const auto& [entry, size] : sizes)
+            path = Patched(path, entries + uint64_t(entry) * 8 + 4, Little(size, 4));
+        return path;
+    }
+};
+
+// Frame numbers of `film` as they stand in `source`, by the pictures alone.
+std::vector<size_t> NumbersOf(const std::string& film, const std::string& source)
+{
+    const Bytes made = Film(film).Pictures(), all = Film(source).Pictures();
+    std::vector<size_t> numbers;
+    for (size_t at = 0; at < made.size(); at += 144000) {
+        size_t number = 0;
+        while (number < all.size() / 144000 &&
+               !std::equal(&made[at], &made[at] + 144000, &all[number * 144000]))
+            number++;
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
+TEST_F(AVISources, KeepTheTimeOfHeldFrames)
+{
+    const std::string source = MakeClip(8);
+    const std::vector<size_t> held = {0, 1, 2, 2, 4, 4, 6, 7};
+    for (const char* format : {"avi1-odml", "avi2-odml"}) {
+        const std::string whole = Converted(source, "whole.avi", format);
+        const std::string film = WithSizes(whole, "ix00", {{3, 0x80000000}, {5, 0}});
+        const std::string plain = Converted(whole, "plain.dv", "dv");
+        const std::string made = Converted(film, "made.dv", "dv");
+        EXPECT_EQ(held, NumbersOf(made, source)) << format;
+        const Bytes sound = Film(made).SoundOfFrames(), all = Film(plain).SoundOfFrames();
+        if (format == std::string("avi2-odml")) {
+            EXPECT_EQ(all, sound) << "a stream of its own goes on";
+            continue;
+        }
+        const auto samples = [](const Bytes& of, size_t frame) {
+            return Bytes(&of[frame * 7680], &of[frame * 7680] + 7680);
+        };
+        ASSERT_EQ(size_t{8 * 7680}, sound.size());
+        EXPECT_EQ(Bytes(7680), samples(sound, 3)) << "a held frame has none";
+        for (const auto& [frame, from] : {std::pair(2, 2), {4, 4}, {5, 4}, {6, 6}, {7, 7}})
+            EXPECT_EQ(samples(all, size_t(from)), samples(sound, size_t(frame))) << frame;
+    }
+}
+
+TEST_F(AVISources, SalvageWhatBrokeOff)
+{
+    const std::string source = MakeClip(8);
+    for (const char* format : {"avi1", "avi2", "avi1-odml", "avi2-odml"}) {
+        SCOPED_TRACE(format);
+        fOptions.add_idx1 = 0;
+        const std::string whole = Converted(source, "whole.avi", format);
+        const std::string from_whole = Converted(whole, "made.dv", "dv");
+        EXPECT_EQ(Film(source).frames.size(), Film(from_whole).frames.size());
+        EXPECT_FALSE(fResult.losses.Any()) << "an AVI needs no index";
+        const RiffFilm film(whole);
+        const uint64_t sixth = film.Find("00db", 5).head;
+        std::string part = film.bytes.substr(0, sixth + 100000);
+        for (const uint64_t size : {film.Find("AVI ").head + 4, film.Find("movi").head + 4})
+            part.replace(size, 4, 4, '\0');
+        const std::string broken = fFolder.Write("broken.avi", AsBytes(part));
+        const bool promised = std::string(format).ends_with("odml");
+        Choose("dv");
+        EXPECT_EQ(promised ? -1 : 0, Convert(broken, fFolder.Path("made.dv")));
+        EXPECT_EQ((std::vector<size_t>{0, 1, 2, 3, 4}), NumbersOf(fFolder.Path("made.dv"), source));
+        EXPECT_EQ(5u, fResult.losses.frames_salvaged);
+        EXPECT_EQ(promised ? 3u : 0u, fResult.losses.frames_missing);
+        EXPECT_EQ(1u, fResult.warnings.size());
+    }
+}
+
+}  // namespace
+}  // namespace kelvane
