@@ -29,6 +29,7 @@ nlohmann::ordered_json LossesObject(const Losses& losses)
         {"frames_short", losses.frames_short},
         {"frames_undecodable", losses.frames_undecodable},
         {"frames_salvaged", losses.frames_salvaged},
+        {"frames_left_out", losses.frames_left_out},
     };
     for (const auto& [name, count] : frames)
         if (count > 0) object[name] = count;

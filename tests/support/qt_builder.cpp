@@ -59,7 +59,8 @@ Bytes QTTestTrack::Build() const
     const Bytes entry = data_reference.empty() ? QTAtom("alis", {Big(1)}) : data_reference;
     const Bytes stbl = QTAtom(
         "stbl", {QTAtom("stsd", {Big(0), Big(1), Big(description.size() + 4), description}),
-                 QTAtom("stts", {QTTable({samples, duration}, 2)}), QTAtom("stsc", {stsc}),
+                 QTAtom("stts", {stts.empty() ? QTTable({samples, duration}, 2) : stts}),
+                 QTAtom("stsc", {stsc}),
                  QTAtom("stsz", {stsz.empty() ? Join({Big(0), Big(4), Big(samples)}) : stsz}),
                  QTAtom(wide_offsets ? "co64" : "stco", {stco})});
     const Bytes minf =
@@ -68,7 +69,11 @@ Bytes QTTestTrack::Build() const
                         QTAtom("dinf", {QTAtom("dref", {Big(0), Big(1), entry})}), stbl});
     const Bytes mdhd =
         QTAtom("mdhd", {Bytes(12), Big(scale), Big(uint64_t{samples} * duration), Bytes(4)});
-    const Bytes tkhd = QTAtom("tkhd", {Bytes(76), Big(width << 16), Big(height << 16)});
+    const auto shown = [](int64_t given, uint32_t coded) {
+        return Big(uint64_t(given < 0 ? coded : given) << 16);
+    };
+    const Bytes tkhd =
+        QTAtom("tkhd", {Bytes(76), shown(shown_width, width), shown(shown_height, height)});
     return QTAtom("trak", {tkhd, QTAtom("mdia", {mdhd, minf})});
 }
 

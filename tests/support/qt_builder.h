@@ -25,10 +25,12 @@ struct QTTestTrack {
     bool video = true;
     std::string format = "dvc ";
     uint32_t width = 720, height = 576, depth = 24;
+    int64_t shown_width = -1, shown_height = -1;  // of the track; below 0: as the pictures
     uint32_t channels = 2, bits = 16, rate = 48000;
     uint32_t scale = 600;
     uint32_t duration = 24;  // of a sample
     uint32_t samples = 3;
+    Bytes stts = {};  // body; empty: all samples last as long
     Bytes stsc = QTTable({1, 2, 1, 2, 1, 1}, 3);
     Bytes stsz = {};  // body; empty: every sample has 4 bytes
     Bytes stco = {};  // body

@@ -13,6 +13,7 @@
 #include "engine/sound/audio_track.h"
 #include "format/media_format.h"
 #include "media/avi/structure/avi_limits.h"
+#include "media/quicktime/structure/qt_limits.h"
 
 namespace kelvane {
 
@@ -48,7 +49,9 @@ struct DestinationPlan {
     MediaFormat track;
     // Frames that a run will write.
     uint64_t frames = 0;
-    AVILimits avi_limits{};  // tests make them small
+    // Tests make them small.
+    AVILimits avi_limits{};
+    uint64_t narrow_qt_limit = kNarrowQTLimit;
 };
 DestinationPlan PlanDestination(const std::string& path, const ConversionSettings& settings,
                                 const Source& source, int32_t type);

@@ -49,6 +49,7 @@ public:
     Status Begin(const DestinationPlan& plan)
     {
         fFile.SetOptions(QuickTimeOptions(plan), kInformation);
+        fFile.SetNarrowLimit(plan.narrow_qt_limit);
         const MediaFormat& picture = plan.format;
         const Status status = picture.kind == kRawVideo ? fFile.AddVideoTrack(picture)
                               : picture.encoded_video.encoding == kEncodingQTRLE

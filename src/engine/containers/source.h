@@ -33,8 +33,10 @@ public:
     // one before. kEnd, kMissing, kUnread, kReferenceMissing, with size 0; kTooLarge when only its
     // first bytes fit into the buffer, with those. Cheap in rising order.
     virtual FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) = 0;
-    // Frames of the picture that the file promises.
+    // Frames of the picture that the file promises, those that hold another among them.
     virtual uint64_t CountFrames() const = 0;
+    // Pictures that the file holds and that no frame of the film shows.
+    virtual uint64_t LeftOut() const { return 0; }
     // What the system said where it could not read the file's structure; kOK otherwise.
     virtual Status Trouble() const { return kOK; }
     // Frames of the picture that were found in a damaged file without what should name them.

@@ -5,11 +5,15 @@
 #include "base/status.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
+#include "media/quicktime/qt_dv_frames.h"
 #include "media/quicktime/qt_file.h"
 
 namespace kelvane {
 
 namespace {
+
+// Pictures that stand for longer than this in all are no film.
+constexpr double kMostHoursHeld = 24;
 
 class QTAudio : public AudioStream {
 public:
@@ -50,21 +54,24 @@ public:
         if (fVideo < 0) return "Cannot find video stream in QuickTime movie.";
         if (!IsConvertible()) return "Source is not a DV QuickTime.";
         is_pal = format.FrameRate() == 25.0f;
-        return {};
+        fTimes = fFile.PictureTimes(fVideo, format);
+        const double hours = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f) / 3600;
+        return hours > kMostHoursHeld ? "Quicktime parsing error, corrupted file" : "";
     }
 
     FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
         uint32_t bytes = 0;
-        if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
+        if (number < 0 || uint64_t(number) >= fTimes.Count()) return {kEnd};
+        const auto [picture, held] = fTimes.At(uint64_t(number));
+        if (held) return {kOK};
+        if (fFile.SeekFrame(fVideo, int64_t(picture)) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
         return {status, bytes};
     }
 
-    uint64_t CountFrames() const override
-    {
-        return static_cast<uint64_t>(std::max<int64_t>(fFile.SampleCount(fVideo), 0));
-    }
+    uint64_t CountFrames() const override { return fTimes.Count(); }
+    uint64_t LeftOut() const override { return fTimes.LeftOut(); }
 
     AudioStream* Audio() override { return fAudio.get(); }
 
@@ -72,7 +79,7 @@ private:
     // The first track of either kind counts.
     void TakeTrack(int32_t stream)
     {
-        const MediaFormat track = fFile.StreamFormat(stream);
+        const MediaFormat track = PictureFormat(stream);
         if (track.IsVideo() && fVideo < 0) {
             fVideo = stream;
             format = track;
@@ -81,6 +88,15 @@ private:
             if (track.kind == kRawAudio) audio_coding = QuickTimeCoding(track.raw_audio);
             fAudio = std::make_unique<QTAudio>(fFile, stream);
         }
+    }
+
+    // DV goes by its first whole frame, else by its description.
+    MediaFormat PictureFormat(int32_t stream)
+    {
+        if (!fFile.IsVideo(stream) || !IsQTDVStream(fFile, stream))
+            return fFile.StreamFormat(stream);
+        const auto pal = IsPALStream(fFile, stream);
+        return pal ? DVFormat(*pal) : fFile.StreamFormat(stream);
     }
 
     bool IsConvertible() const
@@ -94,6 +110,7 @@ private:
 
     QTFile fFile;
     int32_t fVideo = -1;
+    QTPictureTimes fTimes;
     std::unique_ptr<QTAudio> fAudio;
 };
 

@@ -66,6 +66,7 @@ Result<> ConcludeRun(const FrameLoop& loop, const Result<>& run, const OpenFiles
     result.losses = loop.Feed().Lost();
     result.losses.frames_undecodable += loop.Undecodable();
     result.losses.frames_salvaged = files.source.FramesSalvaged();
+    result.losses.frames_left_out = files.source.LeftOut();
     result.losses.sound_unread = files.audio.UnreadSeconds();
     result.losses.sound_silenced = files.audio.SilencedSeconds();
     result.frames_read = loop.Feed().FramesRead();

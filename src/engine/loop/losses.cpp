@@ -42,6 +42,9 @@ std::string LossesInWords(const Losses& losses)
     if (losses.frames_salvaged > 0)
         AddSentence(text,
                     FramesInWords(losses.frames_salvaged) + " were salvaged from a damaged file.");
+    if (losses.frames_left_out > 0)
+        AddSentence(text, FramesInWords(losses.frames_left_out) +
+                              " of the source are too short to be shown and were left out.");
     if (losses.sound_silenced > 0)
         AddSentence(text, Seconds(losses.sound_silenced) + " seconds of sound became silence.");
     return text;

@@ -14,6 +14,7 @@ struct Losses {
     uint64_t frames_short = 0;    // smaller than a frame is: repeated
     uint64_t frames_undecodable = 0;
     uint64_t frames_salvaged = 0;  // found without the index or header that should name them
+    uint64_t frames_left_out = 0;  // shorter than half a frame of the film
     double sound_unread = 0;       // seconds that could not be read: silence
     double sound_silenced = 0;     // seconds that had no place in the output: silence
     int64_t first_frame = -1;      // of those unread, missing or short; from 0
@@ -23,7 +24,8 @@ struct Losses {
     bool FailTheRun() const { return FramesNotRead() > 0 || sound_unread > 0; }
     bool Any() const
     {
-        return FailTheRun() || frames_undecodable > 0 || frames_salvaged > 0 || sound_silenced > 0;
+        return FailTheRun() || frames_undecodable > 0 || frames_salvaged > 0 ||
+               frames_left_out > 0 || sound_silenced > 0;
     }
 };
 

@@ -8,6 +8,7 @@
 #include "base/television.h"
 #include "dv/dif_frame.h"
 #include "media/describe/stream_words.h"
+#include "media/quicktime/qt_dv_frames.h"
 #include "media/quicktime/qt_file.h"
 
 namespace kelvane {
@@ -43,22 +44,29 @@ constexpr FormatName kFormatNames[] = {
     {"RTJ0"_4cc, "RTjpeg"},
 };
 
+// The first picture, whatever it is.
+bool ReadFirst(QTFile& file, int32_t stream, Bytes& bytes)
+{
+    // Larger frames than PAL's are none of DV.
+    bytes.resize(
+        std::min<uint64_t>(file.FrameSize(stream, 0), static_cast<uint64_t>(kPAL.dv_frame_size)));
+    uint32_t size = 0;
+    return file.SeekFrame(stream, 0) == kOK && file.ReadFrame(stream, bytes, size) == kOK;
+}
+
 std::string DVText(QTFile& file, int32_t stream)
 {
     const std::string text = file.TrackCodec(stream) == "AVdv"_4cc ? "QuickTime AVID" : "QuickTime";
-    // Larger frames than PAL's are none of DV.
-    std::vector<uint8_t> bytes(
-        std::min<uint64_t>(file.FrameSize(stream, 0), static_cast<uint64_t>(kPAL.dv_frame_size)));
-    uint32_t size = 0;
-    if (file.ReadFrame(stream, bytes, size) != kOK) return text + " <video read error>";
-    DIFFrame frame(bytes.data(), size);
+    Bytes bytes = FirstDVFrame(file, stream);
+    if (bytes.empty() && !ReadFirst(file, stream, bytes)) return text + " <video read error>";
+    DIFFrame frame(bytes.data(), static_cast<uint32_t>(bytes.size()));
     return text + " " + DVWords(frame);
 }
 
 std::string VideoText(QTFile& file, int32_t stream)
 {
     const uint32_t code = file.TrackCodec(stream);
-    if (IsQTDVFormat(code)) return DVText(file, stream);
+    if (IsQTDVStream(file, stream)) return DVText(file, stream);
     if (code == "raw "_4cc)
         return "QuickTime Uncompressed RGB " + PictureWords(file.StreamFormat(stream));
     const auto* row = std::ranges::find(kFormatNames, code, &FormatName::format);

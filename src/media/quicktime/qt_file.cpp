@@ -84,6 +84,14 @@ int64_t QTFile::ChunkCount(int32_t stream) const
     return s ? static_cast<int64_t>(fMovie.TrackOf(*s).samples.ChunkCount()) : 0;
 }
 
+QTPictureTimes QTFile::PictureTimes(int32_t stream, const MediaFormat& format) const
+{
+    const QTStream* s = StreamAt(stream);
+    if (!s || s->kind != QTStream::kVideo) return {};
+    const QTTrack& track = fMovie.TrackOf(*s);
+    return {track.samples.times, QTFrameTimeOf(track, format)};
+}
+
 int64_t QTFile::FramePosition(int32_t stream) const
 {
     const QTStream* s = StreamAt(stream);
@@ -125,6 +133,11 @@ Status QTFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& si
 void QTFile::SetOptions(uint32_t options, const char* information)
 {
     if (fWriter) fWriter->SetOptions(options, information);
+}
+
+void QTFile::SetNarrowLimit(uint64_t bytes)
+{
+    if (fWriter) fWriter->SetNarrowLimit(bytes);
 }
 
 Status QTFile::AddVideoTrack(const MediaFormat& format)

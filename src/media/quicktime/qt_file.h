@@ -50,6 +50,8 @@ public:
     // Frames of video, sample frames of sound.
     int64_t SampleCount(int32_t stream) const;
     int64_t ChunkCount(int32_t stream) const;
+    // Which samples of a video stream stand for the frames of a film of this format.
+    QTPictureTimes PictureTimes(int32_t stream, const MediaFormat& format) const;
 
     // -- Reading. A destination answers 0 or -1.
     // Bytes of a frame of video, or of a chunk of sound (from 0). A frame beyond the table has the
@@ -82,11 +84,13 @@ public:
     // added, which is no error. -10 for other codings and for rates beyond 65535 hertz.
     Status AddPCMAudioTrack(const MediaFormat& format);
     Status AddAudioTrack(const MediaFormat& format);
+    // Of files with 32-bit offsets, in place of 4 GB.
+    void SetNarrowLimit(uint64_t bytes);
     // Replaces rate (hertz), channels and bits of a sound track that holds no sound yet; a value
     // below 1 leaves the old one. -1 for any other stream.
     Status SetAudioFormat(int32_t stream, int32_t rate, int32_t channels, int32_t bits);
     // Appends a frame, or a block of little-endian sound. What could not be written whole is not
-    // part of the movie.
+    // part of the movie. -1 for what would end beyond 4 GB in a file with 32-bit offsets.
     Status WriteFrame(int32_t stream, const void* data, uint32_t size);
     // Writes the "moov" and the size of the "mdat" and closes the file. On a full disk the movie
     // gives up its last megabyte of media, or as many as a larger "moov" takes, so that a file with

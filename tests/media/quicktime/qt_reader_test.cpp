@@ -225,6 +225,16 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
     EXPECT_EQ(120000, ntsc.encoded_video.framesize);
     EXPECT_EQ(29.97f, ntsc.FrameRate()) << "by height, whatever the tables say";
     EXPECT_EQ(kUnknownFormat, OpenTrack({}).StreamFormat(1).kind);
+    // The size of what is coded, whatever is shown of it.
+    for (const auto& [shown_width, shown_height] : {std::pair(384, 288), {0, 0}, {1024, 480}})
+        for (const char* code : {"dvc ", "raw ", "rle "}) {
+            const MediaFormat format =
+                OpenTrack(
+                    {.format = code, .shown_width = shown_width, .shown_height = shown_height})
+                    .StreamFormat(0);
+            EXPECT_EQ(std::pair(720, 576), std::pair(format.Width(), format.Height()))
+                << code << shown_width;
+        }
 
     const std::tuple<const char*, uint32_t, uint32_t, uint32_t> sounds[] = {
         {"twos", kRawAudio, kSamplePCM, 0},
@@ -264,6 +274,11 @@ TEST_F(QTDescription, TellsSystemSamplingAndAspectOfDV)
     frame[3] = 0x80;  // DSF: 625/50
     frame[4] = 0;
     EXPECT_EQ("QuickTime AVID DV PAL 4:2:0 (16:9 format)", describe("AVdv", 144000, frame));
+    frame[0] = 0x1F;
+    frame[1] = 0x07;
+    for (const char* code : {"DVC ", "dv5n", "dvcp"})
+        EXPECT_EQ("QuickTime DV PAL 4:2:0 (16:9 format)", describe(code, 144000, frame)) << code;
+    EXPECT_EQ("QuickTime unknown codec", describe("dv5n", 143999, frame));
     EXPECT_EQ("QuickTime AVID <video read error>", describe("AVdv", 144000, Bytes(1000)));
     EXPECT_EQ("QuickTime <video read error>", describe("dvcp", 0xFFFFFFFF, frame));
 }

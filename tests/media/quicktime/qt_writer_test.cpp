@@ -263,15 +263,17 @@ TEST_F(QTWriter, CountsSoundInSampleFramesAndJoinsEqualChunks)
               Bytes(stsd.end() - 12, stsd.end()));
 }
 
-TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
+TEST_F(QTWriter, SwapsWordsOfSoundThatHasThem)
 {
     const Bytes whole = Write([](QTFile& file) {
         ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(2, 8)));
         ASSERT_EQ(0, file.AddAudioTrack(EncodedSound(PCM(2, 8), kSampleULaw)));
+        ASSERT_EQ(0, file.AddPCMAudioTrack(PCM(1, 16)));
         ASSERT_EQ(0, file.WriteFrame(0, "abcdef", 6));
         ASSERT_EQ(0, file.WriteFrame(1, "uvwxyz", 6));
+        ASSERT_EQ(0, file.WriteFrame(2, "123456", 6));
     });
-    EXPECT_EQ(Text("badcfeuvwxyz"), AtomBody(whole, "mdat"));
+    EXPECT_EQ(Text("abcdefuvwxyz214365"), AtomBody(whole, "mdat"));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 0));
     EXPECT_EQ(QTTable({3, 1}, 2), Table("stts", 1));
     EXPECT_EQ(8u, ValueAt(Table("stsd", 0), 34, 2));
@@ -279,25 +281,31 @@ TEST_F(QTWriter, SwapsWordsOfSoundWhateverTheSampleSize)
     QTFile file(Path().c_str(), kRead);
     EXPECT_EQ("abcdef", NextFrame(file, 0));
     EXPECT_EQ("uvwxyz", NextFrame(file, 1));
+    EXPECT_EQ("123456", NextFrame(file, 2));
 }
 
-TEST_F(QTWriter, GoesBeyondFourGigabytes)
+TEST_F(QTWriter, GoesBeyondFourGigabytesWithWideOffsetsOnly)
 {
-    const uint64_t hole = 5ull << 30, second = hole + 16 + 144000;
-    for (const bool wide : {false, true}) {
+    const uint64_t last = (uint64_t{1} << 32) - 16 - 144000 - 144000;  // hole to the last that fits
+    const std::tuple<bool, uint64_t, int32_t> rows[] = {
+        {false, last, 0}, {false, last + 1, -1}, {false, 5ull << 30, -1}, {true, 5ull << 30, 0}};
+    for (const auto& [wide, hole, status] : rows) {
+        SCOPED_TRACE(std::to_string(hole));
         {
             SparseQTFile file(Path().c_str(), kCreate);
             if (wide) file.SetOptions(kQTWideOffsets, nullptr);
             ASSERT_EQ(0, file.AddDVTrack(true));
             ASSERT_EQ(0, file.WriteFrame(0, kFrame.data(), 144000));
             file.LeaveHole(hole);
-            ASSERT_EQ(0, file.WriteFrame(0, Bytes(144000, 'w').data(), 144000));
+            EXPECT_EQ(status, file.WriteFrame(0, Bytes(144000, 'w').data(), 144000));
         }
         QTFile file(Path().c_str(), kRead);
         ASSERT_EQ(0, file.InitCheck());
-        EXPECT_EQ(wide ? second : second & 0xFFFFFFFF, file.Movie().tracks[0].samples.offsets[1]);
-        ASSERT_EQ(0, file.SeekFrame(0, 1));
-        EXPECT_EQ(wide ? 'w' : 0, NextFrame(file)[1]) << "32 bits are silently cut";
+        ASSERT_EQ(status ? 1 : 2, file.SampleCount(0));
+        EXPECT_EQ('v', NextFrame(file)[1]);
+        if (status) continue;
+        EXPECT_EQ(hole + 16 + 144000, file.Movie().tracks[0].samples.offsets[1]);
+        EXPECT_EQ('w', NextFrame(file)[1]);
     }
 }
 

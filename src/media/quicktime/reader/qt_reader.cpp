@@ -154,8 +154,8 @@ Status QTReader::ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t
         return end ? kEnd : kMissing;
     }
     const Status status = ReadMedia(stream, place, ChunkBytes(track, place), buffer, size);
-    // Words of 16 bits whatever the sample size is, as the writer does.
-    if (track.Format() == "twos"_4cc) SwapWords(buffer.data(), buffer.data(), size / 2);
+    if (HasQTSwappedWords(track.Format(), track.Described(kSoundDescription["sample size"])))
+        SwapWords(buffer.data(), buffer.data(), size / 2);
     if (status != kOK) return status;
     stream.sample = SaturatingAdd(place.first_sample, place.samples);
     stream.chunk++;

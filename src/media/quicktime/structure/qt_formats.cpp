@@ -68,9 +68,8 @@ MediaFormat DVVideoFormat(int32_t height)
 
 float FrameRateOf(const QTTrack& track)
 {
-    const auto& times = track.samples.times;
-    if (times.empty() || times.front().duration == 0) return 0;
-    return static_cast<float>(track.TimeScale()) / static_cast<float>(times.front().duration);
+    const uint32_t duration = track.samples.UsualDuration();
+    return duration ? static_cast<float>(track.TimeScale()) / static_cast<float>(duration) : 0;
 }
 
 uint32_t DVFormatCode(float rate, uint32_t options)
@@ -91,6 +90,16 @@ bool IsQTDVFormat(uint32_t format)
            format == "dvpp"_4cc;
 }
 
+bool MayBeQTDVFormat(uint32_t format)
+{
+    return format == "DVC "_4cc || format == "dv5n"_4cc;
+}
+
+bool HasQTSwappedWords(uint32_t format, uint64_t bits)
+{
+    return format == "twos"_4cc && bits > 8;
+}
+
 bool IsQTPackedSound(uint32_t format)
 {
     return format == "ulaw"_4cc || format == "ima4"_4cc;
@@ -101,7 +110,13 @@ MediaFormat QTVideoFormat(const QTTrack& track)
     const uint32_t code = track.Format();
     const uint64_t depth = track.Described(kVideoDescription["depth"]);
     MediaFormat format;
-    if (IsQTDVFormat(code)) return DVVideoFormat(track.Height());
+    // What is shown may have another size than what is coded.
+    const auto coded_width = static_cast<int32_t>(track.Described(kVideoDescription["width"]));
+    const auto coded_height = static_cast<int32_t>(track.Described(kVideoDescription["height"]));
+    const bool is_coded = coded_width > 0 && coded_height > 0;
+    const int32_t width = is_coded ? coded_width : track.Width();
+    const int32_t height = is_coded ? coded_height : track.Height();
+    if (IsQTDVFormat(code)) return DVVideoFormat(height);
     if (const auto* encoded = Find(kEncodedFormats, &EncodedFormat::format, code)) {
         format.kind = kEncodedVideo;
         format.encoded_video.cspace = SpaceOfDepth(depth, kBGR24, kBGRX32);
@@ -116,8 +131,20 @@ MediaFormat QTVideoFormat(const QTTrack& track)
     } else {
         return format;
     }
-    format.SetPicture(track.Width(), track.Height(), FrameRateOf(track));
+    format.SetPicture(width, height, FrameRateOf(track));
     return format;
+}
+
+QTFrameTime QTFrameTimeOf(const QTTrack& track, const MediaFormat& format)
+{
+    const QTFrameTime usual{track.samples.UsualDuration()};
+    if (!format.IsDV() || usual.ticks == 0) return usual;
+    const bool pal = format.FrameRate() == kPAL.rate;
+    const uint64_t scale = track.TimeScale();
+    const QTFrameTime standard = pal ? QTFrameTime{scale, 25} : QTFrameTime{scale * 1001, 30000};
+    // A clock may be too coarse for the standard's own duration, as one of 600 is for NTSC.
+    const double ratio = double(usual.ticks) * double(standard.parts) / double(standard.ticks);
+    return track.samples.HasOneDuration() && std::abs(ratio - 1) < 0.01 ? usual : standard;
 }
 
 MediaFormat QTSoundFormat(const QTTrack& track)

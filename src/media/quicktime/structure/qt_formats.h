@@ -4,6 +4,7 @@
 
 #include "format/media_format.h"
 #include "media/quicktime/structure/qt_movie.h"
+#include "media/quicktime/structure/qt_picture_times.h"
 
 namespace kelvane {
 
@@ -20,11 +21,21 @@ enum QTOption : uint32_t {
 
 bool IsQTDVFormat(uint32_t format);  // "dvc ", "dvcp", "AVdv" or "dvpp"
 
+// Codes of other forms of DV, under which plain 25 Mbit/s DV is found as well: "DVC ", "dv5n".
+bool MayBeQTDVFormat(uint32_t format);
+
+// Sound of a format and sample size whose 16-bit words are big-endian.
+bool HasQTSwappedWords(uint32_t format, uint64_t bits);
+
 bool IsQTPackedSound(uint32_t format);  // "ulaw" or "ima4"
 
 // The stream formats of a source's tracks. Kind 0 for video that is not known.
 MediaFormat QTVideoFormat(const QTTrack& track);
 MediaFormat QTSoundFormat(const QTTrack& track);
+
+// How long a frame lasts in a track whose pictures are of this format: as most of them do, in DV
+// always as long as the standard says. Without ticks where the file does not tell.
+QTFrameTime QTFrameTimeOf(const QTTrack& track, const MediaFormat& format);
 
 // Bytes of `samples` sample frames and back. PCM takes whole bytes a sample; u-law one byte, and
 // IMA4 packets of 34 bytes for 64 samples of a channel, whatever the description says.

@@ -17,6 +17,22 @@ size_t EntryCount(ByteReader& in, size_t entry_bytes)
 
 constexpr size_t kFirstAllocation = 2000;
 
+uint32_t MostFrequentDuration(std::vector<QTTimeToSample> times)
+{
+    std::ranges::sort(times, {}, &QTTimeToSample::duration);
+    uint64_t samples = 0, most = 0;
+    uint32_t duration = 0, usual = 0;
+    for (const QTTimeToSample& entry : times) {
+        if (entry.duration == 0) continue;
+        samples = entry.duration == duration ? samples + entry.count : entry.count;
+        duration = entry.duration;
+        if (samples <= most) continue;
+        most = samples;
+        usual = duration;
+    }
+    return usual;
+}
+
 }  // namespace
 
 void QTSampleTables::LoadTimes(std::span<const uint8_t> stts)
@@ -31,6 +47,7 @@ void QTSampleTables::LoadTimes(std::span<const uint8_t> stts)
         fSamples += entry.count;
         fDuration += uint64_t{entry.count} * entry.duration;
     }
+    fUsualDuration = MostFrequentDuration(times);
 }
 
 void QTSampleTables::LoadSyncSamples(std::span<const uint8_t> stss)
@@ -93,6 +110,7 @@ void QTSampleTables::LoadOffsets(std::span<const uint8_t> body, size_t offset_by
 void QTSampleTables::Begin(uint32_t duration, uint32_t size)
 {
     times.assign(1, {0, duration});
+    fUsualDuration = duration;
     fGrowing = true;
     sample_size = size;
     offsets.reserve(kFirstAllocation);
@@ -129,6 +147,11 @@ void QTSampleTables::Finish()
     times.resize(1);
     times[0].count = static_cast<uint32_t>(fSamples);
     sample_count = sample_size ? times[0].count : static_cast<uint32_t>(sizes.size());
+}
+
+bool QTSampleTables::HasOneDuration() const
+{
+    return times.size() == 1 || (times.size() == 2 && times[1].count == 1);
 }
 
 uint32_t QTSampleTables::SampleSize(uint64_t sample) const

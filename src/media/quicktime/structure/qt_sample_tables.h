@@ -70,6 +70,11 @@ public:
     uint64_t ChunkCount() const { return offsets.size(); }
     // In units of the media's time scale.
     uint64_t Duration() const { return fGrowing ? fSamples * times[0].duration : fDuration; }
+    // The duration that most samples have, of those that have one; of two the smaller. 0 when none
+    // has one.
+    uint32_t UsualDuration() const { return fUsualDuration; }
+    // True when all samples last equally long, but for the last one.
+    bool HasOneDuration() const;
     // Bytes; beyond the table the size of its last sample.
     uint32_t SampleSize(uint64_t sample) const;
     // Like the size; cheap for samples in rising order, as FindSample is.
@@ -102,7 +107,8 @@ private:
     std::vector<Run> fRuns;
     uint64_t fSamples = 0;   // in all: by "stts", or written so far
     uint64_t fDuration = 0;  // of a source
-    bool fGrowing = false;   // a destination
+    uint32_t fUsualDuration = 0;
+    bool fGrowing = false;  // a destination
     bool fLacksChunks = false;
     // The last sample found and its offset within its chunk.
     uint64_t fLastSample = 0, fLastFirst = UINT64_MAX, fLastOffset = 0;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/four_cc.h"
+#include "base/saturating.h"
 #include "media/quicktime/structure/qt_formats.h"
 #include "media/quicktime/writer/qt_layout.h"
 #include "media/quicktime/writer/qt_movie_builder.h"
@@ -192,8 +193,7 @@ Status QTWriter::WriteSound(QTTrack& track, const void* data, uint32_t size)
         static_cast<uint32_t>(track.Described(kSoundDescription["number of channels"]));
     const auto bits = static_cast<uint32_t>(track.Described(kSoundDescription["sample size"]));
     const uint64_t samples = QTSoundSamples(format, size, channels, bits);
-    if (format == "twos"_4cc) {
-        // Words of 16 bits whatever the sample size is, deliberately: the reader does the same.
+    if (HasQTSwappedWords(format, bits)) {
         if (fSwapped.size() < size) fSwapped.resize(size);
         SwapWords(data, fSwapped.data(), size / 2);
         if (size % 2) fSwapped[size - 1] = static_cast<const uint8_t*>(data)[size - 1];
@@ -207,6 +207,8 @@ Status QTWriter::WriteSound(QTTrack& track, const void* data, uint32_t size)
 
 Status QTWriter::WriteMedia(const void* data, uint32_t size, uint64_t& offset)
 {
+    if (!(fOptions & kQTWideOffsets) && SaturatingAdd(fMediaEnd, size) > fNarrowLimit)
+        return kError;
     offset = fMediaEnd;
     fFile.SetPosition(fMediaEnd);
     const Status status = fFile.Write({static_cast<const uint8_t*>(data), size});

@@ -6,6 +6,7 @@
 
 #include "base/status.h"
 #include "format/media_format.h"
+#include "media/quicktime/structure/qt_limits.h"
 #include "media/quicktime/structure/qt_movie.h"
 #include "platform/files/positioned_file.h"
 
@@ -32,6 +33,8 @@ public:
     Status WriteFrame(const QTStream& stream, const void* data, uint32_t size);
     Status Close();
 
+    // Of files with 32-bit offsets; tests make it small.
+    void SetNarrowLimit(uint64_t bytes) { fNarrowLimit = bytes; }
     // Lets the next media begin `bytes` further on.
     void LeaveHole(uint64_t bytes) { fMediaEnd += bytes; }
 
@@ -47,7 +50,8 @@ private:
 
     QTMovie& fMovie;
     PositionedFile& fFile;
-    uint32_t fOptions = 0;          // QTOption bits
+    uint32_t fOptions = 0;  // QTOption bits
+    uint64_t fNarrowLimit = kNarrowQTLimit;
     uint64_t fMediaEnd = 0;         // byte behind the last media written
     std::vector<uint8_t> fSwapped;  // sound on its way to the file
     std::optional<Status> fClosed;

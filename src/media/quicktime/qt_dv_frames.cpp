@@ -1,0 +1,37 @@
+#include "media/quicktime/qt_dv_frames.h"
+
+#include <algorithm>
+
+#include "base/television.h"
+#include "dv/dif_frame.h"
+
+namespace kelvane {
+
+Bytes FirstDVFrame(QTFile& file, int32_t stream)
+{
+    constexpr int64_t kMostPictures = 25;
+    Bytes frame(static_cast<size_t>(kPAL.dv_frame_size));
+    const int64_t pictures = std::min(file.SampleCount(stream), kMostPictures);
+    for (int64_t picture = 0; picture < pictures; picture++) {
+        uint32_t size = 0;
+        if (file.SeekFrame(stream, picture) != kOK) break;
+        if (file.ReadFrame(stream, frame, size) != kOK) continue;
+        if (!SystemOfFrame(std::span(frame).first(size))) continue;
+        frame.resize(size);
+        return frame;
+    }
+    return {};
+}
+
+bool IsQTDVStream(QTFile& file, int32_t stream)
+{
+    const uint32_t code = file.TrackCodec(stream);
+    return IsQTDVFormat(code) || (MayBeQTDVFormat(code) && IsPALStream(file, stream));
+}
+
+std::optional<bool> IsPALStream(QTFile& file, int32_t stream)
+{
+    return SystemOfFrame(FirstDVFrame(file, stream));
+}
+
+}  // namespace kelvane

@@ -1,0 +1,214 @@
+// QuickTime films of other programs, made byte by byte, and what becomes of them.
+
+#include <algorithm>
+#include <map>
+
+#include "base/four_cc.h"
+#include "dv/dif_layout.h"
+#include "engine/containers/destination.h"
+#include "engine/loop/conversion_case.h"
+#include "engine/options/output_formats.h"
+#include "support/qt_builder.h"
+
+namespace kelvane {
+namespace {
+
+class QuickTimeFilms : public ConversionCase {
+protected:
+    // A movie of frames with a size each of its own, each in a chunk of its own.
+    std::string MakeMovie(const std::vector<Bytes>& frames, QTTestTrack track)
+    {
+        Bytes media, sizes = Longs({0, 0, frames.size()}), places = Longs({0, frames.size()});
+        for (const Bytes& frame : frames) {
+            places = Join({places, Big(8 + media.size())});
+            sizes = Join({sizes, Big(frame.size())});
+            media.insert(media.end(), frame.begin(), frame.end());
+        }
+        track.samples = static_cast<uint32_t>(frames.size());
+        track.stsc = QTTable({1, 1, 1}, 3);
+        track.stsz = sizes;
+        track.stco = places;
+        return fFolder.Write("made.mov", QTOneTrack(track, media));
+    }
+    std::vector<Bytes> ClipFrames(int64_t count, bool pal = true)
+    {
+        return Film(MakeClip(count, pal)).frames;
+    }
+    // Of the film that a movie converts to: the letter of the source frame that each frame shows,
+    // small where it has no sound.
+    std::string Converts(const std::vector<Bytes>& frames, const QTTestTrack& track)
+    {
+        std::map<Bytes, char> letters;
+        for (size_t i = 0; i < frames.size(); i++)
+            letters.emplace(PictureOf(frames[i]), char('A' + i));
+        const std::string path = Converted(MakeMovie(frames, track), "out.dv", "dv");
+        std::string shown;
+        Film film(path);
+        for (Bytes& frame : film.frames) {
+            const auto found = letters.find(PictureOf(frame));
+            Bytes sound(10400);
+            sound.resize(View(frame).ExtractAudio(sound, 3));
+            // The cadence of NTSC puts a few samples of its neighbours into a silent frame.
+            const bool silent = std::ranges::count(sound, 0) > ptrdiff_t(sound.size() * 9 / 10);
+            const char letter = found == letters.end() ? '?' : found->second;
+            shown += silent ? char(tolower(letter)) : letter;
+        }
+        return shown;
+    }
+    // A frame without its sound blocks.
+    static Bytes PictureOf(Bytes frame)
+    {
+        for (size_t sequence = 0; sequence < frame.size() / kDIFSequenceSize; sequence++)
+            for (size_t block = 0; block < kAudioBlocks; block++)
+                std::fill_n(&frame[AudioBlockAt(sequence, block)], kDIFBlockSize, uint8_t{0});
+        return frame;
+    }
+};
+
+TEST_F(QuickTimeFilms, APictureOfNoBytesStandsForTheOneBefore)
+{
+    std::vector<Bytes> frames = ClipFrames(6);
+    frames[2].clear();
+    frames[3].clear();
+    EXPECT_EQ("ABbbEF", Converts(frames, {}));
+    EXPECT_FALSE(fResult.losses.Any());
+    EXPECT_EQ(6u, fResult.frames_written);
+    frames[0].clear();
+    EXPECT_EQ("BBbbEF", Converts(frames, {})) << "in front of the first one, for that";
+}
+
+TEST_F(QuickTimeFilms, APictureStandsAsLongAsTheFileSays)
+{
+    const std::vector<Bytes> frames = ClipFrames(5);
+    EXPECT_EQ("ABbbbCDEee", Converts(frames, {.stts = QTTable({1, 24, 1, 96, 2, 24, 1, 72}, 2)}));
+    EXPECT_EQ(10u, fResult.frames_written);
+    EXPECT_FALSE(fResult.losses.Any());
+    EXPECT_EQ("AaBbCcDdEe", Converts(frames, {.duration = 48})) << "the standard's frame, not its";
+    EXPECT_EQ("ACDE", Converts(frames, {.stts = QTTable({1, 24, 1, 2, 3, 24}, 2)}));
+    EXPECT_EQ(1u, fResult.losses.frames_left_out);
+    EXPECT_TRUE(fResult.losses.Any());
+    EXPECT_NE("", LossesInWords(fResult.losses));
+
+    const std::vector<Bytes> ntsc = ClipFrames(5, false);
+    EXPECT_EQ("ABCcDE", Converts(ntsc, {.height = 480, .stts = QTTable({2, 20, 1, 40, 2, 20}, 2)}));
+}
+
+TEST_F(QuickTimeFilms, AClockTooCoarseForTheStandardLosesNothing)
+{
+    const std::string path =
+        MakeMovie(std::vector<Bytes>(2000, Bytes(4)), {.height = 480, .duration = 20});
+    const auto source = OpenSource(path);
+    ASSERT_TRUE(source);
+    EXPECT_EQ(2000u, (*source)->CountFrames());
+    // 20.02 is 20, and 21 once in fifty.
+    Bytes times = Longs({0, 80});
+    for (int i = 0; i < 40; i++)
+        times = Join({times, Longs({49, 20, 1, 21})});
+    const auto fine =
+        OpenSource(MakeMovie(std::vector<Bytes>(2000, Bytes(4)), {.height = 480, .stts = times}));
+    ASSERT_TRUE(fine);
+    EXPECT_EQ(2000u, (*fine)->CountFrames());
+    EXPECT_EQ(0u, (*fine)->LeftOut());
+}
+
+TEST_F(QuickTimeFilms, TheFrameOfOtherPicturesIsTheUsualDuration)
+{
+    const std::vector<Bytes> frames(4, Bytes(720 * 576 * 3));
+    const auto source = OpenSource(MakeMovie(
+        frames, {.format = "raw ", .duration = 0, .stts = QTTable({1, 100, 2, 50, 1, 150}, 2)}));
+    ASSERT_TRUE(source);
+    EXPECT_EQ(12.0f, (*source)->format.FrameRate());
+    EXPECT_EQ(7u, (*source)->CountFrames());
+    Bytes buffer(frames[0].size());
+    std::vector<size_t> sizes;
+    for (int64_t i = 0; i < 7; i++)
+        sizes.push_back((*source)->ReadFrame(i, buffer).size / 1000);
+    EXPECT_EQ((std::vector<size_t>{1244, 0, 1244, 1244, 1244, 0, 0}), sizes);
+    EXPECT_EQ(kEnd, (*source)->ReadFrame(7, buffer).status.Code());
+}
+
+TEST_F(QuickTimeFilms, DVGoesByItsFirstWholeFrame)
+{
+    for (const bool pal : {true, false}) {
+        std::vector<Bytes> frames = ClipFrames(4, pal);
+        // Pictures shown in another size, descriptions of the other system or without a size.
+        for (const auto& [width, height] : {std::pair(720u, pal ? 480u : 576u), {0u, 0u}})
+            for (const auto& [shown_width, shown_height] : {std::pair(384, 288), {0, 0}})
+                EXPECT_EQ("ABCD", Converts(frames, {.width = width,
+                                                    .height = height,
+                                                    .shown_width = shown_width,
+                                                    .shown_height = shown_height,
+                                                    .scale = 30000,
+                                                    .duration = pal ? 1200u : 1001u}));
+        // Nor is a first picture of no bytes the first frame.
+        frames[0].clear();
+        EXPECT_EQ("BBCD", Converts(frames, {.height = pal ? 480u : 576u,
+                                            .scale = 30000,
+                                            .duration = pal ? 1200u : 1001u}));
+    }
+    // Without a whole frame it is the description that tells.
+    const auto source = OpenSource(
+        MakeMovie({Bytes(1000)}, {.height = 576, .shown_width = 384, .shown_height = 288}));
+    ASSERT_TRUE(source);
+    EXPECT_TRUE((*source)->is_pal);
+}
+
+TEST_F(QuickTimeFilms, PlainDVIsReadUnderOtherCodesToo)
+{
+    for (const bool pal : {true, false})
+        for (const char* code : {"DVC ", "dv5n"})
+            EXPECT_EQ("ABC", Converts(ClipFrames(3, pal), {.format = code,
+                                                           .height = pal ? 576u : 480u,
+                                                           .scale = 30000,
+                                                           .duration = pal ? 1200u : 1001u}))
+                << code;
+    // DVCPRO50 has frames of twice the size.
+    EXPECT_FALSE(OpenSource(MakeMovie({Bytes(240000)}, {.format = "dv5n", .height = 480})));
+    std::vector<Bytes> frames = ClipFrames(1);
+    frames[0][1] = 0xFF;
+    EXPECT_FALSE(OpenSource(MakeMovie(frames, {.format = "DVC "})));
+}
+
+// What fails the run with "Write error in destination file (video track)!".
+TEST_F(QuickTimeFilms, NarrowOffsetsEndTheFilmAtTheirLimit)
+{
+    const std::string clip = MakeClip(1);
+    const Bytes frame = Film(clip).frames[0];
+    const auto source = OpenSource(clip);
+    ASSERT_TRUE(source);
+    for (const uint32_t option : {0u, uint32_t{kOptionOffsets64}}) {
+        Choose("mov");
+        ConversionSettings settings;
+        FillConversionSettings(fOptions, fCodecs, settings);
+        const std::string path = fFolder.Path("out.mov");
+        DestinationPlan plan =
+            PlanDestination(path, settings, **source, TypeOfDestination(fOptions.selection));
+        plan.options = (plan.options & ~uint32_t{kOptionOffsets64}) | option;
+        plan.narrow_qt_limit = 500000;
+        const auto created = CreateDestination(plan);
+        ASSERT_TRUE(created);
+        size_t taken = 0;
+        while (taken < 8 && (*created)->WriteFrame(frame) == kOK)
+            taken++;
+        EXPECT_EQ(option ? 8u : 3u, taken);
+        EXPECT_EQ(kOK, (*created)->Finish());
+        EXPECT_EQ(std::vector<Bytes>(taken, frame), Film(path).frames);
+    }
+}
+
+TEST_F(QuickTimeFilms, MoreThanADayOfHoldsIsACorruptedFile)
+{
+    const std::vector<Bytes> frames = ClipFrames(2);
+    constexpr uint64_t kDay = 24 * 60 * 60 * 600;
+    const auto opens = [&](uint64_t duration) -> bool {
+        return bool(OpenSource(MakeMovie(frames, {.stts = QTTable({1, duration, 1, 24}, 2)})));
+    };
+    EXPECT_TRUE(opens(kDay));
+    EXPECT_FALSE(opens(kDay + 48));
+    EXPECT_FALSE(opens(0xFFFFFFFF));
+    EXPECT_EQ(-1, Convert(MakeMovie(frames, {.duration = 0xF0000000}), fFolder.Path("out.dv")));
+    EXPECT_EQ("Quicktime parsing error, corrupted file", fResult.message);
+}
+
+}  // namespace
+}  // namespace kelvane
