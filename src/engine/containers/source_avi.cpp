@@ -1,5 +1,7 @@
 #include "base/four_cc.h"
 #include "base/status.h"
+#include "base/television.h"
+#include "dv/dif_frame.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
 #include "media/avi/avi_file.h"
@@ -99,6 +101,7 @@ public:
 private:
     bool TakePicture(const AVIStream& stream)
     {
+        if (MayBeDVHandler(handler)) TakeForDV();
         if (IsDVHandler(handler)) {
             format = DVFormat(is_pal);
             return true;
@@ -108,6 +111,20 @@ private:
         fFile.StreamFormat(fVideo, format);
         fIsTopDown = IsTopDown(stream, format);
         return HasPlausibleSize(format);
+    }
+
+    // When the first frame that has data is one of 25 Mbit/s.
+    void TakeForDV()
+    {
+        std::vector<uint8_t> frame(static_cast<size_t>(kPAL.dv_frame_size));
+        FrameRead read = {kOK};
+        for (int64_t number = 0; read.status == kOK && read.size == 0; number++)
+            read = ReadFrame(number, frame);
+        if (read.status != kOK) return;
+        const auto pal = SystemOfFrame(std::span(frame).first(read.size));
+        if (!pal) return;
+        is_pal = *pal;
+        handler = "dvsd"_4cc;
     }
 
     // RGB pictures have their bottom row first here as in codecs. A negative height says that a

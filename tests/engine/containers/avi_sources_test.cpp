@@ -68,6 +68,34 @@ TEST_F(AVISources, KeepTheTimeOfHeldFrames)
     }
 }
 
+TEST_F(AVISources, AreDVByTheirFirstFrameUnderNamesThatSeveralCodecsHave)
+{
+    for (const bool pal : {true, false}) {
+        const std::string source = MakeClip(4, pal);
+        const std::string whole = Converted(source, "whole.avi", "avi2");
+        const RiffFilm film(whole);
+        const uint64_t handler = film.Find("strh").head + 8 + 4;
+        const uint64_t compression = film.Find("strf").head + 8 + 16;
+        const auto named = [&](const std::string& first, const std::string& second) {
+            return Patched(Patched(whole, handler, first), compression, second);
+        };
+        Choose("dv");
+        for (const std::string name : {"PDVC", "dvsl", "dvis", "dvc "})
+            for (const std::string& path : {named(name, name), named(Little(0, 4), name)})
+                EXPECT_EQ(Film(source).Pictures(), Film(Converted(path, "made.dv")).Pictures())
+                    << name;
+        for (const std::string name : {"dv25", "DV25", "cdvc", "AVdv"})
+            EXPECT_EQ(Film(source).Pictures(),
+                      Film(Converted(named(Little(0, 4), name), "made.dv")).Pictures())
+                << name;
+        // Something else under that name.
+        const std::string other =
+            Patched(named("PDVC", "PDVC"), film.Find("00db").head + 8, "\x9F");
+        EXPECT_EQ(-1, Convert(other, fFolder.Path("none.dv")));
+        EXPECT_EQ("Source is not DV or uncompressed AVI.", fResult.message);
+    }
+}
+
 TEST_F(AVISources, SalvageWhatBrokeOff)
 {
     const std::string source = MakeClip(8);

@@ -87,7 +87,14 @@ struct AVIStream {
     bool IsVideo() const { return type == "vids"_4cc; }
     bool IsAudio() const { return type == "auds"_4cc; }
     bool IsInterleaved() const { return type == "iavs"_4cc; }
-    uint32_t Handler() const { return Get32(header, kStreamHeader["fccHandler"]); }
+    // "fccHandler"; where that is 0, the code that a bitmap header has in its place.
+    uint32_t Handler() const
+    {
+        const uint32_t handler = Get32(header, kStreamHeader["fccHandler"]);
+        if (handler != 0 || !IsVideo()) return handler;
+        const uint32_t compression = Get32(format, kBitmapInfo["biCompression"]);
+        return compression >> 24 >= ' ' ? compression : 0;  // low numbers are kinds of bitmaps
+    }
     // Frames a second without their fraction, 25 for PAL; 0 when the header does not tell.
     uint32_t WholeRate() const
     {
