@@ -2,6 +2,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "engine/containers/destination.h"
+#include "engine/containers/picture_rows.h"
 #include "media/avi/avi_file.h"
 #include "media/avi/structure/avi_references.h"
 
@@ -60,7 +61,8 @@ private:
 
 class AVIDestination : public Destination {
 public:
-    explicit AVIDestination(const DestinationPlan& plan) : fFile(plan.path.c_str(), kCreate)
+    explicit AVIDestination(const DestinationPlan& plan)
+        : fFile(plan.path.c_str(), kCreate), fRows(plan.format, kAVIRowMultiple)
     {
         AVILimits limits = plan.avi_limits;
         limits.reference_files = AVIMediaFiles(plan).size();
@@ -70,6 +72,7 @@ public:
     Status InitCheck() const { return fFile.InitCheck(); }
     Status WriteFrame(std::span<const uint8_t> frame) override
     {
+        frame = fRows.Pad(frame, fPadded);
         return fFile.WriteFrame(kPictureStream, frame.data(), static_cast<int32_t>(frame.size()));
     }
     void SetStreamHeader(std::span<const uint8_t> header) override
@@ -109,6 +112,8 @@ private:
     }
 
     AVIFile fFile;
+    PictureRows fRows;
+    std::vector<uint8_t> fPadded;  // the frame written last
     AVITrack fTrack{fFile};
     bool fHasTrack = false;
 };

@@ -2,6 +2,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "dv/dif_frame.h"
+#include "engine/containers/picture_rows.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
 #include "media/avi/avi_file.h"
@@ -64,10 +65,11 @@ public:
         uint32_t bytes = 0;
         if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
-        if (fIsTopDown && bytes >= BytesOfPicture(format))
+        const size_t size = fRows.Pack(buffer.first(bytes));
+        if (fIsTopDown && size >= BytesOfPicture(format))
             SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),
                          format.Height());
-        return {status, bytes};
+        return {status, size};
     }
 
     uint64_t CountFrames() const override
@@ -110,6 +112,7 @@ private:
         if (!stream.IsVideo() || (!IsRawHandler(handler) && !huffyuv)) return false;
         fFile.StreamFormat(fVideo, format);
         fIsTopDown = IsTopDown(stream, format);
+        fRows = PictureRows(format, kAVIRowMultiple);
         return HasPlausibleSize(format);
     }
 
@@ -149,6 +152,7 @@ private:
     AVIFile fFile;
     int32_t fVideo = -1;
     bool fIsTopDown = false;
+    PictureRows fRows;
     std::unique_ptr<AVIAudio> fAudio;
 };
 
