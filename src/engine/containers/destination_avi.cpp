@@ -28,9 +28,9 @@ constexpr AVISetup kSetups[] = {
     {kDestinationMatrox, kAVIType1 | kAVIOpenDML | kAVIOldIndex | kAVIMatrox | kAVISegments, false,
      false},
     {kDestinationAVI1, kAVIType1, true, false},
-    {kDestinationAVI1OpenDML, kAVIType1 | kAVIOpenDML | kAVISegments, true, false},
+    {kDestinationAVI1OpenDML, kAVIType1 | kAVIOpenDML | kAVISegments, false, false},
     {kDestinationAVI2, 0, true, true},
-    {kDestinationAVI2OpenDML, kAVIOpenDML | kAVISegments, true, true},
+    {kDestinationAVI2OpenDML, kAVIOpenDML | kAVISegments, false, true},
     {kDestinationAVI1Reference, kAVIType1 | kAVIOpenDML | kAVIReference, true, false},
     {kDestinationAVI2Reference, kAVIOpenDML | kAVIReference, true, true},
 };
@@ -94,7 +94,7 @@ public:
     Status BeginOther(const DestinationPlan& plan, const AVISetup& setup)
     {
         fHasTrack = setup.audio_track;
-        if (fFile.BeginAVI(kNotDVFlags) != kOK) return kError;
+        if (fFile.BeginAVI(kNotDVFlags | (setup.flags & kAVISegments)) != kOK) return kError;
         const Status status = plan.format.kind == kRawVideo
                                   ? fFile.AddVideoStream(plan.format)
                                   : fFile.AddEncodedVideoStream(plan.format);

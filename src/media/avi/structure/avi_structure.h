@@ -17,7 +17,7 @@ enum AVIFlag : uint32_t {
     kAVIPAL = 0x0002,
     kAVINTSC = 0x0004,
     kAVIOpenDML = 0x0008,    // "dmlh", "indx" and standard indexes
-    kAVIOldIndex = 0x0100,   // write an "idx1"
+    kAVIOldIndex = 0x0100,   // write an "idx1", if the file stays in one RIFF
     kAVIReference = 0x0400,  // video goes to a ".000" file
     kAVIMatrox = 0x0800,
     kAVICanopus = 0x1000,   // of a source: "idx1" counts from "movi"

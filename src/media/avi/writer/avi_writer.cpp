@@ -250,7 +250,7 @@ Status AVIWriter::WriteEnd()
     status = FirstFailure(status, fIndexes.FinishStreams());
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.
-    const bool old_index = Has(kAVIOldIndex) && (!Has(kAVISegments) || Has(kAVIMatrox));
+    const bool old_index = Has(kAVIOldIndex) && (fStructure.segments.empty() || Has(kAVIMatrox));
     if (old_index) status = FirstFailure(status, fIndexes.WriteOldIndex());
     status = FirstFailure(status, fAppender.CutTail());
     fStructure.tree.Layout();
