@@ -44,7 +44,7 @@ public:
     // Null past the end.
     AVIStream* StreamAt(int32_t index);
     const AVIStream* StreamAt(int32_t index) const;
-    // The "fccHandler" of a stream, 0 when there is no such stream.
+    // As AVIStream::Handler; 0 when there is no such stream.
     uint32_t StreamHandler(int32_t index) const;
     // Kind 0 for a stream that is neither sound nor a picture that is understood. The private data
     // of an encoded format is what follows the bitmap header and lives as long as this object.

@@ -68,6 +68,82 @@ TEST_F(AVISources, KeepTheTimeOfHeldFrames)
     }
 }
 
+TEST_F(AVISources, AreDVByTheirFirstFrameUnderNamesThatSeveralCodecsHave)
+{
+    for (const bool pal : {true, false}) {
+        const std::string source = MakeClip(4, pal);
+        const std::string whole = Converted(source, "whole.avi", "avi2");
+        const RiffFilm film(whole);
+        const uint64_t handler = film.Find("strh").head + 8 + 4;
+        const uint64_t compression = film.Find("strf").head + 8 + 16;
+        const auto named = [&](const std::string& first, const std::string& second) {
+            return Patched(Patched(whole, handler, first), compression, second);
+        };
+        Choose("dv");
+        for (const std::string name : {"PDVC", "dvsl", "dvis", "dvc "})
+            for (const std::string& path : {named(name, name), named(Little(0, 4), name)})
+                EXPECT_EQ(Film(source).Pictures(), Film(Converted(path, "made.dv")).Pictures())
+                    << name;
+        for (const std::string name : {"dv25", "DV25", "cdvc", "AVdv"})
+            EXPECT_EQ(Film(source).Pictures(),
+                      Film(Converted(named(Little(0, 4), name), "made.dv")).Pictures())
+                << name;
+        // Something else under that name.
+        const std::string other =
+            Patched(named("PDVC", "PDVC"), film.Find("00db").head + 8, "\x9F");
+        EXPECT_EQ(-1, Convert(other, fFolder.Path("none.dv")));
+        EXPECT_EQ("Source is not DV or uncompressed AVI.", fResult.message);
+    }
+}
+
+// Pictures of 24 bits whose rows are padded, or not, bottom or top row first.
+TEST_F(AVISources, MayPadTheirRows)
+{
+    const int width = 18, height = 6;
+    const size_t row = 54, padded = 56;
+    std::string rows;
+    for (size_t i = 0; i < row * height; i++)
+        rows += char(i * 37 % 251);
+    const auto turned = [&](const std::string& picture) {
+        std::string other;
+        for (int y = height; y-- > 0;)
+            other += picture.substr(size_t(y) * row, row);
+        return other;
+    };
+    const auto film = [&](size_t pitch, bool top_down) {
+        const std::string picture = top_down ? turned(rows) : rows;
+        std::string frame;
+        for (size_t y = 0; y < height; y++)
+            frame += picture.substr(y * row, row) + std::string(pitch - row, 'p');
+        TinyAVI avi{.handler = "DIB ", .frames = {frame, frame, frame}};
+        avi.format = Little(40, 4) + Little(uint64_t(width), 4) +
+                     Little(uint64_t(top_down ? -height : height), 4) + Little(1, 2) +
+                     Little(24, 2) + std::string(24, '\0');
+        for (uint32_t i = 0; i < 3; i++)
+            avi.index += TinyAVI::IndexEntry("00db", uint32_t(4 + i * (frame.size() + 8)),
+                                             uint32_t(frame.size()));
+        return fFolder.Write("rows.avi", AsBytes(avi.Build()));
+    };
+    std::string stored;
+    for (size_t y = 0; y < height; y++)
+        stored += rows.substr(y * row, row) + std::string(2, '\0');
+    for (const size_t pitch : {row, padded})
+        for (const bool top_down : {false, true}) {
+            SCOPED_TRACE(testing::PrintToString(std::tuple(pitch, top_down)));
+            const std::string source = film(pitch, top_down);
+            const Film read(source);
+            ASSERT_EQ(3u, read.frames.size());
+            EXPECT_EQ(rows, AsText(read.frames[0]));
+            const RiffFilm copy(Converted(source, "copy.avi", "avi2", "rgb24"));
+            EXPECT_TRUE(stored == copy.bytes.substr(copy.Find("00db").head + 8, padded * height));
+            EXPECT_EQ(padded * height, copy.At("strf", 20, 4));
+            // Through a picture of 32 bits and back.
+            const std::string wide = Converted(source, "wide.avi", "avi2", "rgb32");
+            const RiffFilm coded(Converted(wide, "coded.avi", "avi2", "rgb24"));
+            EXPECT_TRUE(stored == coded.bytes.substr(coded.Find("00db").head + 8, padded * height));
+        }
+}
+
 TEST_F(AVISources, SalvageWhatBrokeOff)
 {
     const std::string source = MakeClip(8);

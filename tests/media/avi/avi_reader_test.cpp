@@ -461,6 +461,10 @@ TEST_F(AVIReader, ListsMediaChunksOnDemand)
 
 TEST_F(AVIReader, DescribesFormatsInOneLine)
 {
+    const auto Bitmap = [](int bits, const std::string& compression) {
+        return Little(40, 4) + Little(720, 4) + Little(576, 4) + Little(1, 2) + Little(bits, 2) +
+               compression + std::string(20, '\0');
+    };
     const std::pair<TinyAVI, const char*> rows[] = {
         {{}, "AVI Type-1 DV (Microsoft) PAL"},
         {{.handler = "CVDC", .scale = 1000, .rate = 29970},
@@ -469,6 +473,13 @@ TEST_F(AVIReader, DescribesFormatsInOneLine)
          "AVI Huffyuv RGB 24-bit 720x576 @ 29.97 fps"},
         {{.handler = "\0\0\0\0"s, .scale = 1000, .rate = 25000}, "AVI uncompressed RGB PAL"},
         {{.handler = "abcd"}, "AVI Unrecognized codec PAL"},
+        {{.handler = "dvsl"}, "AVI Unrecognized codec PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(24, "dv25")}, "AVI Type-1 DVCPRO25 PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(16, "UYVY")},
+         "AVI uncompressed YUV 4:2:2 ('UYVY') PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(16, "\0\0\0\0"s)}, "AVI uncompressed RGB PAL"},
+        {{.handler = "\0\0\0\0"s, .scale = 1, .rate = 15, .format = Bitmap(32, "\3\0\0\0"s)},
+         "AVI uncompressed RGB 720x576 @ 15.00 fps"},
         {{.type = "txts"}, "AVI unknown content"},
         {{.handler = "\0\0\0\1"s,
           .type = "auds",
@@ -496,6 +507,9 @@ TEST_F(AVIReader, CapturesTheFirstFrameForADescription)
     std::string whole = film.Build();
     EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL 4:2:0 (16:9 format)", Described(Put(whole)))
         << "no pack tells the format";
+    frame.replace(0, 3, "\x1F\x07\0"s);
+    TinyAVI other{.handler = "PDVC", .frames = {frame}, .has_index = false};
+    EXPECT_EQ("AVI Type-1 DV PAL 4:2:0 (16:9 format)", Described(Put(other.Build())));
     whole.insert(film.FrameHead(0) - 12, RiffList("INFO", {}));
     EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL", Described(Put(whole)))
         << "only when movi is the next list";

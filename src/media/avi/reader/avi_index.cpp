@@ -100,18 +100,23 @@ bool AVIIndex::HoldsForever() const
     return false;
 }
 
+// Frames of video, or sample frames of sound, by the headers; the one of all RIFFs goes first.
+uint64_t AVIIndex::LengthOf(const AVIStream& stream) const
+{
+    return fStructure.extended_header && !stream.IsAudio()
+               ? Get32(fStructure.extended_header, kExtendedHeader["dwTotalFrames"])
+               : Get32(stream.header, kStreamHeader["dwLength"]);
+}
+
 // The estimate only says how the table starts; a header that lies costs nothing.
 void AVIIndex::StartTable(AVIStream& stream)
 {
-    uint64_t estimate = Get32(stream.header, kStreamHeader["dwLength"]);
+    uint64_t estimate = LengthOf(stream);
     if (stream.IsAudio()) {
         estimate *= Get(stream.format, kWaveFormat["nChannels"]) *
                     (Get(stream.format, kWaveFormat["wBitsPerSample"]) / 8);
         const uint32_t chunk = Get32(stream.header, kStreamHeader["dwSuggestedBufferSize"]);
         if (chunk > 1) estimate = estimate / chunk + 1;
-    } else if (fStructure.extended_header) {
-        estimate = Get32(fStructure.extended_header, kExtendedHeader["dwTotalFrames"]);
-        SetInMemory(*stream.header, kStreamHeader["dwLength"], estimate);
     }
     stream.frames.Start(std::clamp<uint64_t>(estimate, 10, 10000));
     if ((stream.IsVideo() || stream.IsInterleaved()) && IsDVHandler(stream.Handler()))
@@ -293,8 +298,7 @@ void AVIIndex::OpenLastGaps()
     for (size_t i = 0; i < fCoverage.size(); i++) {
         const AVIStream& stream = fStructure.streams[i];
         Coverage& coverage = fCoverage[i];
-        const bool empty = coverage.end == 0 && !coverage.lost &&
-                           Get32(stream.header, kStreamHeader["dwLength"]) == 0;
+        const bool empty = coverage.end == 0 && !coverage.lost && LengthOf(stream) == 0;
         const uint64_t begin = empty ? named : coverage.end;
         coverage.gaps.push_back({stream.frames.Count(), begin, kBeyondAnyFile});
     }
@@ -317,7 +321,7 @@ void AVIIndex::WalkGaps()
         stream.missing = fCoverage[i].promised - std::min(fCoverage[i].promised, found);
         // Only the header can tell what is behind a head that cannot be read.
         if (!walk.IsCutShort()) continue;
-        const uint64_t length = Get32(stream.header, kStreamHeader["dwLength"]);
+        const uint64_t length = LengthOf(stream);
         const uint64_t count = stream.frames.Count();
         const uint64_t behind = length > count ? length - count : length == 0;
         stream.missing = std::max(stream.missing, behind);

@@ -42,6 +42,7 @@ private:
         std::vector<Gap> gaps;
     };
 
+    uint64_t LengthOf(const AVIStream& stream) const;
     void StartTable(AVIStream& stream);
     void LoadStandardIndexes(const AVIStream& stream);
     const Chunk* StandardIndexAt(uint64_t offset) const;

@@ -169,12 +169,7 @@ void AVIParser::UseBody(Chunk* chunk)
     if (fFound.streams.empty()) return;
     AVIStream& stream = fFound.streams.back();
     if (chunk->id == "indx"_4cc) stream.super_index = chunk;
-    if (chunk->id != "strf"_4cc) return;
-    stream.format = chunk;
-    const uint32_t compression = Get32(chunk, kBitmapInfo["biCompression"]);
-    const uint32_t dv[] = {"dvsd"_4cc, "DVSD"_4cc, "CDVC"_4cc};
-    if (stream.IsVideo() && stream.Handler() == 0 && std::ranges::count(dv, compression))
-        SetInMemory(*stream.header, kStreamHeader["fccHandler"], compression);
+    if (chunk->id == "strf"_4cc) stream.format = chunk;
 }
 
 int32_t AVIParser::DataType(uint32_t id) const

@@ -17,7 +17,7 @@ enum AVIFlag : uint32_t {
     kAVIPAL = 0x0002,
     kAVINTSC = 0x0004,
     kAVIOpenDML = 0x0008,    // "dmlh", "indx" and standard indexes
-    kAVIOldIndex = 0x0100,   // write an "idx1"
+    kAVIOldIndex = 0x0100,   // write an "idx1", if the file stays in one RIFF
     kAVIReference = 0x0400,  // video goes to a ".000" file
     kAVIMatrox = 0x0800,
     kAVICanopus = 0x1000,   // of a source: "idx1" counts from "movi"
@@ -87,7 +87,14 @@ struct AVIStream {
     bool IsVideo() const { return type == "vids"_4cc; }
     bool IsAudio() const { return type == "auds"_4cc; }
     bool IsInterleaved() const { return type == "iavs"_4cc; }
-    uint32_t Handler() const { return Get32(header, kStreamHeader["fccHandler"]); }
+    // "fccHandler"; where that is 0, the code that a bitmap header has in its place.
+    uint32_t Handler() const
+    {
+        const uint32_t handler = Get32(header, kStreamHeader["fccHandler"]);
+        if (handler != 0 || !IsVideo()) return handler;
+        const uint32_t compression = Get32(format, kBitmapInfo["biCompression"]);
+        return compression >> 24 >= ' ' ? compression : 0;  // low numbers are kinds of bitmaps
+    }
     // Frames a second without their fraction, 25 for PAL; 0 when the header does not tell.
     uint32_t WholeRate() const
     {

@@ -69,6 +69,10 @@ Status AVIWriter::AddVideoStream(const MediaFormat& format)
     if (Has(kAVIReference)) return kFormatNotSupported;
     BitmapHeader header{.width = 720, .height = 576, .bit_count = 32, .size_image = 720 * 576 * 4};
     if (format.kind == kRawVideo) ToBitmapHeaderRaw(format, header);
+    // Rows of 24 bits are padded.
+    if (header.bit_count == 24)
+        header.size_image = (static_cast<uint32_t>(header.width) * 3 + 3) / 4 * 4 *
+                            static_cast<uint32_t>(header.height);
     fLayout.AddPictureStream(header, static_cast<double>(format.FrameRate()));
     return kOK;
 }
@@ -246,7 +250,7 @@ Status AVIWriter::WriteEnd()
     status = FirstFailure(status, fIndexes.FinishStreams());
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.
-    const bool old_index = Has(kAVIOldIndex) && (!Has(kAVISegments) || Has(kAVIMatrox));
+    const bool old_index = Has(kAVIOldIndex) && (fStructure.segments.empty() || Has(kAVIMatrox));
     if (old_index) status = FirstFailure(status, fIndexes.WriteOldIndex());
     status = FirstFailure(status, fAppender.CutTail());
     fStructure.tree.Layout();
