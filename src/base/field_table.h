@@ -58,6 +58,17 @@ consteval FieldTable<N> HeaderFields(const HeaderField (&rows)[N])
     return table;
 }
 
+// The same for a header that begins as another does.
+template <size_t Size, size_t M, size_t N>
+consteval FieldTable<M + N> HeaderFields(const FieldTable<M>& head, const HeaderField (&rows)[N])
+{
+    FieldTable<M + N> table{};
+    for (size_t i = 0; i < M + N; i++)
+        table.rows[i] = i < M ? head.rows[i] : rows[i - M];
+    if (!Covers(table.rows, Size)) throw "the rows leave a gap or have another length";
+    return table;
+}
+
 // 0 when the field lies beyond the body: a short header reads as one padded with zeros.
 uint64_t GetField(std::span<const uint8_t> body, const HeaderField& field, ByteOrder order);
 // kError when the field lies beyond the body or the value is wider than the field.

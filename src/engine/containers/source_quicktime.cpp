@@ -73,6 +73,19 @@ public:
     uint64_t CountFrames() const override { return fTimes.Count(); }
     uint64_t LeftOut() const override { return fTimes.LeftOut(); }
 
+    uint64_t FramesSalvaged() const override { return fFile.Salvaged().frames; }
+    std::string Warning() const override
+    {
+        const QTSalvage salvage = fFile.Salvaged();
+        if (salvage.frames == 0) return {};
+        std::string text =
+            "The source has no header, as a capture that broke off; its frames were found without "
+            "it.";
+        if (salvage.left_out > 0)
+            text += " " + std::to_string(salvage.left_out) +
+                    " bytes between them are no sound of their length and were left out.";
+        return text;
+    }
     AudioStream* Audio() override { return fAudio.get(); }
 
 private:

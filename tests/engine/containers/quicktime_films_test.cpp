@@ -1,6 +1,7 @@
 // QuickTime films of other programs, made byte by byte, and what becomes of them.
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "base/four_cc.h"
@@ -9,6 +10,7 @@
 #include "engine/loop/conversion_case.h"
 #include "engine/options/output_formats.h"
 #include "support/qt_builder.h"
+#include "support/riff.h"
 
 namespace kelvane {
 namespace {
@@ -167,6 +169,113 @@ TEST_F(QuickTimeFilms, PlainDVIsReadUnderOtherCodesToo)
     std::vector<Bytes> frames = ClipFrames(1);
     frames[0][1] = 0xFF;
     EXPECT_FALSE(OpenSource(MakeMovie(frames, {.format = "DVC "})));
+}
+
+// A file as its writer leaves it when it is killed: no header, and a size of media of 0.
+class BrokenCaptures : public QuickTimeFilms {
+protected:
+    static constexpr uint64_t kHead = 16;  // of the media
+
+    // Frames with their sound between them as our own files have it, without the header.
+    Bytes BreakOff(bool pal, int32_t frames)
+    {
+        Choose("mov-audio");
+        fAdjust = [](ConversionSettings& settings) { settings.audio_interleave_factor = 2; };
+        Bytes whole = ReadWhole(Converted(MakeClip(frames, pal), "whole.mov"));
+        whole.resize(LoadBytes(std::span(whole).subspan(8, 8), ByteOrder::kBig));
+        std::fill_n(whole.begin() + 8, 8, uint8_t{0});
+        return whole;
+    }
+    Film Open(const Bytes& file) { return Film(fFolder.Write("broken.mov", file)); }
+};
+
+TEST_F(BrokenCaptures, GiveAllWholeFramesAndTheirSound)
+{
+    for (const bool pal : {true, false}) {
+        const Bytes broken = BreakOff(pal, 9);
+        const Film whole(fFolder.Path("whole.mov"));
+        const Film all = Open(broken);
+        EXPECT_EQ(whole.frames, all.frames);
+        EXPECT_EQ(whole.track, all.track);
+        EXPECT_EQ(9u, all.source->FramesSalvaged());
+        EXPECT_EQ(48000, all.source->audio_format.raw_audio.srate);
+        EXPECT_EQ(std::string::npos, all.source->Warning().find("left out"));
+        EXPECT_EQ(0u, whole.source->FramesSalvaged());
+        EXPECT_EQ("", whole.source->Warning());
+        // Wherever it broke off.
+        const size_t frame = whole.frames[0].size();
+        for (const size_t length : {kHead + frame, kHead + 2 * frame - 1, kHead + 2 * frame,
+                                    broken.size() - 100, kHead + 5 * frame}) {
+            const Film cut = Open(Bytes(broken.begin(), broken.begin() + ptrdiff_t(length)));
+            ASSERT_LE(cut.frames.size(), whole.frames.size());
+            EXPECT_EQ(cut.frames.size(), cut.source->FramesSalvaged());
+            EXPECT_GE((cut.frames.size() + 2) * frame * 108 / 100, length) << "frames are missing";
+            EXPECT_TRUE(
+                std::ranges::equal(cut.frames, std::span(whole.frames).first(cut.frames.size())));
+            EXPECT_TRUE(std::ranges::equal(
+                cut.track,
+                std::span(whole.track).first(std::min(whole.track.size(), cut.track.size()))));
+        }
+    }
+}
+
+TEST_F(BrokenCaptures, AreConvertedWithALoss)
+{
+    const std::string path = fFolder.Write("broken.mov", BreakOff(true, 9));
+    EXPECT_EQ(9u, Film(Converted(path, "out.dv", "dv")).frames.size());
+    EXPECT_EQ(9u, fResult.losses.frames_salvaged);
+    ASSERT_EQ(1u, fResult.warnings.size());
+    EXPECT_NE(std::string::npos, fResult.warnings[0].find("broke off"));
+}
+
+TEST_F(BrokenCaptures, HaveTheirMediaInAnyKindOfAtom)
+{
+    const Bytes broken = BreakOff(true, 4);
+    const Bytes media(broken.begin() + kHead, broken.end());
+    const size_t frames = Film(fFolder.Path("whole.mov")).frames.size();
+    const Bytes file_type = QTAtom("ftyp", {Text("qt  "), Big(512), Text("qt  ")});
+    for (const Bytes& head :
+         {Join({Big(0), Text("mdat")}), Join({Big(8), Text("mdat")}),
+          Join({file_type, QTAtom("wide", {}), Big(0), Text("mdat")}),
+          Join({Big(media.size() + 8), Text("mdat")}), Join({Big(0x7FFFFFFF), Text("mdat")})}) {
+        const Film film = Open(Join({head, media}));
+        EXPECT_EQ(frames, film.frames.size()) << AsText(head);
+        EXPECT_FALSE(film.track.empty());
+    }
+}
+
+TEST_F(BrokenCaptures, WhatIsNoSoundBetweenTheFramesIsLeftOut)
+{
+    const std::vector<Bytes> frames = ClipFrames(4);
+    const Bytes head = Join({Big(0), Text("mdat")});
+    const auto film = [&](const Bytes& between) {
+        Bytes file = head;
+        for (const Bytes& frame : frames)
+            file = Join({file, frame, between});
+        return Open(file);
+    };
+    const Film rubbish = film(Bytes(1234, 0x1F));
+    EXPECT_EQ(frames, rubbish.frames);
+    EXPECT_EQ(nullptr, rubbish.source->Audio()) << "the sound of the frames is";
+    EXPECT_NE(std::string::npos, rubbish.source->Warning().find("3702 bytes"));
+
+    // A frame that is damaged in its middle is not whole.
+    Bytes torn = frames[1];
+    torn[11 * 12000 + 1] = 0;
+    EXPECT_EQ((std::vector<Bytes>{frames[0], frames[2]}),
+              Open(Join({head, frames[0], torn, frames[2]})).frames);
+
+    // A tone in either order of bytes comes out the same.
+    Bytes little(7680), big(7680);
+    for (size_t i = 0; i < 1920; i++)
+        for (size_t channel = 0; channel < 2; channel++) {
+            const auto value = static_cast<uint16_t>(20000 * std::sin(double(i) / 10));
+            StoreBytes(std::span(little).subspan(i * 4 + channel * 2, 2), value,
+                       ByteOrder::kLittle);
+            StoreBytes(std::span(big).subspan(i * 4 + channel * 2, 2), value, ByteOrder::kBig);
+        }
+    for (const Bytes& sound : {little, big})
+        EXPECT_EQ(Join({little, little, little, little}), film(sound).track);
 }
 
 // What fails the run with "Write error in destination file (video track)!".

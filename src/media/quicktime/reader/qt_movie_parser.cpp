@@ -115,15 +115,15 @@ void ParseSoundExtension(std::span<const uint8_t> body, QTSampleDescription& des
 
 void ParseDescriptions(std::span<const uint8_t> body, const QTTrack& track, QTSampleTables& tables)
 {
-    constexpr uint32_t kSmallest = 16;  // up to the data reference index
+    constexpr HeaderField kLast = kDescriptionHead["data reference index"];
+    constexpr size_t kSmallest = size_t{kLast.at} + kLast.bytes;
     ByteReader in(body, ByteOrder::kBig);
     in.Skip(4);
     tables.descriptions.clear();
     for (uint32_t left = in.Get32(); left > 0 && tables.descriptions.size() < kMaxDescriptions;
          left--) {
         const auto rest = body.subspan(in.At());
-        const uint64_t claimed =
-            LoadBytes(rest.first(std::min<size_t>(4, rest.size())), ByteOrder::kBig);
+        const uint64_t claimed = GetField(rest, kDescriptionHead["size"], ByteOrder::kBig);
         if (claimed < kSmallest || rest.size() < kSmallest) return;
         const auto entry = in.Take(std::min<uint64_t>(claimed, rest.size()));
         QTSampleDescription& description = tables.descriptions.emplace_back(
@@ -245,10 +245,11 @@ void ParseUserData(std::span<const uint8_t> udta, QTMovie& movie)
     for (Atom atom; walker.Next(atom);) {
         const auto* code = std::ranges::find(kCodes, atom.type);
         if (code == std::end(kCodes)) continue;
-        ByteReader in(atom.body, ByteOrder::kBig);
-        const size_t length = in.Get16();
-        in.Skip(2);  // language
-        const auto text = in.Take(std::min(length, in.Left()));
+        AtomFields head(kUserText);
+        head.Load(atom.body);
+        const size_t length = head.Get(kUserText["text size"]);
+        const auto rest = atom.body.subspan(std::min(head.All().size(), atom.body.size()));
+        const auto text = rest.first(std::min(length, rest.size()));
         movie.texts[static_cast<size_t>(code - kCodes)].assign(text.begin(), text.end());
     }
 }

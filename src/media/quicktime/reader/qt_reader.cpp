@@ -56,10 +56,10 @@ QTReader::QTReader(QTMovie& movie, PositionedFile& file, const VolumeTable& volu
 
 Status QTReader::Parse()
 {
-    bool media_seen = false;
+    std::optional<uint64_t> media;
     std::optional<Status> movie;
     AtomHead head;
-    for (int i = 0; i < kMaxTopLevelAtoms && !(media_seen && movie); i++) {
+    for (int i = 0; i < kMaxTopLevelAtoms && !(media && movie); i++) {
         std::array<uint8_t, kMaxAtomHead> window;
         const uint64_t position = i ? head.Next() : 0;
         fFile.SetPosition(position);
@@ -69,10 +69,26 @@ Status QTReader::Parse()
         if (status == kUnread && !movie) return {kError, status.SystemError()};
         if (!ReadAtomHead(std::span(window).first(got), position, head)) break;
         if (!IsLetters(head.type)) break;
-        if (head.type == "mdat"_4cc) media_seen = true;
+        if (head.type == "mdat"_4cc && !media) media = head.body;
         if (head.type == "moov"_4cc && !movie) movie = ParseMovieAtom(head);
     }
+    if (!movie && media) movie = Salvage(*media);
     return movie.value_or(kNotThisClass);
+}
+
+// A capture that broke off has no movie yet.
+Status QTReader::Salvage(uint64_t media)
+{
+    fSalvage = SalvageQTMovie(fFile, media, fMovie);
+    AddStreams();
+    return fSalvage.frames > 0 ? kOK : kNotThisClass;
+}
+
+void QTReader::AddStreams()
+{
+    for (size_t track = 0; track < fMovie.tracks.size(); track++)
+        fMovie.AddStreams(track);
+    fExternalFiles.resize(fMovie.tracks.size());
 }
 
 Status QTReader::ParseMovieAtom(const AtomHead& head)
@@ -87,9 +103,7 @@ Status QTReader::ParseMovieAtom(const AtomHead& head)
         return {kError, status.SystemError()};
     body.resize(got);
     ParseQTMovie(body, fMovie);
-    for (size_t track = 0; track < fMovie.tracks.size(); track++)
-        fMovie.AddStreams(track);
-    fExternalFiles.resize(fMovie.tracks.size());
+    AddStreams();
     return kOK;
 }
 

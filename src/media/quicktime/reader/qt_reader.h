@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/status.h"
+#include "media/quicktime/reader/qt_salvage.h"
 #include "media/quicktime/structure/qt_atoms.h"
 #include "media/quicktime/structure/qt_movie.h"
 #include "platform/files/file_handle.h"
@@ -23,6 +24,7 @@ public:
 
     // Fills the movie from the file: as QTFile::InitCheck(). Called once, before all else.
     Status Parse();
+    const QTSalvage& Salvaged() const { return fSalvage; }
     // As those of QTFile.
     uint64_t FrameSize(const QTStream& stream, int64_t frame);
     Status SeekFrame(QTStream& stream, int64_t frame);
@@ -30,6 +32,8 @@ public:
 
 private:
     Status ParseMovieAtom(const AtomHead& head);
+    Status Salvage(uint64_t media);
+    void AddStreams();
     Status ReadVideo(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size);
     Status ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size);
     Status ReadMedia(const QTStream& stream, const QTSamplePlace& place, uint64_t bytes,
@@ -39,6 +43,7 @@ private:
     QTMovie& fMovie;
     PositionedFile& fFile;
     const VolumeTable& fVolumes;
+    QTSalvage fSalvage;
     // Other files that media lie in, by track and data reference; opened when first read from.
     std::vector<std::vector<FileHolder>> fExternalFiles;
 };

@@ -95,43 +95,34 @@ inline constexpr auto kDescriptionHead = HeaderFields<24>({{"size", 0, 4},
                                                            {"vendor", 20, 4}});
 
 // An entry of the "stsd" of video. The compressor name is a Pascal string in 32 bytes.
-inline constexpr auto kVideoDescription = HeaderFields<86>({{"size", 0, 4},
-                                                            {"data format", 4, 4},
-                                                            {"reserved", 8, 6},
-                                                            {"data reference index", 14, 2},
-                                                            {"version", 16, 2},
-                                                            {"revision level", 18, 2},
-                                                            {"vendor", 20, 4},
-                                                            {"temporal quality", 24, 4},
-                                                            {"spatial quality", 28, 4},
-                                                            {"width", 32, 2},
-                                                            {"height", 34, 2},
-                                                            {"horizontal resolution", 36, 4},
-                                                            {"vertical resolution", 40, 4},
-                                                            {"data size", 44, 4},
-                                                            {"frame count", 48, 2},
-                                                            {"compressor name", 50, 32},
-                                                            {"depth", 82, 2},
-                                                            {"color table ID", 84, 2}});
+inline constexpr auto kVideoDescription =
+    HeaderFields<86>(kDescriptionHead, {{"temporal quality", 24, 4},
+                                        {"spatial quality", 28, 4},
+                                        {"width", 32, 2},
+                                        {"height", 34, 2},
+                                        {"horizontal resolution", 36, 4},
+                                        {"vertical resolution", 40, 4},
+                                        {"data size", 44, 4},
+                                        {"frame count", 48, 2},
+                                        {"compressor name", 50, 32},
+                                        {"depth", 82, 2},
+                                        {"color table ID", 84, 2}});
 
 // An entry of the "stsd" of sound. The sample size is in bits.
-inline constexpr auto kSoundDescription = HeaderFields<36>({{"size", 0, 4},
-                                                            {"data format", 4, 4},
-                                                            {"reserved", 8, 6},
-                                                            {"data reference index", 14, 2},
-                                                            {"version", 16, 2},
-                                                            {"revision level", 18, 2},
-                                                            {"vendor", 20, 4},
-                                                            {"number of channels", 24, 2},
-                                                            {"sample size", 26, 2},
-                                                            {"compression ID", 28, 2},
-                                                            {"packet size", 30, 2},
-                                                            {"sample rate", 32, 4}});
+inline constexpr auto kSoundDescription =
+    HeaderFields<36>(kDescriptionHead, {{"number of channels", 24, 2},
+                                        {"sample size", 26, 2},
+                                        {"compression ID", 28, 2},
+                                        {"packet size", 30, 2},
+                                        {"sample rate", 32, 4}});
 
 // Behind a sound description whose compression ID is -2.
 inline constexpr auto kSoundPackets = HeaderFields<16>({{"samples per packet", 0, 4},
                                                         {"bytes per packet", 4, 4},
                                                         {"bytes per frame", 8, 4},
                                                         {"bytes per sample", 12, 4}});
+
+// A text of the user data. The text itself follows.
+inline constexpr auto kUserText = HeaderFields<4>({{"text size", 0, 2}, {"language code", 2, 2}});
 
 }  // namespace kelvane

@@ -28,9 +28,9 @@ void PutText(Bytes& out, uint32_t name, const std::string& text)
     if (text.empty()) return;
     const std::string_view stored = std::string_view(text).substr(0, 0xFFFF);
     const AtomScope atom(out, TextCode(name));
-    ByteWriter writer(out, ByteOrder::kBig);
-    writer.Put16(static_cast<uint16_t>(stored.size()));
-    writer.Put16(0);
+    AtomFields head(kUserText);
+    head.Set(kUserText["text size"], stored.size());
+    Put(out, head);
     out.insert(out.end(), stored.begin(), stored.end());
 }
 
@@ -90,7 +90,9 @@ void PutDescriptions(Bytes& out, const std::vector<QTSampleDescription>& descrip
             out.push_back(description.field_count);
             out.push_back(description.field_detail);
         }
-        StoreBytes(std::span(out).subspan(start, 4), out.size() - start, ByteOrder::kBig);
+        const HeaderField& size = kDescriptionHead["size"];
+        StoreBytes(std::span(out).subspan(start + size.at, size.bytes), out.size() - start,
+                   ByteOrder::kBig);
     }
 }
 
