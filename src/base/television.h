@@ -17,6 +17,8 @@ struct TelevisionSystem {
 
 inline constexpr TelevisionSystem kPAL = {720, 576, 25.0f, 144000};
 inline constexpr TelevisionSystem kNTSC = {720, 480, 29.97f, 120000};
+// Of a whole NTSC picture; DV keeps 480 of them.
+inline constexpr int32_t kLinesOfWholeNTSC = 486;
 
 constexpr const TelevisionSystem& SystemFor(bool pal)
 {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/idle_options.h"
 #include "cli/parsed_options.h"
 
 namespace kelvane {
@@ -248,7 +249,12 @@ bool ParseArguments(int count, char** values, Arguments& arguments, int& exitSta
     }
     const std::string refusal =
         future ? "Option " + *future + ": not available yet." : TranslateOptions(parsed, arguments);
-    if (refusal.empty()) return true;
+    if (refusal.empty()) {
+        if (arguments.command == Command::kConvert)
+            arguments.idle =
+                IdleOptions(arguments, [&](const char* name) { return app.count(name) > 0; });
+        return true;
+    }
     std::cerr << "kelvane-convert: " << refusal << '\n';
     return false;
 }

@@ -32,6 +32,7 @@ struct Arguments {
     int32_t threads = 0;  // 0 is all cores
     ProgressStyle progress = ProgressStyle::kPlain;
     SampleArguments sample;
+    std::vector<std::string> idle;  // lines about options that change nothing
 };
 
 // Exit statuses of the program.

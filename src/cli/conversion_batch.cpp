@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -69,14 +70,24 @@ private:
         return true;
     }
 
-    // Asks what must be asked before anything is touched.
-    bool MayWrite(const std::string& source, const std::string& output)
+    bool MayConvert(const std::string& source, const std::string& output)
     {
         if (const auto set = CodecsAreSet(fSettings); !set) return Fail(set.Error().message);
         if (IsSameFile(source, output)) return Fail("The output is the source file itself.");
+        return true;
+    }
+
+    bool MayWrite(const std::vector<std::string>& files) override
+    {
+        return std::ranges::all_of(files,
+                                   [this](const std::string& file) { return MayReplace(file); });
+    }
+
+    bool MayReplace(const std::string& file)
+    {
         std::error_code error;
-        if (!std::filesystem::is_regular_file(output, error)) return true;
-        switch (fQuestion.Ask(output)) {
+        if (!std::filesystem::is_regular_file(file, error)) return true;
+        switch (fQuestion.Ask(file)) {
             case OverwriteAnswer::kOverwrite:
                 return true;
             case OverwriteAnswer::kCancel:
@@ -91,7 +102,7 @@ private:
     bool ConvertOne(const std::string& file)
     {
         const std::string output = OutputPath(fArguments, file);
-        if (!MayRead(file) || !MayWrite(file, output)) return false;
+        if (!MayRead(file) || !MayConvert(file, output)) return false;
         ConversionResult result;
         const int32_t type = TypeOfDestination(fArguments.options.selection);
         // Its status is the outcome's.
@@ -105,6 +116,8 @@ private:
             case Outcome::kEnded:
                 fDisplay.Failed("Interrupted by the system.", &result);
                 return false;
+            case Outcome::kRefused:
+                return false;  // told already
             case Outcome::kFailed:
                 fDisplay.Failed(result.message, &result);
                 return false;
@@ -132,6 +145,8 @@ int ConvertFiles(const Arguments& arguments, const CodecDrivers& drivers)
         std::cerr << arguments.audio << ": cannot be read or is neither WAV nor AIFF\n";
         return kExitFileFailed;
     }
+    for (const std::string& line : arguments.idle)
+        std::cerr << "kelvane-convert: " << line << '\n';
     return Batch(arguments, drivers).Run();
 }
 

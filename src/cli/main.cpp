@@ -36,7 +36,7 @@ int Run(int count, char** values)
         case Command::kDescribe:
             return DescribeFiles(arguments.files);
         case Command::kMakeSample:
-            return MakeSample(arguments.sample, LoadCodecs());
+            return MakeSample(arguments.sample, arguments.options.overwrite, LoadCodecs());
         case Command::kConvert:
             return ConvertFiles(arguments, LoadCodecs());
     }

@@ -8,6 +8,7 @@
 #include <map>
 
 #include "base/four_cc.h"
+#include "engine/containers/container.h"
 #include "engine/options/output_formats.h"
 
 namespace kelvane {
@@ -44,8 +45,7 @@ const OutputFormat* FormatOfExtension(const std::string& path)
 
 bool IsBuilt(const OutputFormat& format)
 {
-    return format.type != kDestinationES3 && format.type != kDestinationDU1 &&
-           format.type != kDestinationOMF;
+    return ContainerFor(format.type) != nullptr;
 }
 
 // The functions below answer with a refusal, or with an empty text when all is well.
@@ -57,7 +57,7 @@ std::string ChooseCodecRow(const std::string& name, const OutputFormat& format,
     const auto rows = OutputCodecs(format.codecs);
     size_t row = 0;
     while (!name.empty() && row < rows.size() && Lower(name) != rows[row].name &&
-           name != rows[row].text && Lower(name) != Lower(rows[row].code))
+           name != rows[row].text && Lower(name) != Lower(FourCCText(rows[row].code)))
         row++;
     if (!name.empty() && row >= rows.size())
         return "Format " + std::string(format.name) + " has no codec " + name + "; see --help.";

@@ -5,14 +5,16 @@
 #include <iostream>
 
 #include "base/status.h"
+#include "cli/overwrite_question.h"
 #include "sample/sample_clip.h"
 
 namespace kelvane {
 
-int MakeSample(const SampleArguments& arguments, const CodecDrivers& drivers)
+int MakeSample(const SampleArguments& arguments, int32_t overwrite, const CodecDrivers& drivers)
 {
     std::error_code error;
-    if (std::filesystem::exists(arguments.path, error)) {
+    if (std::filesystem::exists(arguments.path, error) &&
+        OverwriteQuestion(overwrite).Ask(arguments.path) != OverwriteAnswer::kOverwrite) {
         std::cerr << arguments.path << ": Skipped, file exists\n";
         return kExitFileFailed;
     }

@@ -5,7 +5,8 @@
 
 namespace kelvane {
 
-// Makes a sample clip. Answers an ExitStatus.
-int MakeSample(const SampleArguments& arguments, const CodecDrivers& drivers);
+// Makes a sample clip. `overwrite`: whether one that exists is replaced, as OverwriteQuestion has
+// it. Answers an ExitStatus.
+int MakeSample(const SampleArguments& arguments, int32_t overwrite, const CodecDrivers& drivers);
 
 }  // namespace kelvane

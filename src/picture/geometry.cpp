@@ -120,9 +120,17 @@ void BySizes(const Source& source, const Target& target)
 }
 
 template <class Picture>
-bool IsOf(const TelevisionSystem& system, const Picture& picture)
+bool IsPAL(const Picture& picture)
 {
-    return picture.width == system.width && picture.height == system.height;
+    return picture.width == kPAL.width && picture.height == kPAL.height;
+}
+
+// Whole NTSC pictures have 486 lines, of which DV keeps 480.
+template <class Picture>
+bool IsNTSC(const Picture& picture)
+{
+    return picture.width == kNTSC.width &&
+           (picture.height == kNTSC.height || picture.height == kLinesOfWholeNTSC);
 }
 
 }  // namespace
@@ -134,8 +142,8 @@ void GeometryConvert(const uint8_t* source, const MediaFormat& source_format,
     const Source from{source, source_format.Width(), source_format.Height(), interlaced, pool};
     const Target to{destination, destination_format.Width(), destination_format.Height()};
     if (PixelCount(from.width, from.height) == 0 || PixelCount(to.width, to.height) == 0) return;
-    const bool up = IsOf(kNTSC, from) && IsOf(kPAL, to);
-    const bool down = IsOf(kPAL, from) && IsOf(kNTSC, to);
+    const bool up = IsNTSC(from) && IsPAL(to);
+    const bool down = IsPAL(from) && IsNTSC(to);
     if (up && mode == GeometryMode::kLetterBox) return LetterBox(from, to);
     if (up && mode == GeometryMode::kPanAndScan)
         return Scale(from, kPanLeft, kPanWidth, to, {0, 1}, to.height);

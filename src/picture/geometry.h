@@ -10,11 +10,11 @@ namespace kelvane {
 // How a picture of one television standard becomes one of the other.
 enum class GeometryMode {
     kScale,
-    // From 720 by 480 to 720 by 576.
+    // From 720 by 480 or 486 to 720 by 576.
     kLetterBox,
     kPanAndScan,
     kLetterBoxPanAndScan,
-    // From 720 by 576 to 720 by 480.
+    // From 720 by 576 to 720 by 480 or 486.
     kCrop,
 };
 

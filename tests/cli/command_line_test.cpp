@@ -71,6 +71,17 @@ TEST_F(CommandLine, GoesOnAfterABadFileAndSaysWhatFailed)
     EXPECT_EQ(ReadWhole(fClip), ReadWhole(fFolder.Path("out/clip.dv")));
 }
 
+TEST_F(CommandLine, ReplacesWhatItMay)
+{
+    const std::string old = fFolder.Write("old.dv", std::vector<uint8_t>(7));
+    EXPECT_EQ(0, Run("--make-sample " + old + " --sample-seconds 1 --overwrite always"));
+    EXPECT_EQ(SizeOf("clip.dv"), SizeOf("old.dv"));
+    fFolder.Write("ref.000", std::vector<uint8_t>(7));
+    EXPECT_EQ(0,
+              Run(fClip + " --format avi1-ref --overwrite always -o " + fFolder.Path("ref.avi")));
+    EXPECT_EQ(25u * 144008, SizeOf("ref.000"));
+}
+
 TEST_F(CommandLine, TouchesNothingThatExists)
 {
     const std::string old = fFolder.Write("old.dv", std::vector<uint8_t>(7));
@@ -84,6 +95,13 @@ TEST_F(CommandLine, TouchesNothingThatExists)
     EXPECT_EQ(1, Run(fClip + " --overwrite always -o " + old,
                      "KELVANE_CODEC_PATH=" TEST_MODULES "/kelvane-codec-test-version"));
     EXPECT_THAT(fSaid, HasSubstr("is of version "));
+    // Nor the files beside the output that would be written too.
+    const std::string media = fFolder.Write("ref.000", std::vector<uint8_t>(7));
+    EXPECT_EQ(1, Run(fClip + " --format avi1-ref -o " + fFolder.Path("ref.avi")));
+    EXPECT_THAT(fSaid, HasSubstr("Skipped, file exists"));
+    EXPECT_FALSE(std::filesystem::exists(fFolder.Path("ref.avi")));
+    EXPECT_EQ(7u, SizeOf("ref.000"));
+    EXPECT_EQ(1, Run("--make-sample " + old));
     EXPECT_EQ(7u, SizeOf("old.dv"));
     EXPECT_EQ(25u * 144000, SizeOf("clip.dv"));
     EXPECT_EQ(1, Run(fClip + " --overwrite always -o /dev/full --format dv"));

@@ -256,6 +256,26 @@ TEST(Options, NameFormatsAndCodecsInEachWay)
     }
 }
 
+TEST(Options, ThatChangeNothingAreNamed)
+{
+    const std::pair<const char*, std::vector<std::string>> rows[] = {
+        {"-o x.avi --idx1 --interleave 2", {}},
+        {"-o x.avi --mode scale --dvcp", {"--mode", "--dvcp"}},
+        {"-o x.mov --no-idx1 --lines-486", {"--lines-486", "--idx1"}},
+        {"-o x.mov --codec rgb24 --lines-486 --data dv", {"--data"}},
+        {"-o x.dv --to ntsc --detail fine --resample blend", {"--detail"}},
+        {"-o x.dv --to ntsc --detail fine --resample motion --interleave 3", {"--interleave"}},
+        {"-o x.dv --to pal --no-deinterlace-source --allow-field-order-change",
+         {"--deinterlace-source"}},
+    };
+    for (const auto& [line, named] : rows) {
+        std::vector<std::string> found;
+        for (const std::string& text : Parsed(std::string("in.dv ") + line).idle)
+            found.push_back(text.substr(0, text.find(' ')));
+        EXPECT_EQ(named, found) << line;
+    }
+}
+
 // All that is no setting, by name.
 std::string TheRest(const Arguments& a)
 {

@@ -132,6 +132,8 @@ TEST(GeometryConvert, CutsAndPads)
         // A letter box adds bars; a crop begins above the picture.
         {{kLetterBox, 720, 480, 720, 576, true}, 48, 0, 528},
         {{kCrop, 720, 576, 720, 480}, 48, 0, 480},
+        {{kLetterBox, 720, 486, 720, 576, true}, 48, 0, 534},
+        {{kCrop, 720, 576, 720, 486}, 45, 0, 486},
         // Other sizes go by their sizes alone.
         {{kPanAndScan, 4, 480, 4, 480}, 0, 0, 480},
         {{kScale, 4, 486, 4, 480}, 0, 2, 480},

@@ -1,6 +1,7 @@
 #include "codecs/raw/raw_rgb_codec.h"
 
 #include <algorithm>
+#include <array>
 
 #include "base/four_cc.h"
 #include "codecs/raw/pixel_order.h"
@@ -41,6 +42,8 @@ constexpr PixelKernel kKernels[kLayouts][kLayouts] = {
     {SwapDropFourth, DropFourth, nullptr, ReverseBytes},
     {Rgb32ToRgb24, SwapDropFourth, ReverseBytes, nullptr},
 };
+
+constexpr size_t kAtOnce = 4;  // pixels
 
 }  // namespace
 
@@ -84,7 +87,18 @@ std::optional<size_t> RawRGBCodec::Convert(std::span<const uint8_t> input,
     }
     const size_t pixels =
         std::min(input.size() / kLayoutBytes[from], output.size() / kLayoutBytes[to]);
-    kernel(input.data(), output.data(), pixels);
+    // Kernels pack pixels by fours: the last ones go through memory with room for as many.
+    const size_t fours = pixels / kAtOnce * kAtOnce;
+    kernel(input.data(), output.data(), fours);
+    if (fours < pixels) {
+        std::array<uint8_t, kAtOnce * 4> in{}, out{};
+        std::ranges::copy(
+            input.subspan(fours * kLayoutBytes[from], (pixels - fours) * kLayoutBytes[from]),
+            in.begin());
+        kernel(in.data(), out.data(), kAtOnce);
+        std::copy_n(out.begin(), (pixels - fours) * kLayoutBytes[to],
+                    output.begin() + static_cast<ptrdiff_t>(fours * kLayoutBytes[to]));
+    }
     return pixels * kLayoutBytes[to];
 }
 

@@ -11,8 +11,6 @@ namespace kelvane {
 
 namespace {
 
-constexpr int32_t kLines486 = 486;
-
 bool DestinationIsPAL(const ConversionSettings& settings, const Source& source)
 {
     if (settings.op == Operation::kToPAL) return true;
@@ -24,8 +22,8 @@ bool DestinationIsPAL(const ConversionSettings& settings, const Source& source)
 void AdjustLines(MediaFormat& format, bool lines486)
 {
     if (format.IsDV()) return;
-    const int32_t from = lines486 ? kNTSC.height : kLines486;
-    const int32_t to = lines486 ? kLines486 : kNTSC.height;
+    const int32_t from = lines486 ? kNTSC.height : kLinesOfWholeNTSC;
+    const int32_t to = lines486 ? kLinesOfWholeNTSC : kNTSC.height;
     if (format.Height() == from) format.SetPicture(format.Width(), to, format.FrameRate());
 }
 

@@ -2,6 +2,7 @@
 #include "base/status.h"
 #include "base/television.h"
 #include "engine/containers/destination.h"
+#include "engine/containers/picture_rows.h"
 #include "media/avi/avi_file.h"
 #include "media/avi/structure/avi_references.h"
 
@@ -27,9 +28,9 @@ constexpr AVISetup kSetups[] = {
     {kDestinationMatrox, kAVIType1 | kAVIOpenDML | kAVIOldIndex | kAVIMatrox | kAVISegments, false,
      false},
     {kDestinationAVI1, kAVIType1, true, false},
-    {kDestinationAVI1OpenDML, kAVIType1 | kAVIOpenDML | kAVISegments, true, false},
+    {kDestinationAVI1OpenDML, kAVIType1 | kAVIOpenDML | kAVISegments, false, false},
     {kDestinationAVI2, 0, true, true},
-    {kDestinationAVI2OpenDML, kAVIOpenDML | kAVISegments, true, true},
+    {kDestinationAVI2OpenDML, kAVIOpenDML | kAVISegments, false, true},
     {kDestinationAVI1Reference, kAVIType1 | kAVIOpenDML | kAVIReference, true, false},
     {kDestinationAVI2Reference, kAVIOpenDML | kAVIReference, true, true},
 };
@@ -60,7 +61,8 @@ private:
 
 class AVIDestination : public Destination {
 public:
-    explicit AVIDestination(const DestinationPlan& plan) : fFile(plan.path.c_str(), kCreate)
+    explicit AVIDestination(const DestinationPlan& plan)
+        : fFile(plan.path.c_str(), kCreate), fRows(plan.format, kAVIRowMultiple)
     {
         AVILimits limits = plan.avi_limits;
         limits.reference_files = AVIMediaFiles(plan).size();
@@ -70,6 +72,7 @@ public:
     Status InitCheck() const { return fFile.InitCheck(); }
     Status WriteFrame(std::span<const uint8_t> frame) override
     {
+        frame = fRows.Pad(frame, fPadded);
         return fFile.WriteFrame(kPictureStream, frame.data(), static_cast<int32_t>(frame.size()));
     }
     void SetStreamHeader(std::span<const uint8_t> header) override
@@ -91,7 +94,7 @@ public:
     Status BeginOther(const DestinationPlan& plan, const AVISetup& setup)
     {
         fHasTrack = setup.audio_track;
-        if (fFile.BeginAVI(kNotDVFlags) != kOK) return kError;
+        if (fFile.BeginAVI(kNotDVFlags | (setup.flags & kAVISegments)) != kOK) return kError;
         const Status status = plan.format.kind == kRawVideo
                                   ? fFile.AddVideoStream(plan.format)
                                   : fFile.AddEncodedVideoStream(plan.format);
@@ -109,6 +112,8 @@ private:
     }
 
     AVIFile fFile;
+    PictureRows fRows;
+    std::vector<uint8_t> fPadded;  // the frame written last
     AVITrack fTrack{fFile};
     bool fHasTrack = false;
 };

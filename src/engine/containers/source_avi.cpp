@@ -1,5 +1,8 @@
 #include "base/four_cc.h"
 #include "base/status.h"
+#include "base/television.h"
+#include "dv/dif_frame.h"
+#include "engine/containers/picture_rows.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
 #include "media/avi/avi_file.h"
@@ -62,10 +65,11 @@ public:
         uint32_t bytes = 0;
         if (fFile.SeekFrame(fVideo, number) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
-        if (fIsTopDown && bytes >= BytesOfPicture(format))
+        const size_t size = fRows.Pack(buffer.first(bytes));
+        if (fIsTopDown && size >= BytesOfPicture(format))
             SwapVertical(buffer.data(), BytesOfPicture(format) / size_t(format.Height()),
                          format.Height());
-        return {status, bytes};
+        return {status, size};
     }
 
     uint64_t CountFrames() const override
@@ -92,12 +96,14 @@ public:
                      "it does not name were found without it."
                    : "";
     }
+    uint64_t FramesSalvaged() const override { return fFile.FramesSalvaged(fVideo); }
     Status Trouble() const override { return fFile.Trouble(); }
     AudioStream* Audio() override { return fAudio.get(); }
 
 private:
     bool TakePicture(const AVIStream& stream)
     {
+        if (MayBeDVHandler(handler)) TakeForDV();
         if (IsDVHandler(handler)) {
             format = DVFormat(is_pal);
             return true;
@@ -106,7 +112,22 @@ private:
         if (!stream.IsVideo() || (!IsRawHandler(handler) && !huffyuv)) return false;
         fFile.StreamFormat(fVideo, format);
         fIsTopDown = IsTopDown(stream, format);
+        fRows = PictureRows(format, kAVIRowMultiple);
         return HasPlausibleSize(format);
+    }
+
+    // When the first frame that has data is one of 25 Mbit/s.
+    void TakeForDV()
+    {
+        std::vector<uint8_t> frame(static_cast<size_t>(kPAL.dv_frame_size));
+        FrameRead read = {kOK};
+        for (int64_t number = 0; read.status == kOK && read.size == 0; number++)
+            read = ReadFrame(number, frame);
+        if (read.status != kOK) return;
+        const auto pal = SystemOfFrame(std::span(frame).first(read.size));
+        if (!pal) return;
+        is_pal = *pal;
+        handler = "dvsd"_4cc;
     }
 
     // RGB pictures have their bottom row first here as in codecs. A negative height says that a
@@ -131,6 +152,7 @@ private:
     AVIFile fFile;
     int32_t fVideo = -1;
     bool fIsTopDown = false;
+    PictureRows fRows;
     std::unique_ptr<AVIAudio> fAudio;
 };
 

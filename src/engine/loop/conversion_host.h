@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace kelvane {
 
@@ -22,6 +24,13 @@ enum class Wish {
 class ConversionHost {
 public:
     virtual ~ConversionHost() = default;
+    // Before anything is touched: the destination and all files beside it that will be written, and
+    // replaced where they exist. False leaves everything as it is.
+    virtual bool MayWrite(const std::vector<std::string>& files)
+    {
+        static_cast<void>(files);
+        return true;
+    }
     // After each output frame; once more at the end when fewer came than were planned, where the
     // answer does not count.
     virtual Wish Progress(const ConversionProgress& progress) = 0;

@@ -30,16 +30,6 @@ Result<> CheckSource(const FrameLoop& loop, const AudioTransfer& audio, const Lo
     return {};
 }
 
-void Warn(const FrameLoop& loop, const Source& source, ConversionResult& result)
-{
-    if (const std::string warning = source.Warning(); !warning.empty())
-        result.warnings.push_back(warning);
-    if (const uint64_t cut = loop.Feed().Reader().CutFrames(); cut > 0)
-        result.warnings.push_back(
-            std::to_string(cut) +
-            " frames of the source are larger than a DV frame; their first bytes were taken.");
-}
-
 Outcome OutcomeOf(Wish wish)
 {
     switch (wish) {
@@ -81,7 +71,6 @@ Result<> ConcludeRun(const FrameLoop& loop, const Result<>& run, const OpenFiles
     result.losses.sound_silenced = files.audio.SilencedSeconds();
     result.frames_read = loop.Feed().FramesRead();
     result.frames_written = loop.Sink().FramesWritten();
-    Warn(loop, files.source, result);
     if (!run && run.Error().status == kUnwritten)
         return WriteError(run.Error().message, run.Error().status, files.path, result);
     if (!run) return run;

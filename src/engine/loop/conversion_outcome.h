@@ -5,16 +5,9 @@
 #include "base/result.h"
 #include "engine/loop/conversion_result.h"
 #include "engine/loop/frame_loop.h"
+#include "engine/loop/warnings.h"
 
 namespace kelvane {
-
-// What a run has open.
-struct OpenFiles {
-    Source& source;
-    Destination& destination;
-    AudioTransfer& audio;
-    const std::string& path;  // of the destination
-};
 
 // Frames in a file as anybody would find them; 0 when it does not open.
 uint64_t FramesIn(const std::string& path);

@@ -13,6 +13,7 @@ enum class Outcome {
     kDone,
     kStopped,  // a person stopped it
     kEnded,    // the system ended the program, and nobody asked for it
+    kRefused,  // the host did not let it begin
     kFailed    // whatever else happened as well
 };
 

@@ -67,11 +67,12 @@ Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
     return {};
 }
 
-// True when the source has sound that this destination cannot hold.
-bool LosesSound(Source& source, Destination& destination)
+// The picture goes on without sound that cannot be used.
+void TellSoundLost(const std::string& why, float rate, ConversionResult& result)
 {
-    return !destination.format.IsDV() && !destination.Audio() &&
-           (source.Audio() || source.format.IsDV());
+    result.warnings.push_back(why + " The film is converted without that sound.");
+    result.losses.sound_silenced +=
+        static_cast<double>(result.frames_written) / static_cast<double>(rate);
 }
 
 void CopyTimecode(const Timecode& from, uint16_t (&to)[4])
@@ -122,6 +123,10 @@ Result<> Convert(const std::string& source_path, const std::string& destination_
     const auto source = OpenSource(source_path);
     if (!source) return source.Error();
     const DestinationPlan plan = PlanDestination(destination_path, means.settings, **source, type);
+    if (means.host && !means.host->MayWrite(FilesOf(plan))) {
+        result.outcome = Outcome::kRefused;
+        return {};
+    }
     const auto destination = CreateDestination(plan);
     if (!destination) return destination.Error();
     return ConvertOpened(**source, plan, **destination, means, result);
@@ -159,16 +164,17 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     if (auto set = CodecsAreSet(settings); !set) return set;
     if (auto bound = BindCodecs(settings, source, destination, means.state); !bound) return bound;
     AudioTransfer audio(SoundSetup(settings, source, plan, destination));
-    if (auto sound = ConnectSourceSound(source, audio); !sound) return sound;
-    if (LosesSound(source, destination))
-        result.warnings.push_back(
-            "The output format carries no sound; that of the source is left out.");
+    const Result<> sound = ConnectSourceSound(source, audio);
     FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
     const Result<> run = RunSafely(loop);
     CopyTimecode(loop.Tape().FirstTimecode(), result.first_timecode);
     CopyTimecode(loop.Tape().LastTimecode(), result.last_timecode);
     CopyCompanions(audio, result);
-    return ConcludeRun(loop, run, {source, destination, audio, plan.path}, result);
+    const OpenFiles files = {source, destination, audio, plan.path};
+    result.warnings = WarningsOf(loop, files, settings);
+    const Result<> concluded = ConcludeRun(loop, run, files, result);
+    if (!sound) TellSoundLost(sound.Error().message, destination.format.FrameRate(), result);
+    return concluded;
 }
 
 Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,

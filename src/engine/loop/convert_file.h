@@ -32,10 +32,10 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
                        const ConversionMeans& means, ConversionResult& result);
 
 // Converts one file: opens the source, converts, closes both files and returns. kOK when the file
-// was converted or `host` stopped it; kError for a failure told in `result->message`, or another
-// Status. `host` and `result` may be null. A failed run leaves a closed destination once that was
-// created: with all that could be read when reading failed, else with what could be written. The
-// source is never changed.
+// was converted, or `host` stopped it or did not let it begin; kError for a failure told in
+// `result->message`, or another Status. `host` and `result` may be null. A failed run leaves a
+// closed destination once that was created: with all that could be read when reading failed, else
+// with what could be written. The source is never changed.
 Status ConvertFile(const std::string& sourcePath, const std::string& destinationPath,
                    int32_t typeOfDestination, const ConversionSettings& settings,
                    ConversionHost* host, ConversionResult* result, ConversionState& state);

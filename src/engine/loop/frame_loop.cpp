@@ -64,16 +64,40 @@ bool KeepsFieldOrder(const ConversionSettings& settings)
            IsSameOrder(settings.src_interlace, settings.dst_interlace);
 }
 
+// Pictures of a depth that nobody reads are nobody's to label either.
+bool HasKnownDepth(const MediaFormat& format)
+{
+    return format.IsDV() || format.Space() != 0;
+}
+
 }  // namespace
+
+Aspect FrameLoop::SourceAspect() const
+{
+    if (fSettings.src_aspect != Aspect::kAsSource) return fSettings.src_aspect;
+    const MediaFormat& format = fSource.format;
+    constexpr double kLeastWide = 1.51;
+    const bool wide =
+        format.IsDV() ? fTape.IsWide() : double(format.Width()) / format.Height() >= kLeastWide;
+    return wide ? Aspect::k16x9 : Aspect::k4x3;
+}
+
+// What DV frames are to say of their display format; nothing where they may say what they do.
+std::optional<bool> FrameLoop::WidthToDeclare() const
+{
+    const Aspect wanted = fSettings.dst_aspect;
+    if (wanted != Aspect::kAsSource && wanted != SourceAspect()) return wanted == Aspect::k16x9;
+    return fTape.IsWide() ? std::optional(true) : std::nullopt;
+}
 
 // True when the frame can be written as it was read. Raw pictures of the same colour space and
 // size are copied like any other.
 bool FrameLoop::PassesThrough() const
 {
     return fSource.is_pal == fDestination.is_pal && SameKind(fSource.format, fDestination.format) &&
-           (fSettings.dst_aspect == Aspect::kAsSource ||
-            fSettings.dst_aspect == fSettings.src_aspect) &&
-           SameSize(fSource.format, fDestination.format) && KeepsFieldOrder(fSettings) &&
+           (fSettings.dst_aspect == Aspect::kAsSource || fSettings.dst_aspect == SourceAspect()) &&
+           HasKnownDepth(fSource.format) && SameSize(fSource.format, fDestination.format) &&
+           KeepsFieldOrder(fSettings) &&
            fSettings.MakesDVCPRO25(fTape.IsDVCPRO()) == fTape.IsDVCPRO();
 }
 
@@ -82,7 +106,7 @@ bool FrameLoop::PassesThrough() const
 Result<> FrameLoop::PassOn(SourceFrame& frame)
 {
     if (fPlanner.Number() == 0) fSink.SetStreamHeader(fSource.StreamHeader());
-    return fSink.Write(fPlanner.Number(), frame.Bytes(), fTape.IsWide());
+    return fSink.Write(fPlanner.Number(), frame.Bytes(), WidthToDeclare());
 }
 
 // Makes and writes the output frame of this turn. That the newest picture could not be made is told
@@ -107,7 +131,7 @@ Result<> FrameLoop::Reencode()
     if (auto newest = fPictures.Wait(); !newest) return newest;
     if (!made) return made;
     if (fPlanner.Number() == 0) fSink.SetStreamHeader(fMaker.StreamHeader());
-    return fSink.Write(fPlanner.Number(), fMaker.Frame(), fTape.IsWide());
+    return fSink.Write(fPlanner.Number(), fMaker.Frame(), WidthToDeclare());
 }
 
 void FrameLoop::Report()

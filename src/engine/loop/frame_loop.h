@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "base/result.h"
 #include "engine/containers/destination.h"
@@ -41,6 +42,8 @@ private:
 
     Result<Turn> TakeTurn();
     void LookAtTape();
+    Aspect SourceAspect() const;
+    std::optional<bool> WidthToDeclare() const;
     bool PassesThrough() const;
     Result<> PassOn(SourceFrame& frame);
     Result<> Reencode();

@@ -4,26 +4,26 @@
 
 namespace kelvane {
 
-FrameRing::FrameRing(size_t frameRoom)
-    : fFrameRoom(frameRoom), fSpare(std::make_shared<SourceFrame>(frameRoom))
+FrameRing::FrameRing(size_t frameRoom) : fFrameRoom(frameRoom) {}
+
+std::span<uint8_t> FrameRing::Room()
 {
+    FrameRef& oldest = fPlaces[fCount % kPlaces].frame;
+    if (!fRoom && oldest.use_count() == 1) fRoom = std::move(oldest);
+    if (!fRoom) fRoom = std::make_shared<SourceFrame>(fFrameRoom);
+    fRoom->has_picture = false;
+    return fRoom->bytes;
 }
 
 void FrameRing::Put(FrameRef frame, int64_t number)
 {
-    Place& place = fPlaces[fCount++ % kPlaces];
-    const FrameRef last = std::exchange(place.frame, std::move(frame));
-    place.number = number;
-    if (fSpare) return;
-    // A frame that nobody looks at any more gives its room.
-    fSpare = last.use_count() == 1 ? last : std::make_shared<SourceFrame>(fFrameRoom);
-    fSpare->has_picture = false;
+    fPlaces[fCount++ % kPlaces] = {std::move(frame), number};
 }
 
 void FrameRing::Filled(size_t bytes, int64_t number)
 {
-    fSpare->size = bytes;
-    Put(std::exchange(fSpare, nullptr), number);
+    fRoom->size = bytes;
+    Put(std::exchange(fRoom, nullptr), number);
 }
 
 void FrameRing::Repeat(int64_t number)

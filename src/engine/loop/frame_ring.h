@@ -15,8 +15,8 @@ public:
     // `frameRoom`: most bytes of a frame as read.
     explicit FrameRing(size_t frameRoom);
 
-    // Where the next frame is to be read to.
-    std::span<uint8_t> Room() { return fSpare->bytes; }
+    // Where the next frame is to be read to: the room of the oldest, when nobody else looks at it.
+    std::span<uint8_t> Room();
     // So many bytes were read there: frame `number` of the source.
     void Filled(size_t bytes, int64_t number);
     // The frame read last stands for this one as well.
@@ -48,7 +48,7 @@ private:
     size_t fFrameRoom;
     std::array<Place, kPlaces> fPlaces;
     size_t fCount = 0;
-    FrameRef fSpare;
+    FrameRef fRoom;
 };
 
 }  // namespace kelvane

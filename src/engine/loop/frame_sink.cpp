@@ -28,13 +28,13 @@ void FrameSink::SetStreamHeader(std::span<const uint8_t> header)
     if (!header.empty()) fDestination.SetStreamHeader(header);
 }
 
-void FrameSink::TouchUp(int64_t number, std::span<uint8_t> frame, bool wide)
+void FrameSink::TouchUp(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide)
 {
     if (!fDestination.format.IsDV()) return;
     fAudio.EmbedInto(frame, static_cast<uint64_t>(number));
     if (!wide) return;
     fFrame.AttachFrame(frame.data(), static_cast<uint32_t>(frame.size()));
-    fFrame.SetWidescreen(true);
+    fFrame.SetWidescreen(*wide);
 }
 
 AudioTrack& FrameSink::Track()
@@ -44,7 +44,7 @@ AudioTrack& FrameSink::Track()
     return track ? *track : none;
 }
 
-Result<> FrameSink::Write(int64_t number, std::span<uint8_t> frame, bool wide)
+Result<> FrameSink::Write(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide)
 {
     if (auto rate = fAudio.CheckRate(); !rate) return rate;
     TouchUp(number, frame, wide);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "base/result.h"
@@ -21,9 +22,9 @@ public:
 
     // What the frames want stored beside them, before the first one; may be empty.
     void SetStreamHeader(std::span<const uint8_t> header);
-    // Writes output frame `number`. DV frames get their sound first, and are told to be wide where
-    // the film is; `frame` is changed by that.
-    Result<> Write(int64_t number, std::span<uint8_t> frame, bool wide);
+    // Writes output frame `number`. DV frames get their sound first, and a display format where one
+    // is given: true is 16:9; `frame` is changed by that.
+    Result<> Write(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide);
     // The sound that is left.
     Result<> Finish();
 
@@ -31,7 +32,7 @@ public:
     uint64_t FramesWritten() const { return fWritten; }
 
 private:
-    void TouchUp(int64_t number, std::span<uint8_t> frame, bool wide);
+    void TouchUp(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide);
     AudioTrack& Track();
 
     Destination& fDestination;

@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "base/four_cc.h"
-#include "base/television.h"
 #include "engine/options/output_formats.h"
 
 namespace kelvane {
@@ -67,72 +66,10 @@ uint32_t OptionBits(const ConversionOptions& options)
     return bits;
 }
 
-void ChooseAVICodec(const ConversionOptions& options, ConversionSettings& settings)
+int32_t RowOf(const ConversionOptions& options, CodecMenu menu)
 {
-    if (AVIDVCodec(options.codec, settings.codec)) return;
-    const bool pal = options.opselection == kOperationToPAL;
-    if (!AVIBuiltInCodec(options.codec - kAVIDVRows, pal, settings.codec,
-                         settings.destination_format))
-        settings.codec = 0;
-}
-
-MediaFormat RawQuickTime(uint32_t cspace, const TelevisionSystem& system)
-{
-    return MediaFormat(RawVideoFormat{cspace, system.width, system.height, system.rate, 1, 0});
-}
-
-MediaFormat AnimationFormat(const TelevisionSystem& system)
-{
-    EncodedVideoFormat view{};
-    view.cspace = kBGR24;
-    view.w = system.width;
-    view.h = system.height;
-    view.frate = system.rate;
-    view.encoding = kEncodingQTRLE;
-    view.bitrate = -1.0f;
-    view.framesize = -1;
-    return MediaFormat(view);
-}
-
-void ChooseQuickTimeCodec(const ConversionOptions& options, ConversionSettings& settings)
-{
-    // The two families differ for a plain file conversion, deliberately: animation then takes the
-    // PAL size and raw pictures the NTSC size. The engine replaces both by the source's.
-    const TelevisionSystem& raw = SystemFor(options.opselection == kOperationToPAL);
-    const TelevisionSystem& animation = SystemFor(options.opselection != kOperationToNTSC);
-    uint32_t& bits = settings.conversion_options;
-    switch (options.qcodec) {
-        case 1:
-            settings.codec = "dvpp"_4cc;
-            bits &= ~static_cast<uint32_t>(kOptionDVCP);
-            break;
-        case 2:
-            settings.codec = "AVdv"_4cc;
-            break;
-        case 3:
-            settings.codec = "dvc "_4cc;
-            bits |= kOptionSoftDV | kOptionDVCP;
-            break;
-        case 4:
-            settings.codec = "rle "_4cc;
-            settings.destination_format = AnimationFormat(animation);
-            break;
-        case 5:
-            settings.codec = "raw "_4cc;
-            settings.destination_format = RawQuickTime(kRGB24, raw);
-            break;
-        case 6:
-            settings.codec = "raw "_4cc;
-            settings.destination_format = RawQuickTime(kRGBX32, raw);
-            break;
-        case 7:
-            settings.codec = "2vuy"_4cc;
-            settings.destination_format = RawQuickTime(kYUVSigned, raw);
-            break;
-        default:
-            settings.codec = "dvc "_4cc;
-            bits |= kOptionDVCP;
-    }
+    if (menu == CodecMenu::kQuickTime) return options.qcodec;
+    return menu == CodecMenu::kMatrox ? options.mcodec : options.codec;
 }
 
 void ChooseCodec(const ConversionOptions& options, ConversionSettings& settings)
@@ -140,19 +77,14 @@ void ChooseCodec(const ConversionOptions& options, ConversionSettings& settings)
     settings.codec = 0;
     settings.destination_format = MediaFormat();
     const OutputFormat* format = FindOutputFormat(options.selection);
-    switch (format ? format->codecs : CodecMenu::kNone) {
-        case CodecMenu::kAVI:
-            ChooseAVICodec(options, settings);
-            break;
-        case CodecMenu::kQuickTime:
-            ChooseQuickTimeCodec(options, settings);
-            break;
-        case CodecMenu::kMatrox:
-            settings.codec = options.mcodec == 0 ? "dvsd"_4cc : "dv25"_4cc;
-            break;
-        case CodecMenu::kNone:
-            break;
-    }
+    const CodecMenu menu = format ? format->codecs : CodecMenu::kNone;
+    const OutputCodec* codec = FindOutputCodec(menu, RowOf(options, menu));
+    if (!codec) return;
+    settings.codec = codec->code;
+    settings.destination_format =
+        PictureFormat(*codec, settings.op == Operation::kToPAL, settings.op == Operation::kToNTSC);
+    settings.conversion_options |= codec->options_set;
+    settings.conversion_options &= ~codec->options_clear;
 }
 
 }  // namespace

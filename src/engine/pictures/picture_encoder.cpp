@@ -72,7 +72,8 @@ Result<> PictureEncoder::EncodeBuiltIn(std::span<uint8_t> picture)
     if (turns)
         SwapVertical(picture.data(), static_cast<size_t>(fFormat.Width()) * 4, fFormat.Height());
     const bool narrow = fCodec->InputFormat().Space() == kBGR24;
-    if (narrow) Rgb32ToRgb24(picture.data(), picture.data(), pixels);
+    // Pixels are packed by fours; behind the picture there is room.
+    if (narrow) Rgb32ToRgb24(picture.data(), picture.data(), (pixels + 3) & ~size_t{3});
     const auto made = fCodec->Convert(picture.first(pixels * (narrow ? 3 : 4)), fBuffer);
     if (!made) return Failure{kError, kNoEncoder};
     fSize = *made;

@@ -228,7 +228,9 @@ Status AudioTransfer::Finish(AudioTrack& track)
     if (!fSetup.separate_track) return kOK;
     if (fRate == 0) Know(kAssumedRate, 2);
     DeclareTrack(track);
-    return fTrack.Finish(fFifo, fCadence.base * Group(), track);
+    // What lies behind the end of a film in a file beside it does not belong to the film.
+    const size_t more = fCompanion.IsOpen() ? 0 : fCadence.base * Group();
+    return fTrack.Finish(fFifo, more, track);
 }
 
 void AudioTransfer::DeclareTrack(AudioTrack& track)

@@ -77,6 +77,8 @@ public:
     uint32_t Channels() const { return fChannels; }
     // Companion files in use.
     const std::vector<std::string>& CompanionPaths() const { return fCompanion.Paths(); }
+    // Channels of theirs that go nowhere.
+    size_t ChannelsLeftOut() const { return fCompanion.ChannelsLeftOut(); }
 
 private:
     // From this byte of all that ever went through the FIFO on, the sound has another rate.

@@ -23,11 +23,14 @@ SampleCoding AIFFCoding(const RawAudioFormat& format)
 }
 
 // What the system says of a file that is there and does not let itself be read; kOK for all others.
-Status WhyUnreadable(const std::string& path)
+Status WhyUnreadable(const std::string& path, Status opened)
 {
-    uint8_t byte;
-    if (FileReadHead(path.c_str(), &byte, 1) >= 0) return kOK;
-    const Status status = Status::System();
+    uint8_t head[100];  // by which its kind is told
+    Status status = opened;
+    if (status.SystemError() == 0) {
+        if (FileReadHead(path.c_str(), head, sizeof head) >= 0) return kOK;
+        status = Status::System();
+    }
     for (const int absent : {ENOENT, ENOTDIR, ENAMETOOLONG, EISDIR, EINVAL})
         if (status.SystemError() == absent) return kOK;
     return status;
@@ -49,7 +52,7 @@ CompanionReader::CompanionReader(const std::string& path)
     if (format->ch == 0 || format->ch > kMostChannels) return;
     fCoding = fFile.IsAIFF() ? AIFFCoding(*format) : RIFFCoding(*format);
     fUsable = fCoding.IsSupported();
-    fLeft = fFile.CountFrames();
+    fLeft = fFile.PromisedFrames();
 }
 
 size_t CompanionReader::Read(uint8_t* samples, size_t frames)
@@ -129,7 +132,7 @@ bool CompanionAudio::OpenRun(CompanionName name)
         // A disk may give at the second try what it refused at the first.
         if (!reader->IsUsable()) reader = std::make_unique<CompanionReader>(name.path);
         if (!reader->IsUsable()) {
-            fUnreadable = WhyUnreadable(name.path);
+            fUnreadable = WhyUnreadable(name.path, reader->Opened());
             if (fUnreadable != kOK) fPaths.push_back(name.path);
             break;
         }
@@ -163,6 +166,7 @@ Result<> CompanionAudio::Settle(bool separate_track)
     if (fReaders.size() == kMostReaders && !four) fReaders.resize(2);
     fChannels = four ? 4 : 2;
     fUsed = fChannels;
+    fLeftOut = fPaths.size() - fUsed;
     return {};
 }
 

@@ -22,6 +22,8 @@ public:
 
     // True when the file is open and holds samples that can be brought to 16 bits.
     bool IsUsable() const { return fUsable; }
+    // What came of opening it.
+    Status Opened() const { return fFile.InitCheck(); }
     const RawAudioFormat& Format() const { return *fFile.Format(); }
     // Reads up to `frames` sample frames into `samples`, 2 bytes for each sample of each channel.
     // How many there were; 0 at the end. What cannot be read is silence.
@@ -58,6 +60,8 @@ public:
     // Of the sound that Fill delivers.
     uint32_t Channels() const { return fChannels; }
     uint32_t Rate() const { return fRate; }
+    // Channels of the files found that give no sound.
+    size_t ChannelsLeftOut() const { return fLeftOut; }
     // The files found, up to four, in channel order.
     const std::vector<std::string>& Paths() const { return fPaths; }
     // Bytes of the sound delivered that could not be read and are silence; what the system said.
@@ -77,6 +81,7 @@ private:
 
     std::vector<std::unique_ptr<CompanionReader>> fReaders;
     size_t fUsed = 0;  // readers that give sound; a third of three is left open and unread
+    size_t fLeftOut = 0;
     uint32_t fChannels = 0;
     uint32_t fRate = 0;  // hertz
     std::vector<std::string> fPaths;

@@ -1,5 +1,7 @@
 #include "media/avi/avi_file.h"
 
+#include <algorithm>
+
 #include "base/quietly.h"
 #include "base/status.h"
 #include "base/television.h"
@@ -21,7 +23,8 @@ FileHolder Opened(const char* path, uint32_t flags, Status& status)
 
 }  // namespace
 
-AVIFile::AVIFile(const char* path, uint32_t mode) : fMode(mode & ~kAVIListMedia)
+AVIFile::AVIFile(const char* path, uint32_t mode)
+    : fMode(mode & ~kAVIListMedia), fReferenced(path ? path : "")
 {
     fStructure.flags = mode & kAVIListMedia;
     if (fMode != kCreate) {
@@ -46,7 +49,8 @@ void AVIFile::OpenSource(const char* path)
     fTrouble = parser.Trouble();
     if (fMode == kDescribe) return;
     AVIIndex index(fStructure, fFile.Handle());
-    index.BuildTables();
+    const Status built = index.BuildTables();
+    if (fInitCheck == kOK) fInitCheck = built;
     fTrouble = FirstFailure(fTrouble, index.Trouble());
 }
 
@@ -98,6 +102,20 @@ int64_t AVIFile::CountFrames(int32_t stream) const
     return counted ? static_cast<int64_t>(counted->frames.Count() + counted->missing) : 0;
 }
 
+bool AVIFile::WasWalked() const
+{
+    return std::ranges::any_of(fStructure.streams, [](const AVIStream& s) { return s.walked > 0; });
+}
+
+uint64_t AVIFile::FramesSalvaged(int32_t stream) const
+{
+    const AVIStream* salvaged = StreamAt(stream);
+    if (!salvaged) return 0;
+    const bool index = fStructure.old_index || salvaged->super_index ||
+                       Get32(fStructure.main_header, kMainHeader["dwFlags"]) & kHasIndex;
+    return index || fStructure.broken_off ? salvaged->walked : 0;
+}
+
 int64_t AVIFile::FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const
 {
     size = 0;
@@ -132,7 +150,8 @@ Status AVIFile::ReadFrame(int32_t stream, std::span<uint8_t> buffer, uint32_t& s
     if (read->position >= CountFrames(stream)) return kEnd;
     const auto frame = static_cast<size_t>(read->position);
     if (frame >= read->frames.Count()) return kMissing;
-    Status status = ReadEntry(fFile.Handle(), read->frames[frame], buffer, size);
+    const FrameEntry& entry = read->frames[frame];
+    Status status = entry.IsHeld() ? kOK : ReadEntry(fFile.Handle(), entry, buffer, size);
     if (status == kOK && !read->IsAudio() && IsReference(buffer.first(size))) {
         const auto bytes = static_cast<uint32_t>(SystemFor(read->IsPAL()).dv_frame_size);
         status = fReferenced.Read(ParseReference(buffer.first(size)), bytes, buffer, size);

@@ -33,7 +33,8 @@ public:
     AVIFile& operator=(const AVIFile&) = delete;
 
     // kOK; kError: cannot be opened, for the reason given; kNotThisClass: the first chunk is no
-    // "RIFF" "AVI "; kCorrupted: a list of size 0. A truncated file is usable as far as it goes.
+    // "RIFF" "AVI "; kCorrupted: a list of size 0 in its headers, or frames held for more than 24
+    // hours. A truncated file is usable as far as it goes.
     Status InitCheck() const { return fInitCheck; }
     // What the system said where it could not read something of the structure of a file that is
     // usable all the same; kOK otherwise.
@@ -43,7 +44,7 @@ public:
     // Null past the end.
     AVIStream* StreamAt(int32_t index);
     const AVIStream* StreamAt(int32_t index) const;
-    // The "fccHandler" of a stream, 0 when there is no such stream.
+    // As AVIStream::Handler; 0 when there is no such stream.
     uint32_t StreamHandler(int32_t index) const;
     // Kind 0 for a stream that is neither sound nor a picture that is understood. The private data
     // of an encoded format is what follows the bitmap header and lives as long as this object.
@@ -56,15 +57,19 @@ public:
     // are, and behind them those of video that only a lost index knew.
     int64_t CountFrames(int32_t stream) const;
     // True when some frames are in no index and were found by a walk of the file.
-    bool WasWalked() const { return fStructure.walked; }
+    bool WasWalked() const;
+    // Frames of a stream that the walk found because the file is damaged: it broke off, or it had
+    // an index that does not name them. A file that never had an index is whole without.
+    uint64_t FramesSalvaged(int32_t stream) const;
     // File position of a frame's data, and its size in bytes; -1 if there is none.
     int64_t FrameOffset(int32_t stream, int64_t frame, uint32_t& size) const;
     // Bytes of a frame, or of a piece of sound; 0 if there is none.
     uint32_t FrameBytes(int32_t stream, int64_t frame) const;
     // Goes to a frame, or behind the last one. kError when there is no such place.
     Status SeekFrame(int32_t stream, int64_t frame);
-    // Reads the stream's next frame, and moves on when that is kOK. A buffer of the stream's
-    // largest_frame bytes, and of at least 144000 where frames may be references, holds any.
+    // Reads the stream's next frame, and moves on when that is kOK; of a frame that holds the one
+    // before `size` is 0. A buffer of the stream's largest_frame bytes, and of at least 144000
+    // where frames may be references, holds any.
     // - kEnd: behind the last frame of CountFrames.
     // - kMissing: it lies, also in part, beyond the end that the file has now.
     // - kUnread: the system could not read it, for the reason given.

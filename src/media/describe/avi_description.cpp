@@ -7,6 +7,7 @@
 #include "dv/dif_frame.h"
 #include "media/avi/avi_file.h"
 #include "media/avi/structure/avi_codecs.h"
+#include "media/avi/structure/avi_stream_format.h"
 #include "media/describe/stream_words.h"
 #include "media/riff/wave_format.h"
 
@@ -47,7 +48,13 @@ std::string VideoText(const AVIFile& file, int32_t index)
 {
     MediaFormat format;
     file.StreamFormat(index, format);
-    const VideoCodecName codec = NameOfVideoHandler(file.StreamHandler(index));
+    // A depth that no codec reads has a size all the same.
+    if (format.kind == kUnknownFormat && file.StreamAt(index)->IsVideo())
+        format = SizeOfStream(*file.StreamAt(index));
+    const uint32_t handler = file.StreamHandler(index);
+    const bool found_dv = MayBeDVHandler(handler) && SystemOfFrame(file.FirstFrame());
+    const VideoCodecName codec =
+        found_dv ? VideoCodecName{"DV", true} : NameOfVideoHandler(handler);
     const std::string picture = PictureWords(format);
     if (codec.is_dv)
         return std::string("AVI Type-") + (file.CountStreams() == 1 ? "1 " : "2 ") + codec.text +

@@ -139,22 +139,21 @@ uint64_t ChunkTree::LayoutChildren(Chunk& parent, uint64_t start, size_t& at)
     return position - start;
 }
 
-Status ChunkTree::Flush(FileHandle file)
+Status ChunkTree::Flush(FileHandle file, const Chunk* last)
 {
     Status status = kOK;
-    for (Chunk* chunk : fList)
+    for (Chunk* chunk : fList) {
         if (chunk != Root() && (chunk->dirty_header || chunk->dirty_data))
             status = FirstFailure(status, FlushTwice(file, *chunk));
+        if (chunk == last) break;
+    }
     return status;
 }
 
 // A header that is not right can cost all that the file holds: worth a second try.
 Status ChunkTree::FlushTwice(FileHandle file, Chunk& chunk) const
 {
-    const bool with_body = chunk.dirty_data;
-    if (FlushChunk(file, chunk) == kOK) return kOK;
-    chunk.dirty_data = with_body;
-    return FlushChunk(file, chunk);
+    return FlushChunk(file, chunk) == kOK ? kOK : FlushChunk(file, chunk);
 }
 
 Status ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
@@ -164,15 +163,14 @@ Status ChunkTree::FlushChunk(FileHandle file, Chunk& chunk) const
     writer.PutCode(chunk.id);
     writer.Put32(chunk.length);
     if (chunk.name != 0) writer.PutCode(chunk.name);
-    chunk.dirty_header = false;
     FilePart parts[] = {{head.data(), static_cast<uint32_t>(head.size())}, {nullptr, 0}};
-    if (chunk.dirty_data && chunk.data) {
+    if (chunk.dirty_data && chunk.data)
         parts[1] = {chunk.data->data(),
                     static_cast<uint32_t>(std::min<size_t>(chunk.length, chunk.data->size()))};
-        chunk.dirty_data = false;
-    }
     const int64_t bytes = int64_t{parts[0].bytes} + parts[1].bytes;
-    return FileWriteAt(file, chunk.offset - kHeadSize, parts) == bytes ? kOK : Status::System();
+    if (FileWriteAt(file, chunk.offset - kHeadSize, parts) != bytes) return Status::System();
+    chunk.dirty_header = chunk.dirty_data = false;
+    return kOK;
 }
 
 }  // namespace kelvane

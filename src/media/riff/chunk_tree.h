@@ -83,9 +83,10 @@ public:
     // Gives every chunk its offset and every list that is not opaque its length, and marks the
     // headers that change. No padding is added: lengths in the tree are even.
     void Layout();
-    // Writes the dirty headers and bodies to their offsets. Goes on after a failed write, so that
-    // as much of the file as possible is right; the first failure.
-    Status Flush(FileHandle file);
+    // Writes the dirty headers and bodies to their offsets, of all chunks or of those up to `last`.
+    // Goes on after a failed write, so that as much of the file as possible is right; the first
+    // failure. What could not be written stays dirty.
+    Status Flush(FileHandle file, const Chunk* last = nullptr);
 
     Chunk* Root() const { return fList.front(); }
     // Null past the end.

@@ -91,10 +91,11 @@ private:
 
 }  // namespace
 
-Chunk* ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree)
+SampleChunks ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree)
 {
     ChunkSource source(file, grammar.order);
-    return Walker(source, grammar, tree).ReadForm();
+    Chunk* form = Walker(source, grammar, tree).ReadForm();
+    return {form, source.Trouble()};
 }
 
 bool HasForm(const char* path, const SampleFileGrammar& grammar)

@@ -25,10 +25,15 @@ struct SampleFileGrammar {
     std::span<const SampleChunkRule> rules;
 };
 
-// Notes all chunks of the file's form in the tree. Null when the file does not begin with one;
-// otherwise the form. Whatever the sizes claim, the walk stays inside the file and the tree within
-// some memory.
-Chunk* ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree);
+// What a walk over a file found.
+struct SampleChunks {
+    Chunk* form;     // null when the file does not begin with one
+    Status trouble;  // what the system said first, where it could not read
+};
+
+// Notes all chunks of the file's form in the tree. Whatever the sizes claim, the walk stays inside
+// the file and the tree within some memory.
+SampleChunks ReadSampleChunks(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree);
 
 // True when the file begins with the form.
 bool HasForm(const char* path, const SampleFileGrammar& grammar);

@@ -51,11 +51,12 @@ SampleFile::~SampleFile()
 
 void SampleFile::Parse()
 {
-    if (!ReadSampleChunks(fFile.Handle(), fKind.grammar, fTree)) {
-        fInitCheck = kNotThisClass;
-        return;
-    }
+    const SampleChunks read = ReadSampleChunks(fFile.Handle(), fKind.grammar, fTree);
     FindChunks();
+    const bool whole = read.form && fSound && fFormat && fFormat->data;
+    if (!whole && read.trouble != kOK) fInitCheck = read.trouble;
+    if (!read.form && fInitCheck == kOK) fInitCheck = kNotThisClass;
+    if (fInitCheck != kOK) return;
     if (fSound) {
         const uint64_t end = FileSize(fFile.Handle());
         const uint64_t promised = SampleBytes(*fSound, fKind.sound_header);

@@ -21,23 +21,22 @@ TEST(RawRGBCodec, RepacksAPixelByTheTable)
         {{1, 2, 3}, {3, 2, 1}, {4, 3, 2, 1}, {1, 2, 3, 4}, {1, 2, 3, 4}},
         {{1, 2, 3}, {3, 2, 1}, {4, 3, 2, 1}, {1, 2, 3, 4}, {1, 2, 3, 4}},
     };
-    // Enough pixels for whole vectors and a rest, and a multiple of four, below which narrowing
-    // BGRX leaves bytes out.
-    constexpr size_t kPixels = 68;
     for (size_t from = 0; from < 5; from++)
-        for (size_t to = 0; to < 5; to++) {
+        for (size_t place = 0; place < 20; place++) {
+            const size_t to = place % 5;
+            const size_t pixels = 65 + place / 5;  // whole vectors and each rest
             SCOPED_TRACE(testing::Message() << kSpaces[from] << " to " << kSpaces[to]);
             RawRGBCodec codec;
             ASSERT_EQ(kOK, codec.SetFormats(Raw(kSpaces[from], 1, 1), Raw(kSpaces[to], 1, 1)));
             // Each pixel is the one before it plus 1 in all its bytes.
             Bytes input, wanted;
-            for (size_t i = 0; i < kPixels; i++) {
+            for (size_t i = 0; i < pixels; i++) {
                 for (size_t k = 0; k < (wide(kSpaces[from]) ? 4 : 3); k++)
                     input.push_back(static_cast<uint8_t>(k + 1 + i));
                 for (const uint8_t byte : expected[from][to])
                     wanted.push_back(byte == 255 ? byte : static_cast<uint8_t>(byte + i));
             }
-            const Converted c = Convert(codec, input, Bytes(5 * kPixels));
+            const Converted c = Convert(codec, input, Bytes(5 * pixels));
             ASSERT_EQ(wanted, c.Made());
             EXPECT_EQ(0, c.output[wanted.size()]) << "written behind the end";
         }

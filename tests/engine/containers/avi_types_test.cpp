@@ -45,9 +45,11 @@ TEST_F(AVITypes, GoOnInANewRiffOrFileOrEndAtTheirLimits)
         {"canopus1", "", {2}, {}, OldIndex::kAlways},
         {"canopus2", "", {2}, {}, OldIndex::kAlways},
         {"matrox", "", {2, 3, 3}, {}, OldIndex::kAlways},
-        // Pictures that are not DV have one RIFF and an old index in each type.
-        {"avi1-odml", "rgb24", {1}, {}, OldIndex::kAlways},
-        {"avi2-odml", "huffyuv-yuv", {1}, {}, OldIndex::kAlways},
+        // Pictures that are not DV have an old index in each type, as long as there is one RIFF.
+        {"avi1", "rgb24", {1}, {}, OldIndex::kAlways},
+        {"avi2", "huffyuv-yuv", {1}, {}, OldIndex::kAlways},
+        {"avi1-odml", "rgb24", {1, 1, 1, 1, 1, 1, 1, 1}, {}, OldIndex::kNever},
+        {"avi2-odml", "huffyuv-yuv", {1, 1, 1, 1, 1, 1, 1, 1}, {}, OldIndex::kNever},
     };
     const auto source = OpenSource(MakeClip(3));
     ASSERT_TRUE(source);
@@ -82,6 +84,35 @@ TEST_F(AVITypes, GoOnInANewRiffOrFileOrEndAtTheirLimits)
                 EXPECT_EQ(row.files[i] * 144008,
                           ReadWhole(fFolder.Path("film.00" + std::to_string(i))).size());
         }
+}
+
+// Pictures that are not DV, in a type that can go on in further RIFFs.
+TEST_F(AVITypes, HaveTheIndexesThatTheirRiffsAllow)
+{
+    const auto source = OpenSource(MakeClip(3));
+    ASSERT_TRUE(source);
+    for (const uint64_t limit : {500000, 5000000}) {
+        Choose("avi2-odml", "rgb24");
+        ConversionSettings settings;
+        FillConversionSettings(fOptions, fCodecs, settings);
+        const std::string path = fFolder.Path("film.avi");
+        DestinationPlan plan =
+            PlanDestination(path, settings, **source, TypeOfDestination(fOptions.selection));
+        plan.avi_limits = {.first_riff = limit, .later_riff = limit};
+        const auto created = CreateDestination(plan);
+        ASSERT_TRUE(created);
+        for (uint8_t i = 0; i < 3; i++)
+            ASSERT_EQ(0, (*created)->WriteFrame(Bytes(720 * 576 * 3, i)));
+        EXPECT_EQ(0, (*created)->Finish());
+        const RiffFilm film(path);
+        const bool one = limit == 5000000;
+        EXPECT_EQ(one ? Counts{3} : (Counts{1, 1, 1}), FramesOfRiffs(film));
+        EXPECT_EQ(one ? "idx1" : "!", film.Find("idx1").id);
+        EXPECT_EQ(one ? 0x10u : 0, film.At("avih", 12, 4) & 0x10);
+        const Film read(path);
+        ASSERT_EQ(3u, read.frames.size());
+        EXPECT_EQ(2, read.frames[2][0]);
+    }
 }
 
 }  // namespace

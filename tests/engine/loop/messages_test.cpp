@@ -1,5 +1,6 @@
 // What a conversion says of files, settings and codecs that will not do, and what it leaves behind.
 
+#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -130,6 +131,8 @@ TEST_F(Messages, PicturesThatNoCodecReads)
         Expect(-1, none, fFolder.Write("bad.avi", BytesOf(file.Build())));
     }
     Expect(-1, none, fFolder.Write("bad.mov", Movie("rle ", true, 16)));
+    Choose("mov", "animation");
+    Expect(-1, none, fFolder.Path("bad.mov"));  // nor is it copied under another depth
 }
 
 TEST_F(Messages, DestinationsThatCannotBe)
@@ -218,9 +221,15 @@ TEST_F(Messages, SoundThatWillNotDo)
 {
     const std::vector<Bytes> frames = Film(MakeClip(4)).frames;
     const std::string wrong = "Wrong sample rate in input audio stream (22050 Hz)!";
-    Expect(-1, wrong, MakeAVI(frames, kAVIPAL, 22050));
-    Expect(-1, "Source audio format is not supported (PCM or float is needed)!",
-           MakeAVI(frames, kAVIPAL, 48000, 64));
+    for (const auto& [why, rate, bits] :
+         {std::tuple(wrong, 22050, -1),
+          {"Source audio format is not supported (PCM or float is needed)!", 48000, 64}}) {
+        Expect(0, "", MakeAVI(frames, kAVIPAL, rate, bits));
+        EXPECT_EQ(4u, Film(fFolder.Path("destination")).frames.size());
+        EXPECT_NEAR(4 / 25.0, fResult.losses.sound_silenced, 1e-6);
+        EXPECT_THAT(fResult.warnings,
+                    testing::ElementsAre(why + " The film is converted without that sound."));
+    }
 
     const auto companion = [&](const char* name, uint16_t channels, int32_t rate,
                                uint16_t depth = 16) {
@@ -380,6 +389,32 @@ TEST_F(Messages, ASourceThatChangesItsSystemHalfway)
                 EXPECT_EQ(operation == kOperationConvert ? 144000u : 120000u, frame.size());
         }
     }
+}
+
+TEST_F(Messages, WhatARunThatWentWellDidToTheFilm)
+{
+    using testing::ElementsAre;
+    const std::string clip = MakeClip("clip.dv", 12, {.pal = true});
+    Converted(clip, "copy.dv", "dv");
+    EXPECT_THAT(fResult.warnings, ElementsAre());
+    fOptions.opselection = kOperationToPAL;
+    fOptions.blendmode = 3;
+    Converted(clip, "pal.dv", "dv");
+    EXPECT_THAT(fResult.warnings, ElementsAre("Reverse pulldown of a film that is PAL already "
+                                              "leaves out one frame in six."));
+    fOptions = ConversionOptions();
+    Choose("mov", "rgb24");
+    Converted(clip, "mute.mov");
+    EXPECT_THAT(fResult.warnings,
+                ElementsAre("The output format carries no sound; that of the source is left out."));
+    for (const char* channel : {"clip_1.wav", "clip_2.wav", "clip_3.wav", "clip_4.wav"})
+        WriteSound(fFolder.Path(channel), {kSamplePCM, 1, 16, 48000}, Bytes(2 * 24000));
+    Converted(clip, "four.mov", "mov-audio");
+    EXPECT_THAT(
+        fResult.warnings,
+        ElementsAre("The sound is that of clip_1.wav, clip_2.wav, clip_3.wav, clip_4.wav, in place "
+                    "of the film's own.",
+                    "2 channels of the sound beside the film are left out."));
 }
 
 TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/four_cc.h"
+#include "engine/options/output_formats.h"
 
 namespace kelvane {
 namespace {
@@ -102,6 +103,21 @@ TEST(ConversionOptions, ChooseCodecsByRowWithTheFormatsOfTheirPictures)
         EXPECT_EQ(encoding, raw ? 0 : format.encoded_video.encoding);
         EXPECT_EQ(encoding != kEncodingQTRLE,
                   bool(raw ? format.raw_video.ilace : format.encoded_video.ilace));
+    }
+}
+
+// What a row is called on the command line is what its file gets.
+TEST(ConversionOptions, EachRowOfCodecsIsTheCodeOfItsSettings)
+{
+    for (const OutputFormat& format : OutputFormats()) {
+        int32_t row = 0;
+        for (const OutputCodec& codec : OutputCodecs(format.codecs)) {
+            ConversionOptions options;
+            options.selection = format.selection;
+            options.codec = options.qcodec = options.mcodec = row++;
+            EXPECT_EQ(FourCCText(codec.code), FourCCText(Filled(options).codec))
+                << format.name << ' ' << codec.name;
+        }
     }
 }
 

@@ -99,17 +99,19 @@ TEST_F(CodedFrames, ThatAreCopiedSayWhatTheySaidBefore)
     }
 }
 
-// The shape asked for has the frames coded anew, and is not written into them: that is the
-// source's, which goes by its first frame.
-TEST_F(CodedFrames, KeepTheShapeOfTheFirstFrame)
+// The shape is the one asked for, else the source's, which goes by its first frame.
+TEST_F(CodedFrames, SayTheShapeAskedForOrThatOfTheFirstFrame)
 {
-    const std::string clip = MakeClip("clip.dv", 3, {.wide = true});
-    for (const auto& [from, to] : {std::pair{0, 1}, {0, 2}, {2, 1}, {1, 2}}) {
-        fAdjust = [=](ConversionSettings& s) {
-            s.src_aspect = Aspect(from), s.dst_aspect = Aspect(to);
-        };
-        ExpectEachSays({true, false, true, L}, Converted(clip, "out.dv"));
+    for (const bool wide : {true, false}) {
+        const std::string clip = MakeClip("clip.dv", 3, {.wide = wide});
+        for (const auto& [from, to] : {std::pair{0, 1}, {0, 2}, {2, 1}, {1, 2}}) {
+            fAdjust = [=](ConversionSettings& s) {
+                s.src_aspect = Aspect(from), s.dst_aspect = Aspect(to);
+            };
+            ExpectEachSays({true, false, to == 2, L}, Converted(clip, "out.dv"));
+        }
     }
+    const std::string clip = MakeClip("clip.dv", 3, {.wide = true});
     fAdjust = nullptr;
     Bytes bytes = ReadWhole(clip);
     DIFFrame(bytes.data(), 144000).SetWidescreen(false);

@@ -366,5 +366,20 @@ TEST(AudioTransfer, ACompanionTakesTheFramesPlace)
         }
 }
 
+TEST(AudioTransfer, ACompanionThatIsLongerEndsWithTheFilm)
+{
+    const TempFolder folder;
+    WriteSound(folder.Path("clip_1.wav"), {kSamplePCM, 2, 16, 48000},
+               SampleSound(48000).Samples(0, 48000 * 3));
+    for (const int32_t interleave : {1, 7}) {
+        SoundLoop run(true, true, true);
+        run.setup.companions = true;
+        run.setup.interleave = interleave;
+        run.setup.source_path = folder.Path("clip.dv");
+        run.Go(50);
+        EXPECT_EQ(50u * 1920, run.track.samples.size() / 4);
+    }
+}
+
 }  // namespace
 }  // namespace kelvane

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 
 #include "base/four_cc.h"
@@ -82,12 +83,12 @@ TEST_F(AVIReader, ReadsStandardIndexesOfAllSegments)
 {
     EXPECT_EQ(kAll, Frames(TinyAVI::OpenDML({8, 0x80000008, 8})));
     TinyAVI film = TinyAVI::OpenDML({8, 0x80000000, 8});
-    EXPECT_EQ("frame 0!frame 2?", Frames(film)) << "an entry that gives no frame";
+    EXPECT_EQ("frame 0!frame 2?", Frames(film)) << "an entry without data";
     const AVIFile file = Open(film.Build());
     uint32_t size = 0;
-    EXPECT_LT(0, file.FrameOffset(0, 1, size));
+    EXPECT_LT(0, file.FrameOffset(0, 2, size));
     EXPECT_EQ(8u, size);
-    EXPECT_EQ(-1, file.FrameOffset(0, 2, size)) << "a dropped entry does not count";
+    EXPECT_EQ(-1, file.FrameOffset(0, 3, size));
     EXPECT_EQ(-1, file.FrameOffset(0, -1, size));
     EXPECT_EQ(-1, file.FrameOffset(1, 0, size));
     EXPECT_EQ(0u, size);
@@ -101,6 +102,47 @@ TEST_F(AVIReader, ReadsStandardIndexesOfAllSegments)
         {RiffList("movi", {RiffChunk("00dc", "frame 3,"), StandardIndex(second - 16, {8})})},
         "RIFF");
     EXPECT_EQ(kAll + "frame 3,", FramesOf(Put(film.Build() + segment)));
+}
+
+TEST_F(AVIReader, KeepsTheTimeOfFramesThatHaveNoData)
+{
+    const uint32_t held = 0x80000000;
+    const std::string a = "frame 0!", c = "frame 2?", end = " " + Failed(kEnd);
+    const struct {
+        std::vector<uint32_t> sizes;
+        std::string pictures, sound;  // "" for a frame that is held
+    } rows[] = {
+        {{8, 0, 8}, a + " " + a + " " + c, a + " " + c}, {{0, 0, 8}, c + " " + c + " " + c, c},
+        {{8, held, 8}, a + "  " + c, a + " " + c},       {{held, held, 8}, "  " + c, c},
+        {{8, held, 0}, a + "  " + end, a + end},         {{0, held, 8}, " " + c + " " + c, c},
+    };
+    for (const auto& row : rows) {
+        TinyAVI film = TinyAVI::OpenDML(row.sizes);
+        AVIFile pictures = Open(film.Build());
+        const std::string all = NextFrames(pictures);
+        EXPECT_TRUE(all.starts_with(row.pictures)) << all;
+        EXPECT_EQ(int64_t(row.sizes.size()), pictures.CountFrames(0)) << all;
+        EXPECT_FALSE(pictures.WasWalked());
+        film.type = "auds";
+        AVIFile sound = Open(film.Build());
+        EXPECT_TRUE(NextFrames(sound).starts_with(row.sound)) << row.sound;
+    }
+    const std::string empty = Entry("00wb", 4, 8) + Entry("00wb", 20, 0) + Entry("00wb", 36, 8);
+    EXPECT_EQ(a + c, Frames({.type = "auds", .index = empty}));
+}
+
+TEST_F(AVIReader, RefusesFramesThatAreHeldForDays)
+{
+    const uint32_t day = 24 * 60 * 60;
+    for (const uint32_t seconds : {day, day + 1}) {
+        std::vector<uint32_t> sizes(seconds + 1, 0x80000000);
+        sizes[0] = 8;
+        TinyAVI film = TinyAVI::OpenDML(sizes);
+        film.rate = 1;
+        const AVIFile file = Open(film.Build());
+        EXPECT_EQ(seconds == day ? kOK : kCorrupted, file.InitCheck());
+        EXPECT_EQ(seconds + 1, file.CountFrames(0));
+    }
 }
 
 TEST_F(AVIReader, ReadsAllWholeFramesOfATruncatedFile)
@@ -156,13 +198,13 @@ TEST_F(AVIReader, TellsWhatIsNoAVIFromWhatIsCorrupt)
         {whole.substr(0, 11), kNotThisClass},
         {RiffList("WAVE", {RiffChunk("fmt ", "0123456789abcdef")}, "RIFF"), kNotThisClass},
         {RiffList("AVI ", {}), kNotThisClass},
-        {"RIFF" + Little(0, 4) + whole.substr(8), kCorrupted},
+        {"RIFF" + Little(0, 4) + whole.substr(8), kOK},
         {RiffList("AVI ", {RiffList("hdrl", {"LIST" + Little(0, 4) + "strl"})}, "RIFF"),
          kCorrupted},
     };
     for (const auto& [bytes, status] : cases) {
         EXPECT_EQ(status, Open(bytes).InitCheck());
-        EXPECT_EQ(status == kCorrupted, IsAVIFile(fFolder.Path("film.avi").c_str()));
+        EXPECT_EQ(status != kNotThisClass, IsAVIFile(fFolder.Path("film.avi").c_str()));
     }
     EXPECT_EQ(kError, AVIFile(fFolder.Path("none").c_str(), kRead).InitCheck());
     EXPECT_FALSE(IsAVIFile(fFolder.Path("none").c_str()));
@@ -210,6 +252,31 @@ TEST_F(AVIReader, FollowsReferencesIntoOtherFiles)
     EXPECT_EQ(Failed(kMissing), NextFrame(again)) << "short";
     again.StreamAt(0)->position = 2;
     EXPECT_EQ(missing, NextFrame(again)) << "no regular file";
+}
+
+TEST_F(AVIReader, LooksForReferencesBesideTheFilm)
+{
+    const std::string media = "padding." + RiffChunk("00db", std::string(144000, 'v'));
+    Put(media, "film.000");
+    ASSERT_EQ(0, mkfifo(fFolder.Path("film.001").c_str(), 0600));
+    std::filesystem::create_directories(fFolder.Path("film.002"));
+    Put("no folder", "file");
+    const auto read = [&](const std::string& path) {
+        const std::string reference =
+            "REF " + Little(8, 4) + Little(0, 4) + Little(path.size() + 1, 4) + path + '\0';
+        AVIFile file = Open(TinyAVI{.frames = {reference}}.Build());
+        return NextFrame(file);
+    };
+    for (const char* gone : {"/nowhere/film.000", "D:\\films\\film.000", "../x/film.000",
+                             "film.000", "/nowhere\\film.000"})
+        EXPECT_EQ(std::string(144000, 'v'), read(gone)) << gone;
+    EXPECT_EQ(std::string(144000, 'v'), read(fFolder.Path("file/film.000")));
+    const std::string missing = Failed(kReferenceMissing);
+    for (const char* none :
+         {"/nowhere/film.003", "/nowhere/film.001", "/nowhere/film.002", "/nowhere/", "D:\\"})
+        EXPECT_EQ(missing, read(none)) << none;
+    std::filesystem::create_directories(fFolder.Path("there/film.000"));
+    EXPECT_EQ(missing, read(fFolder.Path("there/film.000"))) << "what is there is not replaced";
 }
 
 TEST_F(AVIReader, TakesOnlyWholeReferencesForReferences)
@@ -338,7 +405,7 @@ TEST_F(AVIReader, KeepsMemoryInProportionToTheIndex)
         film.super_index = SuperIndex(std::vector<uint64_t>(20000, film.FrameHead(3)), 100000);
         const std::string bytes = film.Build();
         const AVIFile file = Open(bytes);
-        EXPECT_EQ(size == 8 ? bytes.size() / 8 : 0, file.StreamAt(0)->frames.Count());
+        EXPECT_EQ(bytes.size() / 8, file.StreamAt(0)->frames.Count());
         uint32_t found = 0;
         EXPECT_EQ(-1, file.FrameOffset(0, 0x7FFFFFFF, found));
     }
@@ -394,6 +461,10 @@ TEST_F(AVIReader, ListsMediaChunksOnDemand)
 
 TEST_F(AVIReader, DescribesFormatsInOneLine)
 {
+    const auto Bitmap = [](int bits, const std::string& compression) {
+        return Little(40, 4) + Little(720, 4) + Little(576, 4) + Little(1, 2) + Little(bits, 2) +
+               compression + std::string(20, '\0');
+    };
     const std::pair<TinyAVI, const char*> rows[] = {
         {{}, "AVI Type-1 DV (Microsoft) PAL"},
         {{.handler = "CVDC", .scale = 1000, .rate = 29970},
@@ -402,6 +473,13 @@ TEST_F(AVIReader, DescribesFormatsInOneLine)
          "AVI Huffyuv RGB 24-bit 720x576 @ 29.97 fps"},
         {{.handler = "\0\0\0\0"s, .scale = 1000, .rate = 25000}, "AVI uncompressed RGB PAL"},
         {{.handler = "abcd"}, "AVI Unrecognized codec PAL"},
+        {{.handler = "dvsl"}, "AVI Unrecognized codec PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(24, "dv25")}, "AVI Type-1 DVCPRO25 PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(16, "UYVY")},
+         "AVI uncompressed YUV 4:2:2 ('UYVY') PAL"},
+        {{.handler = "\0\0\0\0"s, .format = Bitmap(16, "\0\0\0\0"s)}, "AVI uncompressed RGB PAL"},
+        {{.handler = "\0\0\0\0"s, .scale = 1, .rate = 15, .format = Bitmap(32, "\3\0\0\0"s)},
+         "AVI uncompressed RGB 720x576 @ 15.00 fps"},
         {{.type = "txts"}, "AVI unknown content"},
         {{.handler = "\0\0\0\1"s,
           .type = "auds",
@@ -429,6 +507,9 @@ TEST_F(AVIReader, CapturesTheFirstFrameForADescription)
     std::string whole = film.Build();
     EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL 4:2:0 (16:9 format)", Described(Put(whole)))
         << "no pack tells the format";
+    frame.replace(0, 3, "\x1F\x07\0"s);
+    TinyAVI other{.handler = "PDVC", .frames = {frame}, .has_index = false};
+    EXPECT_EQ("AVI Type-1 DV PAL 4:2:0 (16:9 format)", Described(Put(other.Build())));
     whole.insert(film.FrameHead(0) - 12, RiffList("INFO", {}));
     EXPECT_EQ("AVI Type-1 DV (Microsoft) PAL", Described(Put(whole)))
         << "only when movi is the next list";

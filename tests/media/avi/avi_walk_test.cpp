@@ -193,6 +193,49 @@ TEST_F(AVIWalkTest, GoesIntoFurtherSegments)
     }
 }
 
+TEST_F(AVIWalkTest, SalvagesWhatBrokeOff)
+{
+    const std::string kThree = "frame 0! frame 1. frame 2?";
+    const std::string chunk = RiffChunk("00db", "more");
+    const TinyAVI film{.has_index = false};
+    const auto sized = [&](uint32_t riff, uint32_t movi, const std::string& behind = "") {
+        std::string bytes = film.Build();
+        bytes.replace(4, 4, Little(riff, 4));
+        bytes.replace(bytes.find("movi") - 4, 4, Little(movi, 4));
+        return bytes + behind;
+    };
+    const auto riff = uint32_t(film.Build().size()) - 8, movi = uint32_t(3 * 16 + 4);
+    const struct {
+        std::string bytes, frames;
+        uint64_t salvaged;
+    } rows[] = {
+        {film.Build(), kThree, 0},  // made without an index
+        {sized(0, 0), kThree, 3},
+        {sized(0, movi), kThree, 3},
+        {sized(riff, 0), kThree, 3},
+        {sized(0xFFFFFFFF, 0x7FFFFFFF), kThree, 3},
+        {sized(riff + 100, movi + 100), kThree, 3},
+        {sized(0, 0, chunk + chunk), kThree + " more more", 5},
+        {sized(0, 0, chunk + "00db" + Little(4, 4) + "cut"), kThree + " more", 4},
+        // Segments of which none, or not the last, got their sizes.
+        {sized(0, 0, "RIFF" + Little(0, 4) + "AVIXLIST" + Little(0, 4) + "movi" + chunk),
+         kThree + " more", 4},
+        {sized(riff, movi, "RIFF" + Little(0, 4) + "AVIXLIST" + Little(0, 4) + "movi" + chunk),
+         kThree + " more", 4},
+    };
+    for (const auto& row : rows) {
+        AVIFile file(fFolder.Write("film.avi", AsBytes(row.bytes)).c_str(), kRead);
+        EXPECT_EQ(kOK, file.InitCheck());
+        EXPECT_EQ(WithEnd(row.frames), NextFrames(file));
+        EXPECT_EQ(row.salvaged, file.FramesSalvaged(0)) << row.bytes.size();
+        EXPECT_TRUE(file.WasWalked());
+    }
+    // An index that does not name all.
+    const AVIFile partly(
+        fFolder.Write("film.avi", AsBytes(TinyAVI{.media_end = chunk}.Build())).c_str(), kRead);
+    EXPECT_EQ(1u, partly.FramesSalvaged(0));
+}
+
 // Sound in stream 1 whose index ends before that of the picture.
 TEST_F(AVIWalkTest, LooksBehindTheIndexOfEachStream)
 {
@@ -233,7 +276,7 @@ TEST_F(AVIWalkTest, KnowsNothingBehindAHeadThatItCannotRead)
     AVIStructure nothing;
     AVIParser parser(file.Handle(), false, nothing);
     ASSERT_EQ(file.Handle(), dup2(unreadable.Handle(), file.Handle()));
-    index.BuildTables();
+    EXPECT_EQ(0, index.BuildTables());
     EXPECT_EQ(0u, structure.streams[0].frames.Count());
     EXPECT_EQ(3u, structure.streams[0].missing) << "as many as the header tells";
     const Status status = parser.Run();

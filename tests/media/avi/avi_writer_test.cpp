@@ -57,6 +57,40 @@ TEST_F(AVIWriterTest, ReadsBackEveryTypeBitForBit)
     }
 }
 
+TEST_F(AVIWriterTest, CanBeReadWhileItIsWritten)
+{
+    const AVILimits limits = {.first_riff = 3000000, .later_riff = 1000000, .chunks_per_index = 5};
+    for (const AVIOutput& output : kAVIOutputs) {
+        SCOPED_TRACE(output.name);
+        AVIFile film(Path().c_str(), kCreate);
+        film.SetLimits(limits);
+        ASSERT_EQ(0, film.BeginDVAVI(output.flags | kAVIPAL, output.handler, 0));
+        ASSERT_EQ(output.HasSound() ? kOK : kError, film.SetAudioFormat(1, 32000, 2, -1));
+        for (uint32_t i = 0; i < 40; i++) {
+            const Bytes frame = NumberedFrame(144000, i), sound = NumberedSound(i);
+            ASSERT_EQ(0, film.WriteFrame(0, frame.data(), int32_t(frame.size())));
+            if (output.HasSound()) {
+                ASSERT_EQ(0, film.WriteFrame(1, sound.data(), int32_t(sound.size())));
+            }
+            if (i % 13 != 0) continue;
+            const std::string now = fFolder.Write("now.avi", AsBytes(RiffFilm(Path()).bytes));
+            // What is being written is locked: the file of the references too.
+            if (!(output.flags & kAVIReference)) {
+                EXPECT_TRUE(Numbered(i + 1, 144000) == ReadFilm(now)) << i;
+            }
+            EXPECT_TRUE(Numbered(output.HasSound() ? i + 1 : 0, 0) == ReadFilm(now, 1)) << i;
+            const AVIFile file(now.c_str(), kRead);
+            EXPECT_EQ(i + 1, file.CountFrames(0));
+            EXPECT_LT(0u, file.FramesSalvaged(0));
+            MediaFormat sound_format;
+            file.StreamFormat(1, sound_format);
+            if (output.HasSound()) {
+                EXPECT_EQ(32000, sound_format.raw_audio.srate);
+            }
+        }
+    }
+}
+
 struct Numbers {
     const char* type;
     bool pal;

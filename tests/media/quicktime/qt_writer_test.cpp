@@ -214,7 +214,9 @@ TEST_F(QTWriter, RefusesWhatTheFormatCannotHold)
     EXPECT_EQ(-1, file.ReadFrame(0, frame, size)) << "a destination";
     EXPECT_EQ(0u, size);
     EXPECT_EQ(-1, QTFile("/nowhere/at/all", kCreate).InitCheck());
-    EXPECT_EQ(-1, QTFile("/dev/full", kCreate).InitCheck());
+    QTFile full("/dev/full", kCreate);
+    EXPECT_EQ(-1, full.InitCheck());
+    EXPECT_EQ(-1, full.AddDVTrack(true));
 }
 
 TEST_F(QTWriter, CountsTimeSoThatFramesAreWhole)

@@ -16,7 +16,7 @@ namespace kelvane {
 namespace {
 
 constexpr size_t kHeadSize = kStandardIndex.Size();  // of a super index too
-constexpr uint32_t kDropped = 0x80000000;            // an entry of this size gives no frame
+constexpr uint32_t kHeld = 0x80000000;               // as the whole size: no data
 constexpr size_t kMostStandardIndexes = 20'000;      // of all streams; eight full super indexes
 constexpr size_t kMostNumberedStreams = 100;         // by two digits
 
@@ -71,7 +71,7 @@ AVIIndex::AVIIndex(AVIStructure& structure, FileHandle file)
 {
 }
 
-void AVIIndex::BuildTables()
+Status AVIIndex::BuildTables()
 {
     fCoverage.resize(fStructure.streams.size());
     for (AVIStream& stream : fStructure.streams) {
@@ -86,20 +86,37 @@ void AVIIndex::BuildTables()
     AddOldIndex();
     OpenLastGaps();
     WalkGaps();
+    return HoldsForever() ? kCorrupted : kOK;
+}
+
+// A few bytes of an index hold a frame, so that a damaged one can make a film of months.
+bool AVIIndex::HoldsForever() const
+{
+    constexpr uint64_t kMostSeconds = 24 * 60 * 60;
+    for (size_t i = 0; i < fCoverage.size(); i++) {
+        const uint64_t rate = std::max(fStructure.streams[i].WholeRate(), 1u);
+        if (fCoverage[i].held > kMostSeconds * rate) return true;
+    }
+    return false;
+}
+
+// Frames of video, or sample frames of sound, by the headers; the one of all RIFFs goes first.
+uint64_t AVIIndex::LengthOf(const AVIStream& stream) const
+{
+    return fStructure.extended_header && !stream.IsAudio()
+               ? Get32(fStructure.extended_header, kExtendedHeader["dwTotalFrames"])
+               : Get32(stream.header, kStreamHeader["dwLength"]);
 }
 
 // The estimate only says how the table starts; a header that lies costs nothing.
 void AVIIndex::StartTable(AVIStream& stream)
 {
-    uint64_t estimate = Get32(stream.header, kStreamHeader["dwLength"]);
+    uint64_t estimate = LengthOf(stream);
     if (stream.IsAudio()) {
         estimate *= Get(stream.format, kWaveFormat["nChannels"]) *
                     (Get(stream.format, kWaveFormat["wBitsPerSample"]) / 8);
         const uint32_t chunk = Get32(stream.header, kStreamHeader["dwSuggestedBufferSize"]);
         if (chunk > 1) estimate = estimate / chunk + 1;
-    } else if (fStructure.extended_header) {
-        estimate = Get32(fStructure.extended_header, kExtendedHeader["dwTotalFrames"]);
-        SetInMemory(*stream.header, kStreamHeader["dwLength"], estimate);
     }
     stream.frames.Start(std::clamp<uint64_t>(estimate, 10, 10000));
     if ((stream.IsVideo() || stream.IsInterleaved()) && IsDVHandler(stream.Handler()))
@@ -115,19 +132,32 @@ void AVIIndex::AddFrame(AVIStream& stream, const FrameEntry& entry)
         stream.largest_frame = std::max(stream.largest_frame, static_cast<int32_t>(entry.size));
 }
 
+// A frame that is held has no data and no sound of its own; sound of no data is none.
+void AVIIndex::Hold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry)
+{
+    if (stream.IsAudio()) return;
+    AddFrame(stream, {entry.offset, 0});
+    coverage.held++;
+}
+
 // An empty entry repeats the frame before it: writers drop frames that way. Those in front of the
-// first frame stand for that one, so that sound and picture stay in step.
-void AVIIndex::AddOrHold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry)
+// first frame stand for that one, so that sound and picture stay in step. An empty piece of sound
+// is nothing.
+void AVIIndex::AddOrRepeat(AVIStream& stream, Coverage& coverage, const FrameEntry& entry)
 {
     const size_t count = stream.frames.Count();
-    if (entry.size == 0 && count == 0) {
-        coverage.waiting++;
+    if (entry.size == 0) {
+        if (stream.IsAudio()) return;
+        coverage.held++;
+        if (count == 0)
+            coverage.waiting++;
+        else
+            AddFrame(stream, stream.frames[count - 1]);
         return;
     }
-    const FrameEntry frame = entry.size == 0 ? stream.frames[count - 1] : entry;
     for (; coverage.waiting > 0; coverage.waiting--)
-        AddFrame(stream, frame);
-    AddFrame(stream, frame);
+        AddFrame(stream, entry);
+    AddFrame(stream, entry);
 }
 
 void AVIIndex::Cover(Coverage& coverage, const FrameEntry& named) const
@@ -196,10 +226,13 @@ void AVIIndex::AddEntries(const Chunk& index, size_t count, AVIStream& stream, C
     coverage.lost = false;
     for (size_t i = 0; i < count && fEntriesLeft > 0; i++, fEntriesLeft--) {
         FrameEntry entry = StandardEntry(index, i);
-        const bool dropped = entry.size == kDropped;
-        entry.size &= ~kDropped;
+        const bool held = entry.size == kHeld;
+        entry.size &= ~kHeld;
         Cover(coverage, entry);
-        if (!dropped) AddFrame(stream, entry);
+        if (held)
+            Hold(stream, coverage, entry);
+        else
+            AddOrRepeat(stream, coverage, entry);
     }
 }
 
@@ -251,7 +284,7 @@ void AVIIndex::AddOldIndex()
         const FrameEntry frame{SumOfOffsets(uint64_t{entry.offset} + 8, correction), entry.size};
         stream.chunk_tag = entry.id;
         Cover(coverage, frame);
-        AddOrHold(stream, coverage, frame);
+        AddOrRepeat(stream, coverage, frame);
     }
 }
 
@@ -265,8 +298,7 @@ void AVIIndex::OpenLastGaps()
     for (size_t i = 0; i < fCoverage.size(); i++) {
         const AVIStream& stream = fStructure.streams[i];
         Coverage& coverage = fCoverage[i];
-        const bool empty = coverage.end == 0 && !coverage.lost &&
-                           Get32(stream.header, kStreamHeader["dwLength"]) == 0;
+        const bool empty = coverage.end == 0 && !coverage.lost && LengthOf(stream) == 0;
         const uint64_t begin = empty ? named : coverage.end;
         coverage.gaps.push_back({stream.frames.Count(), begin, kBeyondAnyFile});
     }
@@ -284,12 +316,12 @@ void AVIIndex::WalkGaps()
     for (size_t i = 0; i < fCoverage.size(); i++) {
         AVIStream& stream = fStructure.streams[i];
         const uint64_t found = FillGaps(stream, fCoverage[i], walk.Found(i));
-        fStructure.walked = fStructure.walked || found > 0;
+        stream.walked = found;
         if (stream.IsAudio() || stream.type == 0) continue;
         stream.missing = fCoverage[i].promised - std::min(fCoverage[i].promised, found);
         // Only the header can tell what is behind a head that cannot be read.
         if (!walk.IsCutShort()) continue;
-        const uint64_t length = Get32(stream.header, kStreamHeader["dwLength"]);
+        const uint64_t length = LengthOf(stream);
         const uint64_t count = stream.frames.Count();
         const uint64_t behind = length > count ? length - count : length == 0;
         stream.missing = std::max(stream.missing, behind);
@@ -320,7 +352,7 @@ uint64_t AVIIndex::FillGaps(AVIStream& stream, Coverage& coverage,
             stream.frames.Add(indexed[at]);
         auto next = std::ranges::lower_bound(found, gap.begin, {}, &FrameEntry::offset);
         for (; next != found.end() && next->offset < gap.end; ++next)
-            AddOrHold(stream, coverage, *next);
+            AddOrRepeat(stream, coverage, *next);
     }
     return stream.frames.Count() - indexed.Count();
 }

@@ -21,8 +21,8 @@ public:
 
     // Loads the standard indexes, as chunks under "movi" unless the parser entered them already,
     // and fills the tables. Sets kAVICanopus in the structure's flags when "idx1" counts from
-    // "movi".
-    void BuildTables();
+    // "movi". kCorrupted when frames are held for more than 24 hours.
+    Status BuildTables();
     // What the system said where something could not be read; kOK otherwise.
     Status Trouble() const { return fSource.Trouble(); }
 
@@ -38,9 +38,11 @@ private:
         bool lost = false;      // a standard index could not be had, and none came since
         uint64_t promised = 0;  // frames that lost ones were said to name
         uint32_t waiting = 0;   // empty entries before the first frame
+        uint64_t held = 0;      // frames that have no data of their own
         std::vector<Gap> gaps;
     };
 
+    uint64_t LengthOf(const AVIStream& stream) const;
     void StartTable(AVIStream& stream);
     void LoadStandardIndexes(const AVIStream& stream);
     const Chunk* StandardIndexAt(uint64_t offset) const;
@@ -50,7 +52,9 @@ private:
     bool OldIndexFits(uint64_t correction);
     void AddOldIndex();
     void AddFrame(AVIStream& stream, const FrameEntry& entry);
-    void AddOrHold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
+    void Hold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
+    void AddOrRepeat(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
+    bool HoldsForever() const;
     void Cover(Coverage& coverage, const FrameEntry& named) const;
     void OpenLastGaps();
     void WalkGaps();

@@ -50,9 +50,10 @@ void AVIParser::ParseList(Chunk* parent, bool load)
     uint32_t id = 0, length = 0, name = 0;
     if (!fSource.ReadCode(id) || !fSource.ReadLength(length)) return Stop();
     const uint64_t start = fSource.Position();
-    const uint64_t end = start + length;
     if (!fSource.ReadCode(name)) return Stop();
-    if (length == 0 && fFound.tree.IsListId(id)) Stop(kCorrupted);
+    const bool to_the_end = id == "RIFF"_4cc || name == "movi"_4cc;
+    const uint64_t end = to_the_end ? EndOfLongList(start, length) : start + length;
+    if (length == 0 && !to_the_end && fFound.tree.IsListId(id)) Stop(kCorrupted);
     Chunk* list = Note(start, id, name, length == 0 ? 0 : 4, parent);
     if (fStopped) return;
     NoteList(list);
@@ -66,6 +67,16 @@ void AVIParser::ParseList(Chunk* parent, bool load)
     if (list->depth > kMostNesting) return fSource.Seek(end);
     ParseListBody(list, end, load || name == "hdrl"_4cc || name == "INFO"_4cc);
     if (parent == fFound.tree.Root() && !fStopped && !HeaderSeen()) ParseSegments();
+}
+
+// Of a RIFF or "movi". A program that breaks off leaves 0 in its size, or what it had planned.
+uint64_t AVIParser::EndOfLongList(uint64_t start, uint32_t length)
+{
+    const uint64_t file_end = fSource.FileEnd();
+    const uint64_t end = length == 0 ? file_end : start + length;
+    // Not by the padding that a last chunk should have.
+    if (length == 0 || end > file_end + 1) fFound.broken_off = true;
+    return end;
 }
 
 void AVIParser::ParseListBody(Chunk* list, uint64_t end, bool load)
@@ -84,7 +95,7 @@ void AVIParser::ParseSegments()
         if (id != "RIFF"_4cc || name != "AVIX"_4cc) return;
         Chunk* riff = Note(start, id, name, 4, fFound.tree.Root());
         fFound.segments.push_back({riff, nullptr, 0});
-        ParseListBody(riff, start + length, false);
+        ParseListBody(riff, EndOfLongList(start, length), false);
     }
 }
 
@@ -158,12 +169,7 @@ void AVIParser::UseBody(Chunk* chunk)
     if (fFound.streams.empty()) return;
     AVIStream& stream = fFound.streams.back();
     if (chunk->id == "indx"_4cc) stream.super_index = chunk;
-    if (chunk->id != "strf"_4cc) return;
-    stream.format = chunk;
-    const uint32_t compression = Get32(chunk, kBitmapInfo["biCompression"]);
-    const uint32_t dv[] = {"dvsd"_4cc, "DVSD"_4cc, "CDVC"_4cc};
-    if (stream.IsVideo() && stream.Handler() == 0 && std::ranges::count(dv, compression))
-        SetInMemory(*stream.header, kStreamHeader["fccHandler"], compression);
+    if (chunk->id == "strf"_4cc) stream.format = chunk;
 }
 
 int32_t AVIParser::DataType(uint32_t id) const

@@ -16,14 +16,15 @@ public:
     // `describe`: leave "movi" alone but for the first frame, and stop there.
     AVIParser(FileHandle file, bool describe, AVIStructure& found);
 
-    // kOK, kNotThisClass, kCorrupted (a list of size 0), or kError with the system's reason where
-    // not even the first list can be read.
+    // kOK, kNotThisClass, kCorrupted (a list of size 0 that holds no media), or kError with the
+    // system's reason where not even the first list can be read.
     Status Run();
     // What the system said where something could not be read; kOK otherwise.
     Status Trouble() const { return fSource.Trouble(); }
 
 private:
     void ParseList(Chunk* parent, bool load);
+    uint64_t EndOfLongList(uint64_t start, uint32_t length);
     void ParseListBody(Chunk* list, uint64_t end, bool load);
     void ParseChunk(Chunk* parent, bool load);
     void ParseSegments();

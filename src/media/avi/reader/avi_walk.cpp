@@ -17,6 +17,13 @@ bool IsMediaId(const AVIStream& stream, uint32_t id)
     return is("00db"_4cc) || is("00dc"_4cc) || is("00iv"_4cc) || is("00__"_4cc);
 }
 
+// Lists that bundle the chunks of a moment; and further segments, behind a "movi" that never got
+// its size.
+bool HoldsMedia(uint32_t name)
+{
+    return name == "rec "_4cc || name == "REC "_4cc || name == "AVIX"_4cc || name == "movi"_4cc;
+}
+
 }  // namespace
 
 int StreamNumber(uint32_t id)
@@ -37,7 +44,10 @@ AVIWalk::AVIWalk(const AVIStructure& structure, ChunkSource& source, std::vector
       fNamed(std::move(named)),
       fFound(structure.streams.size())
 {
-    std::ranges::sort(fNamed, {}, &FrameEntry::offset);
+    // Of those in one place the longest first: an index may place held frames anywhere.
+    std::ranges::sort(fNamed, [](const FrameEntry& a, const FrameEntry& b) {
+        return a.offset != b.offset ? a.offset < b.offset : a.size > b.size;
+    });
 }
 
 void AVIWalk::Run(uint64_t from)
@@ -62,9 +72,9 @@ uint64_t AVIWalk::Step(uint64_t at, uint64_t end)
     }
     fChunksLeft--;
     const uint64_t data = at + kHeadSize;
-    // Lists that bundle the chunks of a moment are entered by stepping over their heads.
-    const bool list = id == "LIST"_4cc && fSource.ReadCode(name);
-    if (list && (name == "rec "_4cc || name == "REC "_4cc)) return data + 4;
+    // Entered by stepping over their heads.
+    if ((id == "LIST"_4cc || id == "RIFF"_4cc) && fSource.ReadCode(name) && HoldsMedia(name))
+        return data + 4;
     if (size > end - data) return end;
     Take(id, {data, size});
     return data + size + (size & 1);

@@ -14,6 +14,8 @@ constexpr uint32_t kDVHandlers[] = {
     "dsvd"_4cc, "DSVD"_4cc, "CVDC"_4cc, "cvdc"_4cc, "52vd"_4cc, "52VD"_4cc,
 };
 
+constexpr uint32_t kPerhapsDVHandlers[] = {"PDVC"_4cc, "dvsl"_4cc, "dvis"_4cc, "dvc "_4cc};
+
 constexpr uint32_t kRawHandlers[] = {
     0,          "ABGR"_4cc, "DIB "_4cc, "RAW "_4cc, "RGB "_4cc,
     "UYVY"_4cc, "YUY2"_4cc, "YVYU"_4cc, "YV12"_4cc,
@@ -89,6 +91,11 @@ const char* Find(const CodecRow (&rows)[N], uint32_t handler)
 bool IsDVHandler(uint32_t handler)
 {
     return std::ranges::find(kDVHandlers, handler) != std::end(kDVHandlers);
+}
+
+bool MayBeDVHandler(uint32_t handler)
+{
+    return std::ranges::find(kPerhapsDVHandlers, handler) != std::end(kPerhapsDVHandlers);
 }
 
 bool IsRawHandler(uint32_t handler)

@@ -174,4 +174,14 @@ inline void Set(Chunk& chunk, const HeaderField& field, uint64_t value)
     chunk.dirty_data = true;
 }
 
+inline void SetEntry(Chunk& chunk, size_t start, size_t index, size_t entry_size,
+                     const HeaderField& field, uint64_t value)
+{
+    const size_t at = start + index * entry_size;
+    if (!chunk.data || at > chunk.data->size()) return;
+    static_cast<void>(
+        SetField(std::span(*chunk.data).subspan(at), field, value, ByteOrder::kLittle));
+    chunk.dirty_data = true;
+}
+
 }  // namespace kelvane

@@ -1,6 +1,7 @@
 #include "media/avi/structure/avi_references.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
 #include "base/byte_cursor.h"
@@ -77,12 +78,24 @@ Status ReadEntry(FileHandle file, const FrameEntry& entry, std::span<uint8_t> bu
     return bytes < entry.size ? kTooLarge : kOK;
 }
 
+ReferencedFiles::OpenFile ReferencedFiles::Open(const std::string& path) const
+{
+    OpenFile file{path, FileHolder(FileOpen(path.c_str(), kOpenRead)), kOK};
+    if (file.file.IsOpen()) return file;
+    const bool gone = errno == ENOENT || errno == ENOTDIR;
+    file.opened = Status::System(kReferenceMissing);
+    const std::string beside =
+        fFilm.substr(0, fFilm.rfind('/') + 1) + path.substr(path.find_last_of("/\\") + 1);
+    if (gone) file.file = FileHolder(FileOpen(beside.c_str(), kOpenRead));
+    if (file.file.IsOpen()) file.opened = kOK;
+    return file;
+}
+
 const ReferencedFiles::OpenFile& ReferencedFiles::FileOf(const std::string& path)
 {
     const auto known = std::ranges::find(fFiles, path, &OpenFile::path);
     if (known != fFiles.end()) return *known;
-    OpenFile opened{path, FileHolder(FileOpen(path.c_str(), kOpenRead)), kOK};
-    if (!opened.file.IsOpen()) opened.opened = Status::System(kReferenceMissing);
+    OpenFile opened = Open(path);
     if (fFiles.size() < kMostOpen) return fFiles.emplace_back(std::move(opened));
     OpenFile& place = fFiles[fOldest];
     fOldest = (fOldest + 1) % kMostOpen;

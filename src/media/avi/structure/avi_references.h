@@ -40,6 +40,9 @@ Status ReadEntry(FileHandle file, const FrameEntry& entry, std::span<uint8_t> bu
 // one handle.
 class ReferencedFiles {
 public:
+    // `film`: the path of the source. A file that is no longer where its path says is looked for
+    // under its name beside the source.
+    explicit ReferencedFiles(std::string film) : fFilm(std::move(film)) {}
     // As ReadEntry, of a frame of `bytes` bytes. kReferenceMissing with the reason when its file
     // cannot be opened.
     Status Read(const Reference& reference, uint32_t bytes, std::span<uint8_t> buffer,
@@ -55,6 +58,9 @@ private:
     };
     const OpenFile& FileOf(const std::string& path);
 
+    OpenFile Open(const std::string& path) const;
+
+    std::string fFilm;
     std::vector<OpenFile> fFiles;
     size_t fOldest = 0;  // to be replaced next when all places are taken
 };

@@ -149,4 +149,9 @@ MediaFormat FormatOfStream(const AVIStream& stream)
     return {};
 }
 
+MediaFormat SizeOfStream(const AVIStream& stream)
+{
+    return RawFormatOf(stream, 0);
+}
+
 }  // namespace kelvane

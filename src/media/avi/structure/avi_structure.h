@@ -17,7 +17,7 @@ enum AVIFlag : uint32_t {
     kAVIPAL = 0x0002,
     kAVINTSC = 0x0004,
     kAVIOpenDML = 0x0008,    // "dmlh", "indx" and standard indexes
-    kAVIOldIndex = 0x0100,   // write an "idx1"
+    kAVIOldIndex = 0x0100,   // write an "idx1", if the file stays in one RIFF
     kAVIReference = 0x0400,  // video goes to a ".000" file
     kAVIMatrox = 0x0800,
     kAVICanopus = 0x1000,   // of a source: "idx1" counts from "movi"
@@ -39,6 +39,8 @@ struct FrameEntry {
     uint64_t offset;  // of the data
     uint32_t size;
 
+    // Of a stream of pictures: the one before stays.
+    bool IsHeld() const { return size == 0; }
     // Behind the data and its padding; at most a little beyond kBeyondAnyFile.
     uint64_t End() const { return offset + size + (size & 1); }
 };
@@ -79,12 +81,20 @@ struct AVIStream {
     int32_t largest_frame = 0;  // bytes: what a buffer for ReadFrame must hold
     FrameTable frames;
     uint64_t missing = 0;    // frames that the file promises behind those of the table
+    uint64_t walked = 0;     // frames of the table that are in no index and were found by a walk
     uint32_t chunk_tag = 0;  // "00db"_4cc and the like
 
     bool IsVideo() const { return type == "vids"_4cc; }
     bool IsAudio() const { return type == "auds"_4cc; }
     bool IsInterleaved() const { return type == "iavs"_4cc; }
-    uint32_t Handler() const { return Get32(header, kStreamHeader["fccHandler"]); }
+    // "fccHandler"; where that is 0, the code that a bitmap header has in its place.
+    uint32_t Handler() const
+    {
+        const uint32_t handler = Get32(header, kStreamHeader["fccHandler"]);
+        if (handler != 0 || !IsVideo()) return handler;
+        const uint32_t compression = Get32(format, kBitmapInfo["biCompression"]);
+        return compression >> 24 >= ' ' ? compression : 0;  // low numbers are kinds of bitmaps
+    }
     // Frames a second without their fraction, 25 for PAL; 0 when the header does not tell.
     uint32_t WholeRate() const
     {
@@ -123,8 +133,8 @@ struct AVIStructure {
     std::deque<AVIStream> streams;
     std::vector<AVISegment> segments;
     std::vector<MediaList> media_lists;  // of a source: every "movi", in file order
-    bool walked = false;                 // some frames are in no index and were found by a walk
-    Bytes first_frame;                   // captured when a file is only described
+    bool broken_off = false;  // a source whose RIFF or "movi" never got its size, or not all of it
+    Bytes first_frame;        // captured when a file is only described
 };
 
 }  // namespace kelvane

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <limits>
+#include <utility>
 
 #include "base/status.h"
 #include "platform/files/file_access.h"
@@ -88,6 +89,20 @@ Status AVIAppender::PutSegment()
     riff->dirty_header = media->dirty_header = true;
     fStructure.segments.push_back({riff, media, 0});
     return kOK;
+}
+
+Status AVIAppender::PutHeaders()
+{
+    Chunk* const growing[] = {fStructure.riff, fStructure.media};
+    uint32_t planned[2];
+    for (size_t i = 0; i < 2; i++)
+        planned[i] = std::exchange(growing[i]->length, 0);
+    const Status status = fStructure.tree.Flush(fFile, fStructure.media);
+    for (size_t i = 0; i < 2; i++) {
+        growing[i]->length = planned[i];
+        growing[i]->dirty_header = true;
+    }
+    return status;
 }
 
 Status AVIAppender::CutTail()

@@ -23,6 +23,10 @@ public:
                uint32_t padding = 0);
     // Appends a RIFF "AVIX" with an empty "movi" to the structure.
     Status PutSegment();
+    // Writes what is in front of the media as it is known now. The sizes that grow are 0, "to the
+    // end of the file": so the file can be read while it is written, and when it never gets its
+    // end.
+    Status PutHeaders();
     // Cuts off what a failed write left behind.
     Status CutTail();
 

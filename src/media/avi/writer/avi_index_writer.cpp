@@ -25,15 +25,45 @@ uint32_t EntriesInUse(const Chunk& index)
     return Get32(&index, kSuperIndex["nEntriesInUse"]);
 }
 
-void PutStandardHead(ByteWriter& writer, uint32_t entries, uint32_t tag, uint64_t base)
+void SetSuperEntry(Chunk& index, size_t entry, const HeaderField& field, uint64_t value)
 {
-    writer.Put16(2);  // longs an entry
-    writer.Put8(0);
-    writer.Put8(kIndexOfChunks);
-    writer.Put32(entries);
-    writer.PutCode(tag);
-    writer.Put64(base);
-    writer.Put32(0);
+    SetEntry(index, kHeadSize, entry, kSuperIndexEntry.Size(), field, value);
+}
+
+void PutOldEntry(Bytes& body, uint32_t tag, uint64_t offset, uint32_t size)
+{
+    body.resize(body.size() + kOldIndexEntry.Size());
+    const auto entry = std::span(body).last(kOldIndexEntry.Size());
+    const auto set = [&](const HeaderField& field, uint64_t value) {
+        static_cast<void>(SetField(entry, field, value, ByteOrder::kLittle));
+    };
+    set(kOldIndexEntry["dwChunkId"], tag);
+    set(kOldIndexEntry["dwType"], kKeyFrame);
+    set(kOldIndexEntry["dwOffset"], offset);
+    set(kOldIndexEntry["dwSize"], size);
+}
+
+// The body of a standard index without entries, with room for them.
+std::unique_ptr<Bytes> StandardIndexBody(size_t bytes, uint32_t tag, uint64_t base)
+{
+    Chunk index;
+    index.data = std::make_unique<Bytes>(bytes);
+    Set(index, kStandardIndex["wLongsPerEntry"], kStandardIndexEntry.Size() / 4);
+    Set(index, kStandardIndex["bIndexType"], kIndexOfChunks);
+    Set(index, kStandardIndex["dwChunkId"], tag);
+    Set(index, kStandardIndex["qwBaseOffset"], base);
+    return std::move(index.data);
+}
+
+// Behind the entries in use; there is room.
+void AddToStandardIndex(Chunk& index, const FrameEntry& frame)
+{
+    constexpr size_t kSize = kStandardIndexEntry.Size();
+    const uint32_t used = EntriesInUse(index);
+    const uint64_t base = Get(&index, kStandardIndex["qwBaseOffset"]);
+    SetEntry(index, kHeadSize, used, kSize, kStandardIndexEntry["dwOffset"], frame.offset - base);
+    SetEntry(index, kHeadSize, used, kSize, kStandardIndexEntry["dwSize"], frame.size);
+    Set(index, kStandardIndex["nEntriesInUse"], used + 1);
 }
 
 }  // namespace
@@ -97,19 +127,17 @@ Status AVIIndexWriter::WriteStandardIndex(AVIStream& stream)
     const size_t end = stream.frames.Count();
     if (first == end) return kOK;
     const uint64_t base = stream.frames[first].offset - 8;
-    Bytes body;
-    body.reserve(kHeadSize + (end - first) * kStandardIndexEntry.Size());
-    ByteWriter writer(body, ByteOrder::kLittle);
-    PutStandardHead(writer, static_cast<uint32_t>(end - first), stream.chunk_tag, base);
-    for (size_t i = first; i < end; i++) {
-        writer.Put32(static_cast<uint32_t>(stream.frames[i].offset - base));
-        writer.Put32(stream.frames[i].size);
-    }
+    Chunk filled;
+    filled.data = StandardIndexBody(kHeadSize + (end - first) * kStandardIndexEntry.Size(),
+                                    stream.chunk_tag, base);
+    for (size_t i = first; i < end; i++)
+        AddToStandardIndex(filled, stream.frames[i]);
     size_t number = 0;
     while (&fStructure.streams[number] != &stream)
         number++;
     Chunk* index = nullptr;
-    const Status status = fAppender.Put(StandardIndexId(number), body, fAppender.Media(), index);
+    const Status status =
+        fAppender.Put(StandardIndexId(number), *filled.data, fAppender.Media(), index);
     if (status != kOK) return status;
     AddToSuperIndex(stream, *index, DurationOf(stream));
     stream.indexed = static_cast<int32_t>(end);
@@ -133,29 +161,22 @@ void AVIIndexWriter::AddToSuperIndex(AVIStream& stream, const Chunk& index, uint
 {
     Chunk& super = *stream.super_index;
     const uint32_t used = EntriesInUse(super);
-    Bytes entry;
-    ByteWriter writer(entry, ByteOrder::kLittle);
-    writer.Put64(index.offset - 8);
-    writer.Put32(index.length + 8);
-    writer.Put32(static_cast<uint32_t>(duration));
-    std::ranges::copy(
-        entry, super.data->begin() + static_cast<std::ptrdiff_t>(kHeadSize + used * entry.size()));
+    SetSuperEntry(super, used, kSuperIndexEntry["qwOffset"], index.offset - 8);
+    SetSuperEntry(super, used, kSuperIndexEntry["dwSize"], index.length + 8);
+    SetSuperEntry(super, used, kSuperIndexEntry["dwDuration"], duration);
     Set(super, kSuperIndex["nEntriesInUse"], used + 1);
+    fCount++;
 }
 
 // The file gets zeros now and the body at the end.
 Status AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
 {
     if (EntriesInUse(*stream.super_index) >= RoomInSuperIndex(stream)) return kError;
-    auto body = std::make_unique<Bytes>(kMatroxIndexSize);
     Chunk* index = nullptr;
-    const Status status = fAppender.Put(StandardIndexId(0), *body, fAppender.Media(), index);
+    const Status status =
+        fAppender.Put(StandardIndexId(0), Bytes(kMatroxIndexSize), fAppender.Media(), index);
     if (status != kOK) return status;
-    Bytes head;
-    ByteWriter writer(head, ByteOrder::kLittle);
-    PutStandardHead(writer, 0, stream.chunk_tag, fAppender.End());
-    std::ranges::copy(head, body->begin());
-    index->data = std::move(body);
+    index->data = StandardIndexBody(kMatroxIndexSize, stream.chunk_tag, fAppender.End());
     index->dirty_data = true;
     fMatroxIndex = index;
     AddToSuperIndex(stream, *index, 0);
@@ -164,19 +185,10 @@ Status AVIIndexWriter::StartMatroxIndex(AVIStream& stream)
 
 void AVIIndexWriter::AddToMatroxIndex(AVIStream& stream)
 {
-    constexpr size_t kEntry = kStandardIndexEntry.Size();
-    Chunk& index = *fMatroxIndex;
-    const uint32_t used = EntriesInUse(index);
-    const FrameEntry& frame = stream.frames[stream.frames.Count() - 1];
-    const uint64_t base = Get(&index, kStandardIndex["qwBaseOffset"]);
-    const auto entry = std::span(*index.data).subspan(kHeadSize + used * kEntry, kEntry);
-    StoreBytes(entry.first(4), frame.offset - base, ByteOrder::kLittle);
-    StoreBytes(entry.last(4), frame.size, ByteOrder::kLittle);
-    Set(index, kStandardIndex["nEntriesInUse"], used + 1);
-
+    AddToStandardIndex(*fMatroxIndex, stream.frames[stream.frames.Count() - 1]);
     Chunk& super = *stream.super_index;
-    const size_t last = kHeadSize + (EntriesInUse(super) - 1) * kSuperIndexEntry.Size();
-    StoreBytes(std::span(*super.data).subspan(last + 12, 4), used + 1, ByteOrder::kLittle);
+    SetSuperEntry(super, EntriesInUse(super) - 1, kSuperIndexEntry["dwDuration"],
+                  EntriesInUse(*fMatroxIndex));
 }
 
 Status AVIIndexWriter::WriteOldIndex()
@@ -196,7 +208,6 @@ Bytes AVIIndexWriter::MergedOldIndex() const
     const uint64_t base = Has(kAVICanopus) || Has(kAVIMatrox) ? fStructure.media->offset : 0;
     std::vector<size_t> next(fStructure.streams.size());
     Bytes body;
-    ByteWriter writer(body, ByteOrder::kLittle);
     for (;;) {
         const AVIStream* lowest = nullptr;
         size_t* place = nullptr;
@@ -210,10 +221,7 @@ Bytes AVIIndexWriter::MergedOldIndex() const
         if (!lowest) return body;
         const FrameEntry& frame = lowest->frames[(*place)++];
         if (frame.offset - 8 - base > kReach) return body;
-        writer.PutCode(lowest->chunk_tag);
-        writer.Put32(kKeyFrame);
-        writer.Put32(static_cast<uint32_t>(frame.offset - 8 - base));
-        writer.Put32(frame.size);
+        PutOldEntry(body, lowest->chunk_tag, frame.offset - 8 - base, frame.size);
     }
 }
 

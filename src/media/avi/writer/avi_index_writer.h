@@ -23,6 +23,8 @@ public:
     // is full (after days of tape).
     Status BeforeChunk(AVIStream& stream, size_t size);
     Status AfterChunk(AVIStream& stream);
+    // Standard indexes that the super indexes name.
+    uint32_t Count() const { return fCount; }
     // The indexes of the chunks since; the first failure.
     Status FinishStreams();
     // "idx1" of all streams' chunks, in the order of their places; nothing without chunks. What
@@ -43,6 +45,7 @@ private:
     AVIStructure& fStructure;
     AVIAppender& fAppender;
     const AVILimits& fLimits;
+    uint32_t fCount = 0;
     Chunk* fMatroxIndex = nullptr;  // the one that is being filled
 };
 

@@ -156,7 +156,7 @@ void AVILayout::AddDVStream(uint32_t handler, bool pal)
         StoreDVInfo(stream, pal);
     } else {
         AddFormat(stream, matrox ? kMatroxFormatSize : kBitmapInfo.Size(), kDataBitmapFormat);
-        StoreBitmap(stream, DVBitmap(handler, system));
+        StoreBitmapHeader(DVBitmap(handler, system), *stream.format->data);
     }
     AddIndex(stream);
 }
@@ -192,7 +192,7 @@ void AVILayout::AddPictureStream(const BitmapHeader& header, double rate,
     StoreRectangle(stream, header.width, header.height);
     const size_t length = kBitmapInfo.Size() + codec_data.size();
     AddFormat(stream, static_cast<uint32_t>(length + (length & 1)), kDataBitmapFormat);
-    StoreBitmap(stream, header);
+    StoreBitmapHeader(header, *stream.format->data);
     Set(*stream.format, kBitmapInfo["dwSize"], length);
     std::ranges::copy(codec_data, stream.format->data->begin() + kBitmapInfo.Size());
     AddIndex(stream);
@@ -208,7 +208,6 @@ void AVILayout::AddSoundStream(const RawAudioFormat& format)
     Set(*stream.header, kStreamHeader["dwSampleSize"], block);
     AddFormat(stream, kWaveFormat.Size(), kDataWaveFormat);
     StoreWaveFormat(format, block, *stream.format->data);
-    stream.format->dirty_data = true;
     AddIndex(stream);
     Chunk& header = *fStructure.main_header;
     if (!Has(kAVICanopus))
@@ -232,12 +231,6 @@ void AVILayout::StoreDVInfo(AVIStream& stream, bool pal)
                                              0xFFA0CF3F, 0xFF80FFFF, 0xFFFCC83F};
     for (size_t i = 0; i < std::size(kInfoPAL); i++)
         Set(*stream.format, kDVInfo.rows[i], pal ? kInfoPAL[i] : kInfoNTSC[i]);
-}
-
-void AVILayout::StoreBitmap(AVIStream& stream, const BitmapHeader& header)
-{
-    StoreBitmapHeader(header, *stream.format->data);
-    stream.format->dirty_data = true;
 }
 
 // 485 lines in NTSC, and one field a frame of whose description there is the first word only, which

@@ -56,7 +56,6 @@ private:
     void AddIndex(AVIStream& stream);
     BitmapHeader DVBitmap(uint32_t handler, const TelevisionSystem& system) const;
     void StoreDVInfo(AVIStream& stream, bool pal);
-    void StoreBitmap(AVIStream& stream, const BitmapHeader& header);
     void StoreVideoProperties(Chunk& chunk);
     void StoreRectangle(AVIStream& stream, int32_t width, int32_t height);
     void FinishStream(AVIStream& stream);

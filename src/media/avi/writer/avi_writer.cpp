@@ -69,6 +69,10 @@ Status AVIWriter::AddVideoStream(const MediaFormat& format)
     if (Has(kAVIReference)) return kFormatNotSupported;
     BitmapHeader header{.width = 720, .height = 576, .bit_count = 32, .size_image = 720 * 576 * 4};
     if (format.kind == kRawVideo) ToBitmapHeaderRaw(format, header);
+    // Rows of 24 bits are padded.
+    if (header.bit_count == 24)
+        header.size_image = (static_cast<uint32_t>(header.width) * 3 + 3) / 4 * 4 *
+                            static_cast<uint32_t>(header.height);
     fLayout.AddPictureStream(header, static_cast<double>(format.FrameRate()));
     return kOK;
 }
@@ -135,11 +139,21 @@ Status AVIWriter::WriteFrame(int32_t index, std::span<const uint8_t> data)
         if (written != kOK) return written;
         data = reference;
     }
+    const uint32_t indexes = fIndexes.Count();
     Chunk* chunk = nullptr;
-    const Status status = PutFrame(*stream, data, chunk);
+    Status status = PutFrame(*stream, data, chunk);
     if (status != kOK) return status;
     Count(*stream, {chunk->offset, static_cast<uint32_t>(data.size())}, frame_size);
-    return fIndexes.AfterChunk(*stream);
+    status = fIndexes.AfterChunk(*stream);
+    const bool news = stream->chunks == 1 || fIndexes.Count() > indexes;
+    return news ? FirstFailure(status, PutHeaders()) : status;
+}
+
+// Those of the end, as far as they are known by now.
+Status AVIWriter::PutHeaders()
+{
+    fLayout.Finish();
+    return fAppender.PutHeaders();
 }
 
 Status AVIWriter::PutFrame(AVIStream& stream, std::span<const uint8_t> data, Chunk*& chunk)
@@ -236,7 +250,7 @@ Status AVIWriter::WriteEnd()
     status = FirstFailure(status, fIndexes.FinishStreams());
     fLayout.Finish();
     // Behind several RIFFs an "idx1" would be in the wrong one; the Matrox dialect has it there.
-    const bool old_index = Has(kAVIOldIndex) && (!Has(kAVISegments) || Has(kAVIMatrox));
+    const bool old_index = Has(kAVIOldIndex) && (fStructure.segments.empty() || Has(kAVIMatrox));
     if (old_index) status = FirstFailure(status, fIndexes.WriteOldIndex());
     status = FirstFailure(status, fAppender.CutTail());
     fStructure.tree.Layout();

@@ -18,8 +18,9 @@
 namespace kelvane {
 
 // The writing side of AVIFile. The headers are planned in memory, their room is reserved when the
-// first frame comes, every frame is written once where it stays, and the true headers follow at
-// the end. All operations answer kOK or kError unless told otherwise, kError with the system's
+// first frame comes, and every frame is written once where it stays. The headers are written behind
+// each stream's first frame and at every index, so that a file under way can be read, and for good
+// at the end. All operations answer kOK or kError unless told otherwise, kError with the system's
 // reason where the system failed.
 class AVIWriter {
 public:
@@ -63,6 +64,7 @@ private:
     AVIStream* StreamAt(int32_t index);
     bool CanAddStream() const;
     Status ReserveHeaders();
+    Status PutHeaders();
     bool RiffOverflows(size_t size) const;
     bool IsFull(size_t size) const;
     bool SegmentIsFull(size_t size) const;

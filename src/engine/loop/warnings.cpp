@@ -1,0 +1,94 @@
+#include "engine/loop/warnings.h"
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+#include "base/television.h"
+
+namespace kelvane {
+
+namespace {
+
+// True when the source has sound that this destination cannot hold.
+bool LosesSound(const OpenFiles& files)
+{
+    return !files.destination.format.IsDV() && !files.destination.Audio() &&
+           (files.source.Audio() || files.source.format.IsDV());
+}
+
+// A film of another rate than those of television keeps its frames, but not its time.
+std::string OfSpeed(const OpenFiles& files)
+{
+    constexpr double kSameRate = 0.01;
+    const double rate = static_cast<double>(files.source.format.FrameRate());
+    const auto differs = [rate](double other) { return std::fabs(rate - other) >= kSameRate; };
+    const bool same_standard = files.source.is_pal == files.destination.is_pal;
+    const double taken = same_standard ? static_cast<double>(files.destination.format.FrameRate())
+                                       : static_cast<double>(SystemFor(files.source.is_pal).rate);
+    if (rate <= 0 || !differs(taken)) return {};
+    char text[128];
+    snprintf(text, sizeof text,
+             "The source has %.2f frames a second and is converted as if it had %.2f: the speed of "
+             "the film changes.",
+             rate, taken);
+    return text;
+}
+
+std::string OfPulldown(const ConversionSettings& settings, const Source& source)
+{
+    const bool reverse =
+        settings.op == Operation::kToPAL && settings.timeresampling == ResamplingMethod::kPulldown;
+    return reverse && source.is_pal
+               ? "Reverse pulldown of a film that is PAL already leaves out one frame in six."
+               : "";
+}
+
+// Of companions that were found by their names.
+std::string OfCompanions(const OpenFiles& files, const ConversionSettings& settings)
+{
+    const std::vector<std::string>& paths = files.audio.CompanionPaths();
+    if (paths.empty() || settings.audio_search != CompanionSearch::kByName) return {};
+    std::string names;
+    for (const std::string& path : paths)
+        names += (names.empty() ? "" : ", ") + std::filesystem::path(path).filename().string();
+    return "The sound is that of " + names + ", in place of the film's own.";
+}
+
+std::string OfChannels(size_t left_out)
+{
+    if (left_out == 0) return {};
+    return std::to_string(left_out) +
+           (left_out == 1 ? " channel of the sound beside the film is left out."
+                          : " channels of the sound beside the film are left out.");
+}
+
+std::string OfCutFrames(const FrameLoop& loop)
+{
+    const uint64_t cut = loop.Feed().Reader().CutFrames();
+    if (cut == 0) return {};
+    return std::to_string(cut) +
+           " frames of the source are larger than a DV frame; their first bytes were taken.";
+}
+
+}  // namespace
+
+std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& files,
+                                    const ConversionSettings& settings)
+{
+    std::vector<std::string> warnings;
+    const auto add = [&](const std::string& text) {
+        if (!text.empty()) warnings.push_back(text);
+    };
+    if (LosesSound(files))
+        add("The output format carries no sound; that of the source is left out.");
+    add(files.source.Warning());
+    add(OfSpeed(files));
+    add(OfPulldown(settings, files.source));
+    add(OfCompanions(files, settings));
+    add(OfChannels(files.audio.ChannelsLeftOut()));
+    add(OfCutFrames(loop));
+    return warnings;
+}
+
+}  // namespace kelvane
