@@ -12,6 +12,7 @@ namespace kelvane {
 // The rows of raw pictures of 24 bits. In many files each row is padded to a multiple of some
 // bytes; in the engine the rows follow one another. All other pictures are left alone.
 inline constexpr size_t kAVIRowMultiple = 4;
+inline constexpr size_t kQTRowMultiple = 2;  // of "raw "
 
 class PictureRows {
 public:

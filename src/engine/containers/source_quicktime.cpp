@@ -3,6 +3,7 @@
 
 #include "base/four_cc.h"
 #include "base/status.h"
+#include "engine/containers/picture_rows.h"
 #include "engine/containers/source.h"
 #include "format/picture_layout.h"
 #include "media/quicktime/qt_dv_frames.h"
@@ -54,6 +55,7 @@ public:
         if (fVideo < 0) return "Cannot find video stream in QuickTime movie.";
         if (!IsConvertible()) return "Source is not a DV QuickTime.";
         is_pal = format.FrameRate() == 25.0f;
+        if (fFile.TrackCodec(fVideo) == "raw "_4cc) fRows = PictureRows(format, kQTRowMultiple);
         fTimes = fFile.PictureTimes(fVideo, format);
         const double hours = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f) / 3600;
         return hours > kMostHoursHeld ? "Quicktime parsing error, corrupted file" : "";
@@ -67,7 +69,7 @@ public:
         if (held) return {kOK};
         if (fFile.SeekFrame(fVideo, int64_t(picture)) != kOK) return {kEnd};
         const Status status = fFile.ReadFrame(fVideo, buffer, bytes);
-        return {status, bytes};
+        return {status, fRows.Pack(buffer.first(bytes))};
     }
 
     uint64_t CountFrames() const override { return fTimes.Count(); }
@@ -124,6 +126,7 @@ private:
     QTFile fFile;
     int32_t fVideo = -1;
     QTPictureTimes fTimes;
+    PictureRows fRows;
     std::unique_ptr<QTAudio> fAudio;
 };
 

@@ -305,6 +305,23 @@ TEST_F(QuickTimeFilms, NarrowOffsetsEndTheFilmAtTheirLimit)
     }
 }
 
+TEST_F(QuickTimeFilms, RowsOfAnEvenNumberOfBytesArePacked)
+{
+    constexpr size_t kWidth = 5, kHeight = 3, kRow = kWidth * 3;
+    Bytes packed, padded;
+    for (size_t row = 0; row < kHeight; row++)
+        for (size_t i = 0; i <= kRow; i++) {
+            const auto value = static_cast<uint8_t>(row * 16 + i);
+            padded.push_back(value);
+            if (i < kRow) packed.push_back(value);
+        }
+    for (const Bytes& stored : {packed, padded}) {
+        const std::string path =
+            MakeMovie({stored, stored}, {.format = "raw ", .width = kWidth, .height = kHeight});
+        EXPECT_EQ(std::vector<Bytes>(2, packed), Film(path).frames) << stored.size();
+    }
+}
+
 TEST_F(QuickTimeFilms, MoreThanADayOfHoldsIsACorruptedFile)
 {
     const std::vector<Bytes> frames = ClipFrames(2);
