@@ -116,8 +116,8 @@ inline constexpr auto kOldIndexEntry = HeaderFields<16>({
 });
 inline constexpr uint32_t kKeyFrame = 0x10;
 
-// "vprp"; the field descriptions that the last word counts may follow.
-inline constexpr auto kVideoProperties = HeaderFields<40>({
+// "vprp"; as many field descriptions as the last word counts follow.
+inline constexpr auto kVideoProperties = HeaderFields<36>({
     {"VideoFormatToken", 0, 4},
     {"VideoStandard", 4, 4},
     {"dwVerticalRefreshRate", 8, 4},
@@ -127,7 +127,16 @@ inline constexpr auto kVideoProperties = HeaderFields<40>({
     {"dwFrameWidthInPixels", 24, 4},
     {"dwFrameHeightInLines", 28, 4},
     {"nbFieldPerFrame", 32, 4},
-    {"reserved", 36, 4},
+});
+inline constexpr auto kVideoField = HeaderFields<32>({
+    {"CompressedBMHeight", 0, 4},
+    {"CompressedBMWidth", 4, 4},
+    {"ValidBMHeight", 8, 4},
+    {"ValidBMWidth", 12, 4},
+    {"ValidBMXOffset", 16, 4},
+    {"ValidBMYOffset", 20, 4},
+    {"VideoXOffsetInT", 24, 4},
+    {"VideoYValidStartLine", 28, 4},
 });
 
 // The body of a chunk as far as it is in memory.

@@ -19,6 +19,8 @@ constexpr uint32_t kMatroxJunkSize = 13684;  // brings the first chunk to 65536
 constexpr uint32_t kSuperIndexSize = 32248;
 constexpr uint32_t kMatroxSuperIndexSize = 51192;
 constexpr uint32_t kMatroxFormatSize = 72;
+// The one field that is counted has a word of its description, 0.
+constexpr uint32_t kMatroxPropertiesSize = kVideoProperties.Size() + 4;
 constexpr uint32_t kMatroxFlags = 0x10030;
 constexpr uint32_t kMatroxBytesPerSecond = 3609600;
 constexpr std::string_view kMatroxSoftware = "Matrox MQSink Filter . Format: 4. Build: 2.0.0.271 ";
@@ -130,7 +132,7 @@ void AVILayout::AddIndex(AVIStream& stream)
     }
     if (Has(kAVIMatrox))
         StoreVideoProperties(
-            *NewHeader("vprp"_4cc, list, kVideoProperties.Size(), kDataVideoProperties));
+            *NewHeader("vprp"_4cc, list, kMatroxPropertiesSize, kDataVideoProperties));
 }
 
 void AVILayout::AddDVStream(uint32_t handler, bool pal)
@@ -243,8 +245,8 @@ void AVILayout::StoreBitmap(AVIStream& stream, const BitmapHeader& header)
 // it.
 void AVILayout::StoreVideoProperties(Chunk& chunk)
 {
-    static constexpr uint32_t kPropertiesPAL[] = {2, 1, 50, 864, 625, 0x00040003, 720, 576, 1, 0};
-    static constexpr uint32_t kPropertiesNTSC[] = {4, 2, 60, 858, 525, 0x00040003, 720, 485, 1, 0};
+    static constexpr uint32_t kPropertiesPAL[] = {2, 1, 50, 864, 625, 0x00040003, 720, 576, 1};
+    static constexpr uint32_t kPropertiesNTSC[] = {4, 2, 60, 858, 525, 0x00040003, 720, 485, 1};
     for (size_t i = 0; i < std::size(kPropertiesPAL); i++)
         Set(chunk, kVideoProperties.rows[i], Has(kAVIPAL) ? kPropertiesPAL[i] : kPropertiesNTSC[i]);
 }
