@@ -116,7 +116,7 @@ inline constexpr auto kOldIndexEntry = HeaderFields<16>({
 });
 inline constexpr uint32_t kKeyFrame = 0x10;
 
-// "vprp". As many descriptions of fields follow as the last word counts.
+// "vprp"; as many field descriptions as the last word counts follow.
 inline constexpr auto kVideoProperties = HeaderFields<36>({
     {"VideoFormatToken", 0, 4},
     {"VideoStandard", 4, 4},

@@ -19,6 +19,8 @@ constexpr uint32_t kMatroxJunkSize = 13684;  // brings the first chunk to 65536
 constexpr uint32_t kSuperIndexSize = 32248;
 constexpr uint32_t kMatroxSuperIndexSize = 51192;
 constexpr uint32_t kMatroxFormatSize = 72;
+// The one field that is counted has a word of its description, 0.
+constexpr uint32_t kMatroxPropertiesSize = kVideoProperties.Size() + 4;
 constexpr uint32_t kMatroxFlags = 0x10030;
 constexpr uint32_t kMatroxBytesPerSecond = 3609600;
 constexpr std::string_view kMatroxSoftware = "Matrox MQSink Filter . Format: 4. Build: 2.0.0.271 ";
@@ -129,9 +131,8 @@ void AVILayout::AddIndex(AVIStream& stream)
         Set(*stream.super_index, kSuperIndex["dwChunkId"], stream.chunk_tag);
     }
     if (Has(kAVIMatrox))
-        StoreVideoProperties(*NewHeader(
-            "vprp"_4cc, list, kVideoProperties.Size() + kVideoField["CompressedBMHeight"].bytes,
-            kDataVideoProperties));
+        StoreVideoProperties(
+            *NewHeader("vprp"_4cc, list, kMatroxPropertiesSize, kDataVideoProperties));
 }
 
 void AVILayout::AddDVStream(uint32_t handler, bool pal)

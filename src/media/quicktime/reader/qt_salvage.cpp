@@ -14,8 +14,8 @@
 #include "media/quicktime/reader/qt_movie_parser.h"
 #include "media/quicktime/structure/qt_fields.h"
 #include "media/quicktime/structure/qt_formats.h"
-#include "media/quicktime/writer/qt_layout.h"
-#include "media/quicktime/writer/qt_movie_builder.h"
+#include "media/quicktime/structure/qt_layout.h"
+#include "media/quicktime/structure/qt_movie_builder.h"
 #include "platform/files/file_access.h"
 
 namespace kelvane {

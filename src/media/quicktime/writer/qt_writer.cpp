@@ -6,8 +6,8 @@
 #include "base/four_cc.h"
 #include "base/saturating.h"
 #include "media/quicktime/structure/qt_formats.h"
-#include "media/quicktime/writer/qt_layout.h"
-#include "media/quicktime/writer/qt_movie_builder.h"
+#include "media/quicktime/structure/qt_layout.h"
+#include "media/quicktime/structure/qt_movie_builder.h"
 
 namespace kelvane {
 

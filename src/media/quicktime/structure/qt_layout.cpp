@@ -1,4 +1,4 @@
-#include "media/quicktime/writer/qt_layout.h"
+#include "media/quicktime/structure/qt_layout.h"
 
 #include <algorithm>
 #include <ctime>

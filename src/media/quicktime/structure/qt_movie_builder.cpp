@@ -1,4 +1,4 @@
-#include "media/quicktime/writer/qt_movie_builder.h"
+#include "media/quicktime/structure/qt_movie_builder.h"
 
 #include "base/four_cc.h"
 
