@@ -123,7 +123,8 @@ void AVIIndex::StartTable(AVIStream& stream)
         stream.largest_frame = SystemFor(stream.IsPAL()).dv_frame_size;
 }
 
-void AVIIndex::AddFrame(AVIStream& stream, const FrameEntry& entry)
+// By value: the entry can be one of the table that grows.
+void AVIIndex::AddFrame(AVIStream& stream, FrameEntry entry)
 {
     stream.frames.Add(entry);
     // A frame that is not in the file is not read, so nobody needs room for it.

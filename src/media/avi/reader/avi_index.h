@@ -51,7 +51,7 @@ private:
     uint64_t OldIndexCorrection();
     bool OldIndexFits(uint64_t correction);
     void AddOldIndex();
-    void AddFrame(AVIStream& stream, const FrameEntry& entry);
+    void AddFrame(AVIStream& stream, FrameEntry entry);
     void Hold(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
     void AddOrRepeat(AVIStream& stream, Coverage& coverage, const FrameEntry& entry);
     bool HoldsForever() const;

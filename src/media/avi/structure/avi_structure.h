@@ -50,7 +50,7 @@ class FrameTable {
 public:
     void Start(size_t capacity) { fEntries.reserve(capacity); }
     // Grows by a quarter: the tables of a long tape are large.
-    void Add(const FrameEntry& entry)
+    void Add(FrameEntry entry)
     {
         if (fEntries.size() == fEntries.capacity())
             fEntries.reserve(fEntries.size() + fEntries.size() / 4 + 1);
