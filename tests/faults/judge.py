@@ -131,6 +131,9 @@ def judge_salvage(fault, outcome, film, undisturbed):
     whole, stand = len(undisturbed.frames), len(film.frames)
     # Sound that was lost makes other bytes in frames that are there.
     excused = outcome.event("done") or wording.tells_lost_sound(outcome.message)
+    # A file that was shorter before it was opened: what is left is told as salvaged.
+    if missing is None and fault.how == "shrink" and outcome.last.get("losses", {}).get("frames_salvaged"):
+        return
     if missing is None:
         if stand < whole or (changed and not excused):
             yield "frames untold", "what is missing is not told: %r" % outcome.message
