@@ -29,7 +29,7 @@ Result<> FrameFeed::ReadFrame()
             fRing.Repeat(number);
             fAudio.FrameRepeated();
             break;
-        case FrameArrival::kEnd:
+        case FrameArrival::kNothing:
             fRing.MarkEmpty(number);
     }
     return {};

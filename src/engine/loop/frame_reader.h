@@ -14,10 +14,10 @@ namespace kelvane {
 struct FrameArrival {
     enum Kind {
         kFrame,
-        kRepeat,  // the frame before stands for this one, without its sound
-        kEnd,     // nothing more comes
+        kRepeat,   // the frame before stands for this one, without its sound
+        kNothing,  // nothing more comes
     };
-    Kind kind = kEnd;
+    Kind kind = kNothing;
     size_t size = 0;  // bytes of a frame
 };
 

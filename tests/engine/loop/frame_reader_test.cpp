@@ -57,7 +57,7 @@ struct Reading {
         Bytes buffer(LargestFrame(source.format));
         for (;;) {
             const FrameArrival arrival = reader.Next(buffer);
-            if (arrival.kind == FrameArrival::kEnd) return;
+            if (arrival.kind == FrameArrival::kNothing) return;
             const bool frame = arrival.kind == FrameArrival::kFrame;
             EXPECT_EQ(frame ? 144000u : 0u, arrival.size);
             came += frame ? char('0' + buffer[3]) : '=';
