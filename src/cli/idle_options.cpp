@@ -18,6 +18,13 @@ bool HasSoundTrack(const OutputFormat& format)
     }
 }
 
+// True where a DV file has an "idx1" by choice; others have one always, or never.
+bool LeavesOldIndex(int32_t type)
+{
+    return type == kDestinationAVI1 || type == kDestinationAVI2 ||
+           type == kDestinationAVI1Reference || type == kDestinationAVI2Reference;
+}
+
 }  // namespace
 
 std::vector<std::string> IdleOptions(const Arguments& arguments,
@@ -49,7 +56,8 @@ std::vector<std::string> IdleOptions(const Arguments& arguments,
          "pictures that are not DV, in NTSC"},
         {"--data", dv, "DV as the codec of the output"},
         {"--dvcp", quicktime && dv, "QuickTime with a DV codec"},
-        {"--idx1", format->codecs == CodecMenu::kAVI, "an AVI format that leaves the choice"},
+        {"--idx1", dv && LeavesOldIndex(format->type),
+         "avi1, avi2 or a reference AVI with a DV codec"},
         {"--interleave", HasSoundTrack(*format), "a format with a separate sound track"},
     };
     std::vector<std::string> lines;

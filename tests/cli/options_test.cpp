@@ -259,7 +259,8 @@ TEST(Options, NameFormatsAndCodecsInEachWay)
 TEST(Options, ThatChangeNothingAreNamed)
 {
     const std::pair<const char*, std::vector<std::string>> rows[] = {
-        {"-o x.avi --idx1 --interleave 2", {}},
+        {"-o x.avi --format avi2 --idx1 --interleave 2", {}},
+        {"-o x.avi --idx1 --interleave 2", {"--idx1"}},
         {"-o x.avi --mode scale --dvcp", {"--mode", "--dvcp"}},
         {"-o x.mov --no-idx1 --lines-486", {"--lines-486", "--idx1"}},
         {"-o x.mov --codec rgb24 --lines-486 --data dv", {"--data"}},

@@ -14,7 +14,8 @@ namespace kelvane {
 
 namespace {
 
-constexpr size_t kSmallestFrame = 8;  // bytes
+constexpr size_t kSizeField = 4;      // bytes
+constexpr size_t kSmallestFrame = 8;  // one that changes a line; a shorter one changes nothing
 
 // How pixels go from the stream to the picture.
 struct RLEPixels {
@@ -108,9 +109,9 @@ std::optional<size_t> QTRLEDecoder::Convert(std::span<const uint8_t> input,
 {
     const RLEPixels pixels = PixelsFor(fInput, fOutput);
     const PictureSize size(fOutput, pixels.to);
-    if (pixels.from == 0 || input.size() < kSmallestFrame || !size.FitsIn(output.size()))
+    if (pixels.from == 0 || input.size() < kSizeField || !size.FitsIn(output.size()))
         return std::nullopt;
-    if (size.bytes > 0)
+    if (size.bytes > 0 && input.size() >= kSmallestFrame)
         DecodeFrame(ByteReader(input, ByteOrder::kBig), pixels, output.first(size.bytes),
                     size.row_bytes);
     return size.bytes;

@@ -38,7 +38,7 @@ bool WantsOppositeOrder(const DVCodecEntry& entry, DVCodecRole role)
 
 }  // namespace
 
-int DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
+Status DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
 {
     const int32_t height = SystemFor(pal).height;
     if (chosen && IsOpen() && fName == chosen->long_name && fHeight == height) return kOK;
@@ -50,12 +50,12 @@ int DVCodecSlot::Bind(const DVCodecEntry* chosen, bool pal)
     return Open(*chosen, pal, opposite ? kBGRX32 : kBGR24);
 }
 
-int DVCodecSlot::Open(const DVCodecEntry& entry, bool pal, ColourSpace space)
+Status DVCodecSlot::Open(const DVCodecEntry& entry, bool pal, ColourSpace space)
 {
     CodecSetup setup = DVSetup(pal, IsDVCPRO(), space);
     setup.threads = fThreads;
     if (entry.flags & kCodecHasQuality) setup.quality = entry.driver.codec.default_quality;
-    int status = fCodec.Open(entry.driver, setup);
+    Status status = fCodec.Open(entry.driver, setup);
     if (status != kOK && !entry.is_directshow && !IsDecoder()) {
         // Some encoders look at the bit count of the coded side: once more with another.
         setup.coded.bit_count = setup.raw.bit_count == 32 ? 24 : 32;
@@ -76,19 +76,18 @@ void DVCodecSlot::Close()
     fName.clear();
 }
 
-int DVCodecSlot::Encode(std::span<uint8_t> picture, std::span<uint8_t> frame)
+Status DVCodecSlot::Encode(std::span<uint8_t> picture, std::span<uint8_t> frame)
 {
     if (!IsOpen() || picture.size() < fRowBytes * static_cast<size_t>(fHeight)) return kError;
     if (fTurnsRows) SwapVertical(picture.data(), fRowBytes, fHeight);
     uint32_t bytes = 0;
-    const int status = fCodec.Encode(picture.data(), frame, bytes);
+    const Status status = fCodec.Encode(picture.data(), frame, bytes);
     return status == kOK && bytes == frame.size() ? kOK : kError;
 }
 
-int DVCodecSlot::Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture)
+Status DVCodecSlot::Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture)
 {
-    const int status = fCodec.Decode(frame, picture);
-    if (status != kOK) return kError;
+    if (fCodec.Decode(frame, picture) != kOK) return kError;
     if (fTurnsRows) SwapVertical(picture.data(), fRowBytes, fHeight);
     return kOK;
 }

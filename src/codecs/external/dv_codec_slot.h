@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "base/status.h"
 #include "codecs/external/dv_codec_entry.h"
 #include "format/media_format.h"
 #include "platform/codec_modules/codec_drivers.h"
@@ -23,8 +24,8 @@ public:
 
     // Opens the chosen codec for the television system, or keeps it open; with null the slot is
     // closed, which is no error. Pictures of 32 bits are tried first and then of 24, for some
-    // codecs the other way round. -1 when neither is taken; the slot is empty then.
-    [[nodiscard]] int Bind(const DVCodecEntry* chosen, bool pal);
+    // codecs the other way round. kError when neither is taken; the slot is empty then.
+    Status Bind(const DVCodecEntry* chosen, bool pal);
     void Close();
 
     bool IsOpen() const { return fCodec.IsOpen(); }
@@ -32,10 +33,10 @@ public:
     ColourSpace PictureSpace() const { return fSpace; }
 
     // Codes one picture, top row first, to one frame. A Video for Windows codec wants the bottom
-    // row first: the picture's rows are then exchanged in place. -1 when the codec fails.
-    [[nodiscard]] int Encode(std::span<uint8_t> picture, std::span<uint8_t> frame);
+    // row first: the picture's rows are then exchanged in place. kError when the codec fails.
+    Status Encode(std::span<uint8_t> picture, std::span<uint8_t> frame);
     // Decodes one frame to one picture, top row first. `picture` is of exactly the right size.
-    [[nodiscard]] int Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture);
+    Status Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture);
 
     // Words for the user when the last Bind, or the last call, failed.
     std::string OpenError() const;
@@ -44,7 +45,7 @@ public:
 private:
     bool IsDecoder() const { return fRole == kDVDecoder || fRole == kDVCPRODecoder; }
     bool IsDVCPRO() const { return fRole == kDVCPROEncoder || fRole == kDVCPRODecoder; }
-    int Open(const DVCodecEntry& entry, bool pal, ColourSpace space);
+    Status Open(const DVCodecEntry& entry, bool pal, ColourSpace space);
     const char* InterfaceNumber() const { return fIsDirectShow ? "#1" : "#2"; }
 
     DVCodecRole fRole;

@@ -66,6 +66,7 @@ constexpr DestinationType kAVITypes[] = {
 constexpr DestinationType kQuickTimeTypes[] = {kDestinationQuickTime};
 constexpr DestinationType kRawDVTypes[] = {kDestinationRawDV};
 
+// In the order of asking. A kind can have a second row with a weaker sign.
 constexpr Container kContainers[] = {
     {kAVISource, Is<IsAVIFile>, Describe<DescribeAVI>, OpenAVISource, kAVITypes,
      CreateAVIDestination, AVIMediaFiles},
@@ -85,11 +86,6 @@ constexpr Container kContainers[] = {
 };
 
 }  // namespace
-
-std::span<const Container> Containers()
-{
-    return kContainers;
-}
 
 const Container* ContainerOf(const std::string& path)
 {

@@ -22,11 +22,8 @@ struct Container {
     std::vector<std::string> (*media_files)(const DestinationPlan&);
 };
 
-// In the order in which a file is asked for its kind: the first that knows it ends the search. A
-// kind can have a second row with a weaker sign.
-std::span<const Container> Containers();
-
-// Null for a file of no known kind.
+// Asks each kind in a fixed order; the first that knows the file ends the search. Null for a file
+// of no known kind.
 const Container* ContainerOf(const std::string& path);
 // Null for a type that is not written.
 const Container* ContainerFor(int32_t type);

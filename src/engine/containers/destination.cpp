@@ -43,7 +43,7 @@ MediaFormat DestinationFormat(const ConversionSettings& settings, const Source& 
 
 MediaFormat TrackFormat(const Source& source)
 {
-    RawAudioFormat sound = {kSamplePCM, 2, 16, 48000};
+    RawAudioFormat sound = kUsualSound;
     if (source.audio_format.kind == kRawAudio) {
         sound.ch = source.audio_format.raw_audio.ch;
         sound.srate = source.audio_format.raw_audio.srate;

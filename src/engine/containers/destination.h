@@ -43,7 +43,7 @@ struct DestinationPlan {
     bool is_pal = false;
     uint32_t options = 0;         // ConversionOption bits
     uint32_t codec = 0;           // output compressor, 0 none
-    uint32_t source_handler = 0;  // codec of the source's picture, a RIFF code
+    uint32_t source_handler = 0;  // codec of the source's picture, as an AVI names it
     // The sound of a separate track as it is declared when the file begins: what the engine moves
     // is 16-bit PCM, of the source's rate and channels where they are known.
     MediaFormat track;
@@ -73,6 +73,8 @@ CreatedDestination CreateRawDVDestination(const DestinationPlan& plan);
 // Files beside the destination that hold the media of its planned frames; none for most types.
 std::vector<std::string> AVIMediaFiles(const DestinationPlan& plan);
 
+// The sound of a separate track while nothing else is known.
+inline constexpr RawAudioFormat kUsualSound = {kSamplePCM, 2, 16, 48000};
 inline constexpr char kFormatRefused[] = "Output format not supported.";
 // Why a destination could not be created.
 Failure CannotCreate(Status status);

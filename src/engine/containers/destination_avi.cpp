@@ -99,7 +99,7 @@ public:
                                   ? fFile.AddVideoStream(plan.format)
                                   : fFile.AddEncodedVideoStream(plan.format);
         if (status != kOK || !fHasTrack) return status;
-        return fFile.AddAudioStream(MediaFormat(RawAudioFormat{kSamplePCM, 2, 16, 48000}));
+        return fFile.AddAudioStream(MediaFormat(kUsualSound));
     }
 
 private:

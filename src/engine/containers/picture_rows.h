@@ -9,11 +9,12 @@
 
 namespace kelvane {
 
-// The rows of raw pictures of 24 bits. In many files each row is padded to a multiple of some
-// bytes; in the engine the rows follow one another. All other pictures are left alone.
+// What a row of a raw picture of 24 bits is a multiple of, in bytes.
 inline constexpr size_t kAVIRowMultiple = 4;
 inline constexpr size_t kQTRowMultiple = 2;  // of "raw "
 
+// The rows of raw pictures of 24 bits. In many files each row is padded to a multiple of some
+// bytes; in the engine the rows follow one another. All other pictures are left alone.
 class PictureRows {
 public:
     PictureRows() = default;

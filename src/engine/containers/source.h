@@ -54,7 +54,7 @@ public:
     MediaFormat audio_format;              // of a separate audio stream; kind 0: there is none
     SampleCoding audio_coding{.bits = 0};  // of its samples; 0 bits: not to be brought to 16
     bool has_companions = false;           // sound can lie in files beside it
-    uint32_t handler = 0;                  // codec of the picture, a RIFF code
+    uint32_t handler = 0;                  // codec of the picture, as an AVI names it
     bool is_pal = false;
 };
 

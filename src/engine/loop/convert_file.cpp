@@ -71,8 +71,9 @@ Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
 void TellSoundLost(const std::string& why, float rate, ConversionResult& result)
 {
     result.warnings.push_back(why + " The film is converted without that sound.");
-    result.losses.sound_silenced +=
-        static_cast<double>(result.frames_written) / static_cast<double>(rate);
+    if (rate > 0)
+        result.losses.sound_silenced +=
+            static_cast<double>(result.frames_written) / static_cast<double>(rate);
 }
 
 void CopyTimecode(const Timecode& from, uint16_t (&to)[4])
@@ -167,6 +168,8 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     const Result<> sound = ConnectSourceSound(source, audio);
     FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
     const Result<> run = RunSafely(loop);
+    // Where the loop was left in the middle a picture may still be under way.
+    static_cast<void>(means.state.beside.Settle());
     CopyTimecode(loop.Tape().FirstTimecode(), result.first_timecode);
     CopyTimecode(loop.Tape().LastTimecode(), result.last_timecode);
     CopyCompanions(audio, result);

@@ -1,6 +1,7 @@
 #include "engine/loop/frame_loop.h"
 
 #include <algorithm>
+#include <array>
 
 #include "format/picture_layout.h"
 
@@ -52,7 +53,9 @@ void FrameLoop::LookAtTape()
 {
     const NeighbourFrames frames = fFeed.Ring().Neighbours();
     using enum Neighbour;
-    fTape.LookAt({frames[kCurrent]->Bytes(), frames[kNext]->Bytes(), frames[kNewest]->Bytes()});
+    const std::array known = {frames[kCurrent]->Bytes(), frames[kNext]->Bytes(),
+                              frames[kNewest]->Bytes()};
+    fTape.LookAt(known);
 }
 
 namespace {

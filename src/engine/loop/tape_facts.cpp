@@ -2,7 +2,7 @@
 
 namespace kelvane {
 
-void TapeFacts::Settle(const std::vector<std::span<uint8_t>>& frames)
+void TapeFacts::Settle(std::span<const std::span<uint8_t>> frames)
 {
     bool settled = false;
     for (const std::span<uint8_t> frame : frames) {
@@ -16,7 +16,7 @@ void TapeFacts::Settle(const std::vector<std::span<uint8_t>>& frames)
     }
 }
 
-void TapeFacts::LookAt(const std::vector<std::span<uint8_t>>& frames)
+void TapeFacts::LookAt(std::span<const std::span<uint8_t>> frames)
 {
     if (!fKnowsFirst) Settle(frames);
     const std::span<uint8_t> frame = frames.front();

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "dv/dif_frame.h"
 
@@ -15,7 +14,7 @@ public:
     // To be called with each frame in turn; `frames` is that one and those behind it that are
     // known. The first time the first of them that has video auxiliary data tells what the file is,
     // or else the frame itself: tapes can begin with a blank one.
-    void LookAt(const std::vector<std::span<uint8_t>>& frames);
+    void LookAt(std::span<const std::span<uint8_t>> frames);
 
     bool IsDVCPRO() const { return fIsDVCPRO; }
     bool IsWide() const { return fIsWide; }
@@ -24,7 +23,7 @@ public:
     const Timecode& LastTimecode() const { return fLast; }
 
 private:
-    void Settle(const std::vector<std::span<uint8_t>>& frames);
+    void Settle(std::span<const std::span<uint8_t>> frames);
 
     DIFFrame fFrame;
     bool fKnowsFirst = false;

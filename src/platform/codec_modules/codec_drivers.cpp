@@ -104,6 +104,12 @@ fs::path ProgramFolder()
     return fs::read_symlink("/proc/self/exe", error).parent_path();
 }
 
+// What a module's function says: 0 when all is well.
+Status Answer(int status)
+{
+    return status == 0 ? kOK : kError;
+}
+
 }  // namespace
 
 std::string CodecFolder()
@@ -142,7 +148,7 @@ OpenedCodec& OpenedCodec::operator=(OpenedCodec&& other) noexcept
     return *this;
 }
 
-int OpenedCodec::Open(const CodecDriver& driver, const CodecSetup& setup)
+Status OpenedCodec::Open(const CodecDriver& driver, const CodecSetup& setup)
 {
     Close();
     const int status = driver.module->open(driver.index, &setup, &fInstance);
@@ -160,18 +166,18 @@ void OpenedCodec::Close()
     fModule = nullptr;
 }
 
-int OpenedCodec::Encode(const uint8_t* picture, std::span<uint8_t> frame, uint32_t& bytes)
+Status OpenedCodec::Encode(const uint8_t* picture, std::span<uint8_t> frame, uint32_t& bytes)
 {
     bytes = static_cast<uint32_t>(frame.size());
     if (!fInstance) return kError;
-    return fModule->encode(fInstance, picture, frame.data(), &bytes);
+    return Answer(fModule->encode(fInstance, picture, frame.data(), &bytes));
 }
 
-int OpenedCodec::Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture)
+Status OpenedCodec::Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture)
 {
     if (!fInstance) return kError;
-    return fModule->decode(fInstance, frame.data(), static_cast<uint32_t>(frame.size()),
-                           picture.data(), static_cast<uint32_t>(picture.size()));
+    return Answer(fModule->decode(fInstance, frame.data(), static_cast<uint32_t>(frame.size()),
+                                  picture.data(), static_cast<uint32_t>(picture.size())));
 }
 
 }  // namespace kelvane

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/status.h"
 #include "platform/codec_modules/codec_module.h"
 
 namespace kelvane {
@@ -38,15 +39,15 @@ public:
     OpenedCodec& operator=(OpenedCodec&& other) noexcept;
     ~OpenedCodec() { Close(); }
 
-    // Closes what was open before. 0, or a negative number when the codec refuses the formats.
-    [[nodiscard]] int Open(const CodecDriver& driver, const CodecSetup& setup);
+    // Closes what was open before. kError when the codec refuses the formats.
+    Status Open(const CodecDriver& driver, const CodecSetup& setup);
     bool IsOpen() const { return fInstance != nullptr; }
     void Close();
 
     // One picture to one frame; the result's size goes to `bytes`.
-    [[nodiscard]] int Encode(const uint8_t* picture, std::span<uint8_t> frame, uint32_t& bytes);
+    Status Encode(const uint8_t* picture, std::span<uint8_t> frame, uint32_t& bytes);
     // One frame to one picture of exactly the size that was agreed on.
-    [[nodiscard]] int Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture);
+    Status Decode(std::span<const uint8_t> frame, std::span<uint8_t> picture);
 
 private:
     const CodecModule* fModule = nullptr;

@@ -9,9 +9,7 @@
 
 #include "base/four_cc.h"
 #include "base/status.h"
-#include "media/avi/avi_file.h"
-#include "media/describe/avi_description.h"
-#include "media/media_files.h"
+#include "media/avi/avi_reader_case.h"
 #include "platform/files/file_handle.h"
 #include "support/riff.h"
 #include "support/temp_folder.h"
@@ -24,46 +22,11 @@ using namespace std::string_literals;
 const std::string kAll = "frame 0!frame 1.frame 2?";
 const auto Entry = TinyAVI::IndexEntry;
 
-// As NextFrame tells it.
-std::string Failed(int code)
-{
-    return "(" + std::to_string(code) + ")";
-}
-
 // The number that the file that is opened next gets.
 int NextHandle()
 {
     return FileHolder(dup(STDIN_FILENO)).Handle();
 }
-
-class AVIReader : public testing::Test {
-protected:
-    std::string Put(std::string_view bytes, const std::string& name = "film.avi") const
-    {
-        return fFolder.Write(name, AsBytes(bytes));
-    }
-    AVIFile Open(std::string_view bytes) const { return AVIFile(Put(bytes).c_str(), kRead); }
-    // What all frames of a file hold, in a row; a failure to read ends it.
-    static std::string FramesOf(const std::string& path)
-    {
-        AVIFile file(path.c_str(), kRead);
-        EXPECT_EQ(0, file.InitCheck());
-        std::string all;
-        Bytes buffer(144000);
-        for (uint32_t size = 0; file.ReadFrame(0, buffer, size) == 0;)
-            all.append(buffer.begin(), buffer.begin() + size);
-        return all;
-    }
-    std::string Frames(const TinyAVI& film) const { return FramesOf(Put(film.Build())); }
-    static std::string Described(const std::string& path, bool good = true)
-    {
-        std::string text;
-        EXPECT_EQ(good, DescribeAVI(path.c_str(), text)) << path;
-        return text;
-    }
-
-    const TempFolder fFolder;
-};
 
 TEST_F(AVIReader, TakesAnyOldIndex)
 {
@@ -225,79 +188,6 @@ TEST_F(AVIReader, ChoosesAmongTheFirstFourStreams)
     EXPECT_EQ(0u, file.StreamAt(1)->type);
     const std::string texts = stream("txts") + stream("txts") + stream("txts");
     EXPECT_EQ(-1, open(texts + stream("vids")).VideoStream());
-}
-
-TEST_F(AVIReader, FollowsReferencesIntoOtherFiles)
-{
-    const std::string frame(144000, 'v');
-    const std::string media = Put("padding." + RiffChunk("00db", frame), "film.000");
-    const auto reference = [](const std::string& path) {
-        return "REF " + Little(8, 4) + Little(0, 4) + Little(path.size() + 1, 4) + path + '\0';
-    };
-    const std::string here = reference(media), there = reference(fFolder.Path("film.001"));
-    const std::string film = TinyAVI{.frames = {here, here, there}}.Build();
-    const std::string missing = Failed(kReferenceMissing);
-    AVIFile file = Open(film);
-    Bytes small(100000);
-    uint32_t size = 0;
-    EXPECT_EQ(kTooLarge, file.ReadFrame(0, small, size)) << "no room for what it refers to";
-    EXPECT_EQ(small, Bytes(100000, 'v'));
-    EXPECT_EQ(frame, NextFrame(file));
-    EXPECT_EQ(frame, NextFrame(file));
-    EXPECT_EQ(missing, NextFrame(file));
-
-    Put("too short", "film.000");
-    ASSERT_EQ(0, mkfifo(fFolder.Path("film.001").c_str(), 0600));
-    AVIFile again = Open(film);
-    EXPECT_EQ(Failed(kMissing), NextFrame(again)) << "short";
-    again.StreamAt(0)->position = 2;
-    EXPECT_EQ(missing, NextFrame(again)) << "no regular file";
-}
-
-TEST_F(AVIReader, LooksForReferencesBesideTheFilm)
-{
-    const std::string media = "padding." + RiffChunk("00db", std::string(144000, 'v'));
-    Put(media, "film.000");
-    ASSERT_EQ(0, mkfifo(fFolder.Path("film.001").c_str(), 0600));
-    std::filesystem::create_directories(fFolder.Path("film.002"));
-    Put("no folder", "file");
-    const auto read = [&](const std::string& path) {
-        const std::string reference =
-            "REF " + Little(8, 4) + Little(0, 4) + Little(path.size() + 1, 4) + path + '\0';
-        AVIFile file = Open(TinyAVI{.frames = {reference}}.Build());
-        return NextFrame(file);
-    };
-    for (const char* gone : {"/nowhere/film.000", "D:\\films\\film.000", "../x/film.000",
-                             "film.000", "/nowhere\\film.000"})
-        EXPECT_EQ(std::string(144000, 'v'), read(gone)) << gone;
-    EXPECT_EQ(std::string(144000, 'v'), read(fFolder.Path("file/film.000")));
-    const std::string missing = Failed(kReferenceMissing);
-    for (const char* none :
-         {"/nowhere/film.003", "/nowhere/film.001", "/nowhere/film.002", "/nowhere/", "D:\\"})
-        EXPECT_EQ(missing, read(none)) << none;
-    std::filesystem::create_directories(fFolder.Path("there/film.000"));
-    EXPECT_EQ(missing, read(fFolder.Path("there/film.000"))) << "what is there is not replaced";
-}
-
-TEST_F(AVIReader, TakesOnlyWholeReferencesForReferences)
-{
-    const std::string head = "REF " + Little(0, 8);
-    for (const std::string& chunk :
-         {"REF "s, "REF 2345"s, head, head + Little(0, 4), head + Little(0, 4) + "film.000",
-          head + Little(4, 4) + "\0000"s, head + Little(9, 4) + "film.000",
-          head + Little(0xFFFFFFFF, 4) + "film.000", "REF " + std::string(119996, 'x')})
-        EXPECT_EQ(chunk, Frames({.frames = {chunk}})) << chunk.size();
-    AVIFile file = Open(TinyAVI{.frames = {head + Little(8, 4) + "film.000"}}.Build());
-    EXPECT_EQ(Failed(kReferenceMissing), NextFrame(file)) << "a path needs no zero";
-    uint32_t size = 0;
-    Bytes buffer(144000);
-    EXPECT_EQ(" (No such file or directory)", file.ReadFrame(0, buffer, size).Reason());
-    const std::string sound = TinyAVI{.type = "auds",
-                                      .frames = {head + Little(8, 4) + "film.000"},
-                                      .index = Entry("00wb", 4, 24)}
-                                  .Build();
-    AVIFile audio = Open(sound);
-    EXPECT_EQ(24u, NextFrame(audio).size()) << "sound is never elsewhere";
 }
 
 TEST_F(AVIReader, TellsWhyAFrameDoesNotCome)

@@ -106,10 +106,11 @@ FoundSound SoundOfLength(const std::vector<Gap>& gaps, float frame_rate)
 bool IsLittleEndian(const PositionedFile& file, const FoundSound& sound)
 {
     constexpr size_t kMostChunks = 100;
+    constexpr uint64_t kMostBytes = 1 << 16;  // of each
     uint64_t little = 0, big = 0;
     Bytes bytes;
     for (size_t i = 0; i < std::min(sound.chunks.size(), kMostChunks); i++) {
-        bytes.resize(static_cast<size_t>(sound.chunks[i].bytes));
+        bytes.resize(static_cast<size_t>(std::min(sound.chunks[i].bytes, kMostBytes)));
         if (FileReadWhole(file.Handle(), sound.chunks[i].place, bytes) != kOK) continue;
         const auto step = [&](size_t at, size_t high) {
             const auto value = [&](size_t sample) {
