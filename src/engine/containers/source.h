@@ -39,6 +39,8 @@ public:
     virtual uint64_t LeftOut() const { return 0; }
     // What the system said where it could not read the file's structure; kOK otherwise.
     virtual Status Trouble() const { return kOK; }
+    // The same of its header alone: it may have sound that nobody knows of.
+    virtual Status HeaderTrouble() const { return kOK; }
     // Frames of the picture that were found in a damaged file without what should name them.
     virtual uint64_t FramesSalvaged() const { return 0; }
     // What a user should know of a file that could be opened; mostly nothing.

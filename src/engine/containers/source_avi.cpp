@@ -98,6 +98,7 @@ public:
     }
     uint64_t FramesSalvaged() const override { return fFile.FramesSalvaged(fVideo); }
     Status Trouble() const override { return fFile.Trouble(); }
+    Status HeaderTrouble() const override { return fFile.HeaderTrouble(); }
     AudioStream* Audio() override { return fAudio.get(); }
 
 private:

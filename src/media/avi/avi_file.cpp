@@ -47,6 +47,7 @@ void AVIFile::OpenSource(const char* path)
     AVIParser parser(fFile.Handle(), fMode == kDescribe, fStructure);
     fInitCheck = parser.Run();
     fTrouble = parser.Trouble();
+    fHeaderTrouble = parser.HeaderTrouble();
     if (fMode == kDescribe) return;
     AVIIndex index(fStructure, fFile.Handle());
     const Status built = index.BuildTables();

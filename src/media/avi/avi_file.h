@@ -39,6 +39,8 @@ public:
     // What the system said where it could not read something of the structure of a file that is
     // usable all the same; kOK otherwise.
     Status Trouble() const { return fTrouble; }
+    // The same of its header, so that streams may be there that nobody knows of.
+    Status HeaderTrouble() const { return fHeaderTrouble; }
 
     int32_t CountStreams() const { return static_cast<int32_t>(fStructure.streams.size()); }
     // Null past the end.
@@ -111,6 +113,7 @@ private:
     uint32_t fMode;
     Status fInitCheck = kOK;
     Status fTrouble = kOK;
+    Status fHeaderTrouble = kOK;
     AVIStructure fStructure;
     ReferencedFiles fReferenced;
     std::unique_ptr<AVIWriter> fWriter;  // of a destination

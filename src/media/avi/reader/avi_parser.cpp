@@ -32,6 +32,7 @@ AVIParser::AVIParser(FileHandle file, bool describe, AVIStructure& found)
 Status AVIParser::Run()
 {
     ParseList(fFound.tree.Root(), false);
+    if (fFound.media_lists.empty()) fHeaderTrouble = fSource.Trouble();
     if (fSource.Failure() != kOK && !fFound.riff) return fSource.Failure();
     if (fStatus == kOK && !fFound.riff) fStatus = kNotThisClass;
     if (fStatus == kOK && HeaderSeen()) CaptureFirstFrame();
@@ -58,6 +59,7 @@ void AVIParser::ParseList(Chunk* parent, bool load)
     if (fStopped) return;
     NoteList(list);
     if (!fFound.riff) return Stop(kNotThisClass);
+    if (name == "movi"_4cc && fFound.media_lists.empty()) fHeaderTrouble = fSource.Trouble();
     if (name == "movi"_4cc) fFound.media_lists.push_back({start + 4, end});
     if (name == "movi"_4cc && !(fFound.flags & kAVIListMedia)) {
         list->opaque = true;

@@ -21,6 +21,8 @@ public:
     Status Run();
     // What the system said where something could not be read; kOK otherwise.
     Status Trouble() const { return fSource.Trouble(); }
+    // The same of what stands before the media, where streams are named that nobody knows of then.
+    Status HeaderTrouble() const { return fHeaderTrouble; }
 
 private:
     void ParseList(Chunk* parent, bool load);
@@ -45,6 +47,7 @@ private:
     uint32_t fStreamType = 0;  // of the "strh" read last
     bool fStopped = false;
     Status fStatus = kOK;
+    Status fHeaderTrouble = kOK;
 };
 
 // True for the ids of standard indexes, "ix00" to "ix07" and "00ix" to "07ix".
