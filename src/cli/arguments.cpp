@@ -152,6 +152,22 @@ void AddSoundOptions(CLI::App& app, ParsedOptions& parsed, Arguments& arguments)
                    "WAV or AIFF file with the sound, instead of looking for one beside the source")
         ->type_name("FILE")
         ->group(group);
+    AddChoice(
+        app, "--sync", parsed.sync, {"auto", "off"},
+        "Keep sound with its picture on tapes whose sound runs a little fast or slow, or only "
+        "count its samples. Default: auto")
+        ->group(group);
+    AddChoice(
+        app, "--sound", parsed.sound, {"adjusted", "untouched"},
+        "In a copy into DV frames: put the sound anew into each frame, or leave what the tape "
+        "has in it bit for bit. Default: adjusted")
+        ->group(group);
+    AddChoice(
+        app, "--channels", parsed.channels, {"auto", "1+2", "3+4", "mix", "all"},
+        "Which of a tape's four channels go on: auto keeps all in DV frames of the same "
+        "standard and else takes 1+2; mix is 1 with 3 and 2 with 4; all makes a track of four. "
+        "Default: auto")
+        ->group(group);
     app.add_flag("--no-companion-audio", parsed.noCompanionAudio,
                  "Do not look for a WAV or AIFF file beside the source")
         ->group(group);

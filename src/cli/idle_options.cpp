@@ -58,6 +58,8 @@ std::vector<std::string> IdleOptions(const Arguments& arguments,
         {"--dvcp", quicktime && dv, "QuickTime with a DV codec"},
         {"--idx1", dv && LeavesOldIndex(format->type),
          "avi1, avi2 or a reference AVI with a DV codec"},
+        {"--sound", dv && !converts && !HasSoundTrack(*format),
+         "a copy into DV frames of the same standard"},
         {"--interleave", HasSoundTrack(*format), "a format with a separate sound track"},
     };
     std::vector<std::string> lines;

@@ -124,6 +124,9 @@ void FillConversion(const ParsedOptions& parsed, Arguments& arguments)
     options.wr486 = parsed.lines486;
     options.add_idx1 = parsed.idx1;
     options.qt_dvcp = parsed.dvcp;
+    options.sync = Lower(parsed.sync) == "auto";
+    options.sndkeep = Lower(parsed.sound) == "untouched";
+    options.channels = IndexIn(parsed.channels, {"auto", "1+2", "3+4", "mix", "all"});
     arguments.search_companions = !parsed.noCompanionAudio;
     // Empty: the default, which depends on what is installed.
     options.DVencoder = parsed.dvEncoder;
@@ -168,6 +171,8 @@ std::string ChooseCommand(const ParsedOptions& parsed, Arguments& arguments)
         return "-o takes one source file only; use --output-folder for several.";
     if (parsed.noCompanionAudio && !arguments.audio.empty())
         return "--audio and --no-companion-audio exclude each other.";
+    if (Lower(parsed.sound) == "untouched" && !arguments.audio.empty())
+        return "--audio and --sound untouched exclude each other.";
     return {};
 }
 

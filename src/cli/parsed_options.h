@@ -20,6 +20,7 @@ struct ParsedOptions {
     std::string sourceInterlace = "lower", targetInterlace = "same";
     std::string sourceAspect = "auto", targetAspect = "same";
     std::string data = "same";
+    std::string sync = "auto", sound = "adjusted", channels = "auto";
     bool fieldOrderChange = false, deinterlaceSource = true, lines486 = false;
     bool idx1 = true, dvcp = true, noCompanionAudio = false;
     std::string dvEncoder, dvDecoder, dvcproEncoder, dvcproDecoder;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "dv/audio_concealment.h"
 #include "dv/audio_positions.h"
 #include "dv/audio_rates.h"
 #include "dv/dif_frame.h"
@@ -170,7 +171,8 @@ Pack PackLike(uint8_t id, const uint8_t* frame, size_t at)
     return {id, frame[at + 1], frame[at + 2], frame[at + 3], frame[at + 4]};
 }
 
-void WriteAudioPacks(uint8_t* frame, size_t sequences, const Pack& source)
+// Of the first `written` sequences of all `sequences`.
+void WriteAudioPacks(uint8_t* frame, size_t sequences, size_t written, const Pack& source)
 {
     constexpr size_t kUsualRecDate = 458, kUsualRecTime = 463;  // third VAUX block, packs 11 and 12
     constexpr Pack kEmpty = {kNoPack, 0xFF, 0xFF, 0xFF, 0xFF};
@@ -178,7 +180,7 @@ void WriteAudioPacks(uint8_t* frame, size_t sequences, const Pack& source)
                     {kPackAudioSourceControl, 0x33, 0xCF, 0xA0, 0xFF},
                     PackLike(kPackAudioRecDate, frame, kUsualRecDate),
                     PackLike(kPackAudioRecTime, frame, kUsualRecTime)};
-    for (size_t sequence = 0; sequence < sequences; sequence++) {
+    for (size_t sequence = 0; sequence < written; sequence++) {
         if (sequence == sequences / 2) packs[0][2] |= 1;  // the second channel's half
         const size_t first = sequence % 2 == 0 ? 3 : 0;
         for (size_t block = 0; block < kAudioBlocks; block++) {
@@ -221,7 +223,7 @@ size_t DIFFrame::EmbedAudio(std::span<const uint8_t> samples, uint32_t rate, uin
     std::vector<uint8_t> padded;
     if (fBytes.size() < layout.Size()) padded = PaddedFrame(fBytes, layout.Size());
     uint8_t* frame = padded.empty() ? fBytes.data() : padded.data();
-    WriteAudioPacks(frame, layout.sequences, source);
+    WriteAudioPacks(frame, layout.sequences, layout.sequences, source);
     if (four)
         EmbedPairs(frame, layout, count, samples);
     else
@@ -229,6 +231,19 @@ size_t DIFFrame::EmbedAudio(std::span<const uint8_t> samples, uint32_t rate, uin
     if (!padded.empty()) std::copy_n(padded.begin(), fBytes.size(), fBytes.begin());
     const size_t groupSamples = four ? 4 : channels == 2 ? 2 : 1;
     return std::min(count * groupSamples * kSampleSize, samples.size());
+}
+
+void DIFFrame::EmbedFirstPair(std::span<const uint8_t> samples)
+{
+    constexpr size_t kGroup = 2 * kSampleSize;
+    const bool pal = IsPAL();
+    const Layout& layout = LayoutFor(pal);
+    if (fBytes.size() < layout.Size()) return;
+    const size_t count = std::min(samples.size() / kGroup, layout.Pairs());
+    WriteAudioPacks(fBytes.data(), layout.sequences, layout.sequences / 2,
+                    SourcePack(count, pal, kFourChannelRate, true));
+    for (size_t i = 0; i < count; i++)
+        PutPair(fBytes.data() + layout.first12[i], samples.data() + i * kGroup);
 }
 
 }  // namespace kelvane

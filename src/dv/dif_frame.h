@@ -91,6 +91,9 @@ public:
     // with fewer, the places behind them keep their bytes. A rate other than 32000, 44100 or 48000
     // ends the process with a line on standard output.
     size_t EmbedAudio(std::span<const uint8_t> samples, uint32_t rate, uint32_t channels);
+    // Writes channels 1 and 2 of a whole frame of four channels, coded in 12 bits, with their AAUX
+    // packs. The audio blocks of the other two channels stay as they are.
+    void EmbedFirstPair(std::span<const uint8_t> samples);
 
     uint8_t* Frame() const { return fBytes.data(); }
     uint32_t Size() const { return fSize; }

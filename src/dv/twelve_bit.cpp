@@ -1,6 +1,5 @@
 #include "dv/twelve_bit.h"
 
-#include <algorithm>
 #include <bit>
 
 namespace kelvane {
@@ -26,31 +25,6 @@ consteval std::array<uint16_t, kCodes> ExpansionTable()
     return table;
 }
 
-// 0x801F cannot come out of the expansion; it belongs to the set all the same.
-bool IsBad(uint16_t value)
-{
-    return value == 0x807F || value == 0x803F || value == 0x801F || value == 0x80FF;
-}
-
-uint16_t Between(uint16_t a, uint16_t b)
-{
-    return static_cast<uint16_t>((static_cast<int16_t>(a) + static_cast<int16_t>(b)) >> 1);
-}
-
-// What replaces the bad value at `i`; the values before it are repaired already.
-uint16_t Repaired(std::span<const uint16_t> values, size_t i, size_t channels)
-{
-    const size_t next = i + channels, afterNext = i + 2 * channels;
-    if (i < channels) {
-        if (next < values.size() && !IsBad(values[next])) return values[next];
-        return afterNext < values.size() ? values[afterNext] : values[i];
-    }
-    const uint16_t previous = values[i - channels];
-    if (next >= values.size()) return previous;
-    if (!IsBad(values[next])) return Between(previous, values[next]);
-    return afterNext < values.size() ? Between(previous, values[afterNext]) : previous;
-}
-
 }  // namespace
 
 constexpr std::array<uint16_t, kCodes> kExpansion12 = ExpansionTable();
@@ -64,13 +38,6 @@ uint16_t Compress12(int16_t sample)
         code = (magnitude >> shift) + kSegment * shift;
     }
     return static_cast<uint16_t>((sample < 0 ? ~code : code) % kCodes);
-}
-
-void ConcealBadSamples(std::span<uint16_t> values, size_t channels)
-{
-    if (std::ranges::none_of(values, IsBad)) return;
-    for (size_t i = 0; i < values.size(); i++)
-        if (IsBad(values[i])) values[i] = Repaired(values, i, channels);
 }
 
 }  // namespace kelvane

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace kelvane {
 
@@ -19,9 +17,5 @@ inline uint16_t Expand12(uint32_t code)
 }
 // The 12-bit code of a sample. Extremes come back as values that ConcealBadSamples repairs.
 uint16_t Compress12(int16_t sample);
-
-// Repairs the values that stand for a sample lost on tape, from the neighbours of the same channel.
-// `values` are samples of `channels` (at least 1) channels in turn, in the order of the machine.
-void ConcealBadSamples(std::span<uint16_t> values, size_t channels);
 
 }  // namespace kelvane

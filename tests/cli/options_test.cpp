@@ -63,7 +63,8 @@ std::string Told(const ConversionSettings& s)
         << s.to_video_frame << "\nchannels " << s.four_channel_options << "\nbits " << std::hex
         << s.conversion_options << std::dec << "\ncodec " << FourCCText(s.codec) << "\ninterleave "
         << s.audio_interleave_factor << "\naudio_search " << int(s.audio_search) << ' '
-        << (s.audio_file ? s.audio_file : "none") << "\ndata " << int(s.dv_data_conversion)
+        << (s.audio_file ? s.audio_file : "none") << "\nsound " << s.sound_follows
+        << s.sound_untouched << int(s.channels) << "\ndata " << int(s.dv_data_conversion)
         << "\nencoders " << NameOf(s.dv_encoder) << ", " << NameOf(s.dvcpro_encoder)
         << "\ndecoders " << NameOf(s.dv_decoder) << ", " << NameOf(s.dvcpro_decoder) << "\nop "
         << FourCCText(uint32_t(s.op)) << "\nmode " << int(s.mode) << "\nresampling "
@@ -160,6 +161,15 @@ TEST(Options, EachSetsItsFieldOfTheSettingsAndNoOther)
         {"--audio s.wav",
          [](S& s) { s.audio_search = CompanionSearch::kInFile, s.audio_file = "s.wav"; }},
         {"--no-companion-audio", [](S& s) { s.audio_search = CompanionSearch::kNone; }},
+        {"--sync auto", [](S&) {}},
+        {"--sync off", [](S& s) { s.sound_follows = false; }},
+        {"--sound adjusted", [](S&) {}},
+        {"--sound Untouched", [](S& s) { s.sound_untouched = true; }},
+        {"--channels auto", [](S&) {}},
+        {"--channels 1+2", [](S& s) { s.channels = ChannelChoice::k1And2; }},
+        {"--channels 3+4", [](S& s) { s.channels = ChannelChoice::k3And4; }},
+        {"--channels mix", [](S& s) { s.channels = ChannelChoice::kMix; }},
+        {"--channels all", [](S& s) { s.channels = ChannelChoice::kAll; }},
         {"--idx1", [](S&) {}},
         {"--no-idx1", [](S& s) { s.conversion_options &= ~uint32_t{kOptionIdx1}; }},
         {"--codec avid-dv --dvcp", [](S& s) { s.codec = "AVdv"_4cc; }},

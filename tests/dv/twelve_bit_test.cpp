@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "dv/audio_concealment.h"
+
 namespace kelvane {
 namespace {
 

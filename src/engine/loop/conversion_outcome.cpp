@@ -15,8 +15,9 @@ Failure WriteError(const std::string& words, Status reason, const std::string& p
 }
 
 // Of a run that wrote all that it had: did it have all?
-Result<> CheckSource(const FrameLoop& loop, const AudioTransfer& audio, const Losses& losses)
+Result<> CheckSource(const FrameLoop& loop, const OpenFiles& files, const Losses& losses)
 {
+    const AudioTransfer& audio = files.audio;
     const FrameReader& reader = loop.Feed().Reader();
     const uint64_t promised = reader.Promised();
     const Status frames = reader.Reason();
@@ -25,6 +26,11 @@ Result<> CheckSource(const FrameLoop& loop, const AudioTransfer& audio, const Lo
         return Failure{kError, "Error reading the referenced file." +
                                    FramesMissing(losses, promised) + reason.Reason()};
     if (losses.FailTheRun()) return Failure{kError, ReadErrorInWords(losses, promised, reason)};
+    if (const Status header = files.source.HeaderTrouble(); header != kOK)
+        return Failure{kError,
+                       "Error reading source file! Its header can't be read whole, so that "
+                       "streams may be missing." +
+                           header.Reason()};
     if (loop.Sink().FramesWritten() == 0 && loop.LastWish() == Wish::kGoOn)
         return Failure{kError, TooShortInWords(reader.Given()) + reason.Reason()};
     return {};
@@ -68,14 +74,13 @@ Result<> ConcludeRun(const FrameLoop& loop, const Result<>& run, const OpenFiles
     result.losses.frames_salvaged = files.source.FramesSalvaged();
     result.losses.frames_left_out = files.source.LeftOut();
     result.losses.sound_unread = files.audio.UnreadSeconds();
-    result.losses.sound_silenced = files.audio.SilencedSeconds();
     result.frames_read = loop.Feed().FramesRead();
     result.frames_written = loop.Sink().FramesWritten();
     if (!run && run.Error().status == kUnwritten)
         return WriteError(run.Error().message, run.Error().status, files.path, result);
     if (!run) return run;
     if (finish != kOK) return WriteError(kVideoWriteError, finish, files.path, result);
-    if (auto whole = CheckSource(loop, files.audio, result.losses); !whole) return whole;
+    if (auto whole = CheckSource(loop, files, result.losses); !whole) return whole;
     result.outcome = OutcomeOf(loop.LastWish());
     return {};
 }

@@ -8,6 +8,7 @@
 #include "engine/containers/source.h"
 #include "engine/loop/conversion_outcome.h"
 #include "engine/loop/frame_loop.h"
+#include "engine/timing/film_pace.h"
 
 namespace kelvane {
 
@@ -47,17 +48,37 @@ AudioSetup SoundSetup(const ConversionSettings& settings, const Source& source,
     setup.separate_track = destination.Audio() != nullptr;
     setup.interleave =
         plan.type == kDestinationCanopus2 ? kCanopusInterleave : settings.audio_interleave_factor;
-    setup.companions = settings.audio_search != CompanionSearch::kNone && source.has_companions;
+    setup.nowhere = !setup.separate_track && !destination.format.IsDV();
     setup.source_path = source.path;
     if (settings.audio_search == CompanionSearch::kInFile && settings.audio_file)
         setup.companion = settings.audio_file;
+    // One that is named holds for every kind of source.
+    const bool found = settings.audio_search == CompanionSearch::kByName && source.has_companions;
+    setup.companions = !setup.companion.empty() || found;
+    setup.follows = settings.sound_follows;
+    setup.channels = settings.channels;
+    setup.untouched = settings.sound_untouched && setup.FramesToFrames() && setup.SameStandard();
+    const FilmPace pace = PaceOf(settings, source.is_pal, destination.is_pal);
+    setup.pace = {pace.step, pace.begin, pace.speed};
     return setup;
 }
 
-Result<> ConnectSourceSound(Source& source, AudioTransfer& audio)
+// Four channels find no place in frames of another standard.
+Result<> CheckChannels(const AudioSetup& setup)
+{
+    const bool refused =
+        setup.channels == ChannelChoice::kAll && setup.FramesToFrames() && !setup.SameStandard();
+    if (!refused) return {};
+    return Failure{kError,
+                   "Frames of another standard can't take all four channels; choose 1+2, 3+4 or "
+                   "mix."};
+}
+
+Result<> ConnectSourceSound(Source& source, const AudioSetup& setup, AudioTransfer& audio)
 {
     AudioStream* stream = source.Audio();
-    if (!stream) return {};
+    const bool unwanted = setup.nowhere || setup.untouched || !setup.companion.empty();
+    if (!stream || unwanted) return {};
     const bool raw = source.audio_format.kind == kRawAudio;
     const RawAudioFormat format =
         raw ? source.audio_format.raw_audio : source.audio_format.encoded_audio.output;
@@ -164,8 +185,10 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     const DeinterlaceHistory history(means.state.deinterlace, plan.format);
     if (auto set = CodecsAreSet(settings); !set) return set;
     if (auto bound = BindCodecs(settings, source, destination, means.state); !bound) return bound;
-    AudioTransfer audio(SoundSetup(settings, source, plan, destination));
-    const Result<> sound = ConnectSourceSound(source, audio);
+    const AudioSetup setup = SoundSetup(settings, source, plan, destination);
+    if (auto channels = CheckChannels(setup); !channels) return channels;
+    AudioTransfer audio(setup);
+    const Result<> sound = ConnectSourceSound(source, setup, audio);
     FrameLoop loop(settings, source, destination, audio, plan.frames, means.host, means.state);
     const Result<> run = RunSafely(loop);
     // Where the loop was left in the middle a picture may still be under way.

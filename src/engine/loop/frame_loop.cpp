@@ -104,12 +104,17 @@ bool FrameLoop::PassesThrough() const
            fSettings.MakesDVCPRO25(fTape.IsDVCPRO()) == fTape.IsDVCPRO();
 }
 
+FrameOrigin FrameLoop::Origin() const
+{
+    return {fFeed.Ring().Current()->Bytes(), fFeed.Ring().CurrentIsRepeat()};
+}
+
 // Sound and display format are put into the frame itself; where it stands for the next one as well,
 // they are put in anew.
 Result<> FrameLoop::PassOn(SourceFrame& frame)
 {
     if (fPlanner.Number() == 0) fSink.SetStreamHeader(fSource.StreamHeader());
-    return fSink.Write(fPlanner.Number(), frame.Bytes(), WidthToDeclare());
+    return fSink.Write(fPlanner.Number(), frame.Bytes(), Origin(), WidthToDeclare());
 }
 
 // Makes and writes the output frame of this turn. That the newest picture could not be made is told
@@ -134,7 +139,7 @@ Result<> FrameLoop::Reencode()
     if (auto newest = fPictures.Wait(); !newest) return newest;
     if (!made) return made;
     if (fPlanner.Number() == 0) fSink.SetStreamHeader(fMaker.StreamHeader());
-    return fSink.Write(fPlanner.Number(), fMaker.Frame(), WidthToDeclare());
+    return fSink.Write(fPlanner.Number(), fMaker.Frame(), Origin(), WidthToDeclare());
 }
 
 void FrameLoop::Report()

@@ -45,6 +45,7 @@ private:
     Aspect SourceAspect() const;
     std::optional<bool> WidthToDeclare() const;
     bool PassesThrough() const;
+    FrameOrigin Origin() const;
     Result<> PassOn(SourceFrame& frame);
     Result<> Reencode();
     Turn AdvanceAndReport();

@@ -15,9 +15,9 @@ std::span<uint8_t> FrameRing::Room()
     return fRoom->bytes;
 }
 
-void FrameRing::Put(FrameRef frame, int64_t number)
+void FrameRing::Put(FrameRef frame, int64_t number, bool repeat)
 {
-    fPlaces[fCount++ % kPlaces] = {std::move(frame), number};
+    fPlaces[fCount++ % kPlaces] = {std::move(frame), number, repeat};
 }
 
 void FrameRing::Filled(size_t bytes, int64_t number)
@@ -28,7 +28,7 @@ void FrameRing::Filled(size_t bytes, int64_t number)
 
 void FrameRing::Repeat(int64_t number)
 {
-    Put(Back(1).frame, number);
+    Put(Back(1).frame, number, true);
 }
 
 void FrameRing::MarkEmpty(int64_t number)

@@ -32,6 +32,8 @@ public:
     // The frame at the centre, null for an empty place, and its number.
     const FrameRef& Current() const { return Back(3).frame; }
     int64_t CurrentNumber() const { return Back(3).number; }
+    // True when it is there a second time, for one that could not be had.
+    bool CurrentIsRepeat() const { return Back(3).repeat; }
     // The frames around it. Only while it is there.
     NeighbourFrames Neighbours() const;
 
@@ -40,10 +42,11 @@ private:
     struct Place {
         FrameRef frame;  // null: empty
         int64_t number = 0;
+        bool repeat = false;
     };
 
     const Place& Back(size_t steps) const { return fPlaces[(fCount + kPlaces - steps) % kPlaces]; }
-    void Put(FrameRef frame, int64_t number);
+    void Put(FrameRef frame, int64_t number, bool repeat = false);
 
     size_t fFrameRoom;
     std::array<Place, kPlaces> fPlaces;

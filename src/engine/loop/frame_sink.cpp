@@ -28,10 +28,11 @@ void FrameSink::SetStreamHeader(std::span<const uint8_t> header)
     if (!header.empty()) fDestination.SetStreamHeader(header);
 }
 
-void FrameSink::TouchUp(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide)
+void FrameSink::TouchUp(int64_t number, std::span<uint8_t> frame, const FrameOrigin& origin,
+                        std::optional<bool> wide)
 {
     if (!fDestination.format.IsDV()) return;
-    fAudio.EmbedInto(frame, static_cast<uint64_t>(number));
+    fAudio.EmbedInto(frame, static_cast<uint64_t>(number), origin);
     if (!wide) return;
     fFrame.AttachFrame(frame.data(), static_cast<uint32_t>(frame.size()));
     fFrame.SetWidescreen(*wide);
@@ -44,10 +45,11 @@ AudioTrack& FrameSink::Track()
     return track ? *track : none;
 }
 
-Result<> FrameSink::Write(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide)
+Result<> FrameSink::Write(int64_t number, std::span<uint8_t> frame, const FrameOrigin& origin,
+                          std::optional<bool> wide)
 {
     if (auto rate = fAudio.CheckRate(); !rate) return rate;
-    TouchUp(number, frame, wide);
+    TouchUp(number, frame, origin, wide);
     if (!frame.empty()) {
         if (const Status status = fDestination.WriteFrame(frame); status != kOK)
             return Unwritten(kVideoWriteError, status);

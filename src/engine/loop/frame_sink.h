@@ -22,9 +22,11 @@ public:
 
     // What the frames want stored beside them, before the first one; may be empty.
     void SetStreamHeader(std::span<const uint8_t> header);
-    // Writes output frame `number`. DV frames get their sound first, and a display format where one
-    // is given: true is 16:9; `frame` is changed by that.
-    Result<> Write(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide);
+    // Writes output frame `number`, which shows the source frame of `origin`. DV frames get their
+    // sound first, and a display format where one is given: true is 16:9; `frame` is changed by
+    // that.
+    Result<> Write(int64_t number, std::span<uint8_t> frame, const FrameOrigin& origin,
+                   std::optional<bool> wide);
     // The sound that is left.
     Result<> Finish();
 
@@ -32,7 +34,8 @@ public:
     uint64_t FramesWritten() const { return fWritten; }
 
 private:
-    void TouchUp(int64_t number, std::span<uint8_t> frame, std::optional<bool> wide);
+    void TouchUp(int64_t number, std::span<uint8_t> frame, const FrameOrigin& origin,
+                 std::optional<bool> wide);
     AudioTrack& Track();
 
     Destination& fDestination;

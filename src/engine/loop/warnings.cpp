@@ -44,15 +44,32 @@ std::string OfPulldown(const ConversionSettings& settings, const Source& source)
                : "";
 }
 
+std::string NamesOf(const std::vector<std::string>& paths)
+{
+    std::string names;
+    for (const std::string& path : paths)
+        names += (names.empty() ? "" : ", ") + std::filesystem::path(path).filename().string();
+    return names;
+}
+
+// Of what stands beside frames whose own sound is left as it is.
+std::string OfUntouched(const OpenFiles& files, const ConversionSettings& settings)
+{
+    if (!files.audio.IsUntouched()) return {};
+    CompanionAudio beside;
+    if (files.source.has_companions && settings.audio_search == CompanionSearch::kByName)
+        static_cast<void>(beside.FindCompanionAudio(files.source.path, false));
+    std::string what = NamesOf(beside.Paths());
+    if (files.source.Audio()) what = "the stream beside them";
+    return what.empty() ? "" : "The frames keep their own sound; " + what + " is left out.";
+}
+
 // Of companions that were found by their names.
 std::string OfCompanions(const OpenFiles& files, const ConversionSettings& settings)
 {
     const std::vector<std::string>& paths = files.audio.CompanionPaths();
     if (paths.empty() || settings.audio_search != CompanionSearch::kByName) return {};
-    std::string names;
-    for (const std::string& path : paths)
-        names += (names.empty() ? "" : ", ") + std::filesystem::path(path).filename().string();
-    return "The sound is that of " + names + ", in place of the film's own.";
+    return "The sound is that of " + NamesOf(paths) + ", in place of the film's own.";
 }
 
 std::string OfChannels(size_t left_out)
@@ -61,6 +78,32 @@ std::string OfChannels(size_t left_out)
     return std::to_string(left_out) +
            (left_out == 1 ? " channel of the sound beside the film is left out."
                           : " channels of the sound beside the film are left out.");
+}
+
+std::string Seconds(double seconds)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%.2f", seconds);
+    return text + std::string(" seconds");
+}
+
+// What a tape's sound had and lacks; of a run that went to the end of the film.
+void AddOfSound(const OpenFiles& files, double frame, std::vector<std::string>& warnings)
+{
+    constexpr double kHeard = 0.001;
+    AudioTransfer& audio = files.audio;
+    if (audio.LeftOutPair())
+        warnings.push_back(
+            "Channels 3 and 4 of the tape have sound, which is left out; --channels chooses.");
+    if (const double silent = audio.SilentSeconds(); silent > 0)
+        warnings.push_back(Seconds(silent) + " of the tape have no sound that can be read.");
+    if (const double missing = audio.SecondsShort(); missing > frame)
+        warnings.push_back("The sound is " + Seconds(missing) +
+                           " shorter than the picture and ends in silence.");
+    const double most = audio.HasOwnLength() ? frame : kHeard;
+    if (const double rest = audio.SecondsLeftOver(); rest > most)
+        warnings.push_back(Seconds(rest) +
+                           " of sound lie behind the last picture and are left out.");
 }
 
 std::string OfCutFrames(const FrameLoop& loop)
@@ -87,6 +130,9 @@ std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& file
     add(OfPulldown(settings, files.source));
     add(OfCompanions(files, settings));
     add(OfChannels(files.audio.ChannelsLeftOut()));
+    const double rate = static_cast<double>(files.destination.format.FrameRate());
+    if (loop.LastWish() == Wish::kGoOn && rate > 0) AddOfSound(files, 1 / rate, warnings);
+    add(OfUntouched(files, settings));
     add(OfCutFrames(loop));
     return warnings;
 }

@@ -52,6 +52,15 @@ enum class DataConversion : int32_t { kKeep = 0, kToDV = 1, kToDVCPRO25 = 2 };
 // Where sound that goes with a source is looked for.
 enum class CompanionSearch : int32_t { kNone = 0, kByName = 1, kInFile = 2 };
 
+// Which of a tape's four channels (12 bits at 32 kHz) go on; tapes of two have no choice.
+enum class ChannelChoice : int32_t {
+    kAuto = 0,  // all where frames go to frames of the same standard, else 1 and 2
+    k1And2 = 1,
+    k3And4 = 2,
+    kMix = 3,  // the mean of 1 and 3, and of 2 and 4
+    kAll = 4,
+};
+
 // The shape of a picture.
 enum class Aspect : int32_t { kAsSource = 0, k4x3 = 1, k16x9 = 2 };
 

@@ -99,6 +99,9 @@ void FillConversionSettings(const ConversionOptions& options, const DVCodecLists
     settings.conversion_options = OptionBits(options);
     settings.audio_interleave_factor = options.aileave;
     settings.audio_search = CompanionSearch::kByName;
+    settings.sound_follows = options.sync != 0;
+    settings.sound_untouched = options.sndkeep != 0;
+    settings.channels = static_cast<ChannelChoice>(options.channels);
     settings.dv_data_conversion = static_cast<DataConversion>(options.dataconv);
     settings.dv_encoder = FindByName(codecs.encoders, options.DVencoder);
     settings.dv_decoder = FindByName(codecs.decoders, options.DVdecoder);

@@ -36,6 +36,9 @@ struct ConversionOptions {
     int32_t add_idx1 = 1;
     int32_t qt_dvcp = 1;
     int32_t channeloptions = 4;
+    int32_t sync = 1;      // sound follows its pictures
+    int32_t sndkeep = 0;   // copies into frames keep their audio blocks
+    int32_t channels = 0;  // which of a tape's four
     int32_t omfspec = 2;
     int32_t omfaudi = 1;
     int32_t srcint = 2;

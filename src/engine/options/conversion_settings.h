@@ -57,6 +57,9 @@ struct ConversionSettings {
     int32_t audio_interleave_factor = 0;  // frames between two chunks of a separate audio track
     CompanionSearch audio_search = CompanionSearch::kNone;
     const char* audio_file = nullptr;  // searched where audio_search is kInFile
+    bool sound_follows = true;         // its pictures, where a tape's sound runs away from them
+    bool sound_untouched = false;      // copies into frames keep their audio blocks bit for bit
+    ChannelChoice channels = ChannelChoice::kAuto;
     DataConversion dv_data_conversion = DataConversion::kKeep;
     const DVCodecEntry* dv_encoder = nullptr;  // null: none is set
     const DVCodecEntry* dv_decoder = nullptr;

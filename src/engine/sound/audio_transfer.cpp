@@ -16,6 +16,12 @@ constexpr uint32_t kAssumedRate = 48000;  // hertz, of a clip without sound
 constexpr uint64_t kMostWait = 250;
 constexpr size_t kMargin = 256;  // bytes that the FIFO holds beyond what the next frame needs
 
+// The sound of frames can be measured against their pictures.
+bool FollowsFrames(const AudioSetup& setup)
+{
+    return setup.follows && setup.source_is_dv && !setup.OutrunsFrames();
+}
+
 std::string WrongRate(uint32_t rate)
 {
     return "Wrong sample rate in input audio stream (" + std::to_string(rate) + " Hz)!";
@@ -24,7 +30,10 @@ std::string WrongRate(uint32_t rate)
 }  // namespace
 
 AudioTransfer::AudioTransfer(const AudioSetup& setup)
-    : fSetup(setup), fFrames(setup.source_is_pal), fTrack(setup.interleave)
+    : fSetup(setup),
+      fSync(FollowsFrames(setup) ? std::optional<PictureSync>(setup.pace) : std::nullopt),
+      fFrames(setup, fFifo, fSync ? &fSync->Map() : nullptr),
+      fTrack(setup.interleave)
 {
 }
 
@@ -46,7 +55,14 @@ void AudioTransfer::Know(uint32_t rate, uint32_t channels)
     fChannels = channels;
     fCadence = CadenceFor(rate, fSetup.destination_is_pal);
     fTrack.SetGroup(Group());
-    if (fSetup.separate_track) fTrack.Owe(OwedWithoutRate() * Group());
+    const double speed = fSetup.follows ? fSetup.pace.speed : 1;
+    const bool counted = FromFrames() && fSetup.FramesToFrames() && !fSetup.OutrunsFrames();
+    if (speed != 1 && !counted && !fOutlet) fOutlet.emplace(channels, speed);
+    if (!fSetup.separate_track) return;
+    const size_t owed = OwedWithoutRate();
+    if (fOutlet) fOutlet->Ask(owed, speed);
+    fTrack.Owe(owed * Group());
+    fTaken += owed * Group();
 }
 
 uint64_t AudioTransfer::OwedWithoutRate() const
@@ -65,13 +81,17 @@ void AudioTransfer::OweWithoutRate(uint64_t number)
 
 size_t AudioTransfer::Enough() const
 {
-    return std::min(fTrack.Pending() + fCadence.base * Group() + kMargin,
-                    AudioFifo::kMaximum / 3 * 2);
+    size_t enough = fTrack.Pending() + fCadence.base * Group() + kMargin;
+    // What goes faster takes more, and is looked at ahead.
+    if (fOutlet)
+        enough = static_cast<size_t>(static_cast<double>(enough) * fSetup.pace.speed) +
+                 2 * Resampler::kLookAhead * Group();
+    return std::min(enough, AudioFifo::kMaximum / 3 * 2);
 }
 
 Result<> AudioTransfer::FrameRead(std::span<uint8_t> frame)
 {
-    if (fStream) return {};
+    if (fStream || !TakesSound()) return {};
     if (fSetup.companions && !fCompanionsSought)
         if (auto opened = OpenCompanions(); !opened) return opened;
     if (fCompanion.IsOpen())
@@ -83,21 +103,14 @@ Result<> AudioTransfer::FrameRead(std::span<uint8_t> frame)
 
 void AudioTransfer::FrameRepeated()
 {
-    if (fStream || fCompanion.IsOpen() || !fSetup.source_is_dv) return;
-    if (fRate == 0) {
-        fSilentFrames++;
-        return;
-    }
-    const size_t before = fFifo.Count();
-    // A full FIFO makes the silence short by that much.
-    static_cast<void>(fFrames.PutSilence(fFrameRate, fFifo));
-    fPut += fFifo.Count() - before;
+    if (TakesSound() && FromFrames() && fSetup.source_is_dv) fFrames.TakeSilence();
 }
 
 double AudioTransfer::UnreadSeconds() const
 {
     if (fRate == 0) return 0;
-    const uint64_t bytes = (fStream ? fStream->LostBytes() : 0) + fCompanion.LostBytes() + fLost;
+    const uint64_t bytes =
+        (fStream ? fStream->LostBytes() : 0) + fCompanion.LostBytes() + fFrames.LostBytes();
     return static_cast<double>(bytes) / static_cast<double>(Group()) / fRate;
 }
 
@@ -119,35 +132,17 @@ Result<> AudioTransfer::OpenCompanions()
 void AudioTransfer::ExtractFrom(std::span<uint8_t> bytes)
 {
     fFrame.AttachFrame(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    const uint32_t rate = FrameAudioReader::RateOf(fFrame);
-    if (fRate == 0) {
-        if (rate == 0) {
-            fSilentFrames++;
-            return;
-        }
-        StartFrames(rate);
-    }
-    // A separate track has one rate for good: frames of another give silence there.
-    if (rate != 0 && rate != fFrameRate && !fSetup.separate_track) {
-        fMarks.push_back({fPut, rate});
-        fFrameRate = rate;
-    } else if (rate != 0 && rate != fFrameRate)
-        fSilenced += fSetup.source_is_pal ? 1 / 25.0 : 1001 / 30000.0;
-    const size_t before = fFifo.Count();
-    // A full FIFO makes the sound short by a frame.
-    if (fFrames.ExtractFrameAudio(fFrame, fFrameRate, fFifo) != kOK)
-        fLost += fCadence.base * Group();
-    fPut += fFifo.Count() - before;
+    if (fFrames.IsFirst(fFrame)) StartFrames(FrameAudioReader::InfoOf(fFrame));
+    fFrames.Take(fFrame);
 }
 
 // The frames so far had no sound: silence stands for them, except for what is past already.
-void AudioTransfer::StartFrames(uint32_t rate)
+void AudioTransfer::StartFrames(const AudioInfo& info)
 {
-    Know(rate, 2);
-    fFrameRate = rate;
-    uint64_t silence = SamplesOfFrames(fSilentFrames, rate, fSetup.source_is_pal);
-    if (!fSetup.separate_track) silence -= std::min(silence, OwedWithoutRate());
-    if (fFifo.PutSilence(static_cast<size_t>(silence * Group())) == kOK) fPut += silence * Group();
+    fRate = info.sample_rate;
+    fFrames.Begin(info, fSetup.separate_track ? 0 : OwedWithoutRate());
+    fTaken = fFrames.Past();
+    Know(info.sample_rate, fFrames.Channels());
 }
 
 Status AudioTransfer::TurnRead()
@@ -163,17 +158,26 @@ Result<> AudioTransfer::CheckRate() const
     return Failure{kWrongSampleRate, WrongRate(fRate)};
 }
 
+// As the cadence has it, or as many as belong to the frame.
+uint32_t AudioTransfer::SamplesFor(uint64_t number)
+{
+    const bool follows = fSync && FromFrames() && fSync->Follows(fTaken);
+    if (!follows) return fCadence.Count(number);
+    const FrameSamples& range = FindAudioRate(fRate)->For(fSetup.destination_is_pal);
+    return fSync->Samples(fTaken, Group(), {range.least, range.most});
+}
+
 // Each change of rate falls between two output frames. Where it does not, either silence fills the
 // rest of the frame, or what is left of the old sound is dropped: whichever keeps closer step.
 void AudioTransfer::SwitchRate(uint64_t number)
 {
-    while (!fMarks.empty()) {
-        const uint64_t left = fMarks.front().at - fTaken;
-        const uint64_t wanted = fCadence.Count(number) * Group();
+    auto& marks = fFrames.Marks();
+    while (!marks.empty()) {
+        const uint64_t left = marks.front().at - fTaken;
+        const uint64_t wanted = SamplesFor(number) * Group();
         if (left >= wanted) return;
-        const double second = static_cast<double>(fRate) * static_cast<double>(Group());
-        const double later = fLate + static_cast<double>(wanted - left) / second;
-        const double earlier = fLate - static_cast<double>(left) / second;
+        const double later = fLate + static_cast<double>(wanted - left) / BytesASecond();
+        const double earlier = fLate - static_cast<double>(left) / BytesASecond();
         if (left > 0 && std::fabs(later) < std::fabs(earlier)) {
             fLate = later;
             return;
@@ -181,25 +185,63 @@ void AudioTransfer::SwitchRate(uint64_t number)
         fLate = earlier;
         fFifo.Drop(static_cast<size_t>(left));
         fTaken += left;
-        Know(fMarks.front().rate, fChannels);
-        fMarks.pop_front();
+        Know(marks.front().rate, fChannels);
+        marks.pop_front();
     }
 }
 
-void AudioTransfer::EmbedInto(std::span<uint8_t> bytes, uint64_t number)
+// Fills `sound` as far as there is any.
+void AudioTransfer::TakeSound(std::span<uint8_t> sound)
+{
+    if (fOutlet) {
+        fOutlet->Ask(sound.size() / Group(), fSetup.pace.speed);
+        // It fails when its ring is full, which it never is with a frame at a time.
+        static_cast<void>(RunOutlet(SourceEnded()));
+        fMade.Get(sound);
+        return;
+    }
+    size_t there = sound.size();
+    const auto& marks = fFrames.Marks();
+    if (!marks.empty()) there = static_cast<size_t>(std::min(there, marks.front().at - fTaken));
+    const size_t got = fFifo.Get(sound.first(there));
+    fTaken += got;
+    if (!FromFrames()) fMissing += sound.size() - got;
+}
+
+// The audio blocks of a frame go where its picture goes.
+void AudioTransfer::KeepBlocks(std::span<uint8_t> frame, const FrameOrigin& origin, AudioHalf half)
+{
+    if (frame.data() != origin.bytes.data()) CopyAudioBlocks(origin.bytes, frame, half);
+    if (origin.repeated) SilenceAudioBlocks(frame, half);
+}
+
+// True when the frame's channels 3 and 4 are to stand in the output as they are.
+bool AudioTransfer::KeepsOtherPair(const FrameOrigin& origin)
+{
+    if (!fSetup.KeepsOtherPair() || !FromFrames() || fRate != kFourChannelRate) return false;
+    // Read only, as all that is asked of a frame here.
+    fFrame.AttachFrame(const_cast<uint8_t*>(origin.bytes.data()),
+                       static_cast<uint32_t>(origin.bytes.size()));
+    const AudioInfo info = FrameAudioReader::InfoOf(fFrame);
+    return info.sample_rate == kFourChannelRate && info.channels == 4;
+}
+
+void AudioTransfer::EmbedInto(std::span<uint8_t> bytes, uint64_t number, const FrameOrigin& origin)
 {
     if (fSetup.separate_track) return;
+    if (fSetup.untouched) return KeepBlocks(bytes, origin, AudioHalf::kBoth);
     if (!IsKnownRate(fRate)) {
         OweWithoutRate(number);
         return;
     }
     SwitchRate(number);
-    fScratch.assign(fCadence.Count(number) * Group(), 0);
-    size_t there = fScratch.size();
-    if (!fMarks.empty()) there = static_cast<size_t>(std::min(there, fMarks.front().at - fTaken));
-    fTaken += fFifo.Get(std::span(fScratch).first(there));
+    fScratch.assign(SamplesFor(number) * Group(), 0);
+    TakeSound(fScratch);
+    const bool keeps = KeepsOtherPair(origin);
     fFrame.AttachFrame(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    EmbedFrameAudio(fFrame, fScratch, fRate, fChannels);
+    if (!keeps) return EmbedFrameAudio(fFrame, fScratch, fRate, fChannels);
+    fFrame.EmbedFirstPair(fScratch);
+    KeepBlocks(bytes, origin, AudioHalf::kSecond);
 }
 
 bool AudioTransfer::SourceEnded() const
@@ -209,18 +251,56 @@ bool AudioTransfer::SourceEnded() const
     return !fSetup.source_is_dv;
 }
 
+// One more frame's sound is owed to the track.
+void AudioTransfer::OweFrame(uint64_t number)
+{
+    const size_t samples = fCadence.Count(number), bytes = samples * Group();
+    const bool resampled = fOutlet.has_value();
+    double speed = fSetup.pace.speed;
+    if (fSync && FromFrames()) {
+        if (fSync->Follows(fTaken) && !resampled) BeginOutlet(bytes);
+        const double given = resampled ? fOutletBegin + fOutlet->Position() * double(Group())
+                                       : static_cast<double>(fTaken);
+        speed = fSync->Speed(given, BytesASecond(),
+                             fSetup.destination_is_pal ? 1 / 25.0 : 1001 / 30000.0);
+    }
+    if (resampled) fOutlet->Ask(samples, speed);
+    fTrack.Owe(bytes);
+    fTaken += bytes;
+}
+
+// From the frame after this one on sound follows its pictures; what is owed before goes as it is.
+void AudioTransfer::BeginOutlet(size_t bytes)
+{
+    fScratch.assign(fTrack.Pending() + bytes, 0);
+    const size_t got = fFifo.Get(fScratch);
+    static_cast<void>(fMade.Put(std::span(fScratch).first(got)));  // no more than it was elsewhere
+    fOutlet.emplace(fChannels, 1.0);
+    fOutlet->Precede(std::span(fScratch).last(bytes));
+    fOutletBegin = static_cast<double>(fTaken + bytes);
+}
+
+Status AudioTransfer::RunOutlet(bool ended)
+{
+    return fOutlet ? fOutlet->Run(fFifo, ended, fMade) : Status(kOK);
+}
+
 Status AudioTransfer::FrameWritten(uint64_t number, AudioTrack& track)
 {
     if (fRate == 0 && fSetup.separate_track) {
         OweWithoutRate(number);
+        if (fSync) fSync->Advance();
         if (fSetup.source_is_dv && fFramesWithoutRate < kMostWait) return kOK;
-        StartFrames(kAssumedRate);
-    } else if (fSetup.separate_track) {
-        fTrack.Owe(fCadence.Count(number) * Group());
+        StartFrames({.sample_rate = kAssumedRate, .channels = 2});
+    } else {
+        if (fSetup.separate_track) OweFrame(number);
+        if (fSync) fSync->Advance();
     }
     if (fRate == 0) return kOK;
     DeclareTrack(track);
-    return fSetup.separate_track ? fTrack.FrameWritten(fFifo, SourceEnded(), track) : kOK;
+    if (!fSetup.separate_track) return kOK;
+    if (const Status made = RunOutlet(SourceEnded()); made != kOK) return made;
+    return fTrack.FrameWritten(fOutlet ? fMade : fFifo, SourceEnded(), track);
 }
 
 Status AudioTransfer::Finish(AudioTrack& track)
@@ -228,9 +308,37 @@ Status AudioTransfer::Finish(AudioTrack& track)
     if (!fSetup.separate_track) return kOK;
     if (fRate == 0) Know(kAssumedRate, 2);
     DeclareTrack(track);
+    if (const Status last = fFrames.Finish(); last != kOK) return last;
+    if (fOutlet) {
+        if (const Status made = RunOutlet(true); made != kOK) return made;
+        return fTrack.Finish(fMade, 0, track);
+    }
     // What lies behind the end of a film in a file beside it does not belong to the film.
     const size_t more = fCompanion.IsOpen() ? 0 : fCadence.base * Group();
     return fTrack.Finish(fFifo, more, track);
+}
+
+size_t AudioTransfer::ChannelsLeftOut() const
+{
+    const size_t more =
+        !FromFrames() && !fSetup.separate_track && fChannels > 2 ? fChannels - 2 : 0;
+    return fCompanion.ChannelsLeftOut() + more;
+}
+
+double AudioTransfer::SecondsLeftOver()
+{
+    if (fRate == 0) return 0;
+    const uint64_t rest =
+        fFifo.Count() + (fStream ? fStream->PassRest() : 0) + fCompanion.BytesLeft();
+    return static_cast<double>(rest) / BytesASecond();
+}
+
+double AudioTransfer::SecondsShort() const
+{
+    if (fRate == 0 || FromFrames()) return 0;
+    const double missing = fOutlet ? fOutlet->Missing() * static_cast<double>(Group())
+                                   : static_cast<double>(fMissing + fTrack.Padded());
+    return missing / BytesASecond();
 }
 
 void AudioTransfer::DeclareTrack(AudioTrack& track)

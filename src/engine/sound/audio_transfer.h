@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,31 +9,30 @@
 
 #include "base/result.h"
 #include "base/status.h"
+#include "dv/audio_blocks.h"
 #include "dv/dif_frame.h"
 #include "engine/sound/audio_fifo.h"
+#include "engine/sound/audio_setup.h"
 #include "engine/sound/companion_audio.h"
-#include "engine/sound/frame_audio_reader.h"
+#include "engine/sound/frame_sound.h"
+#include "engine/sound/picture_sync.h"
+#include "engine/sound/resampler.h"
 #include "engine/sound/sample_cadence.h"
 #include "engine/sound/stream_audio_reader.h"
 #include "engine/sound/track_audio_writer.h"
 
 namespace kelvane {
 
-// What is settled about the sound of one conversion before its frame loop begins.
-struct AudioSetup {
-    bool source_is_pal = false;
-    bool destination_is_pal = false;
-    bool source_is_dv = false;    // its frames can carry sound
-    bool separate_track = false;  // sound goes to a track of its own and not into frames
-    int32_t interleave = 1;       // frames between two chunks of that track
-    bool companions = false;      // look for companion files on the first frame
-    std::string source_path;      // beside which they lie
-    std::string companion;        // a file named by the user, instead of the search
+// The source frame behind an output frame.
+struct FrameOrigin {
+    std::span<const uint8_t> bytes;
+    bool repeated = false;  // it stands for one that could not be had, without its sound
 };
 
 // The sound of one conversion, from where it comes to where it goes: an audio stream of the source,
 // companion files or the source's DV frames; the destination's DV frames or a separate track. It
-// is moved sample for sample, never resampled, and in step with the pictures whatever is missing.
+// is moved sample for sample and in step with the pictures whatever is missing. Only where a tape's
+// own sound runs away from its pictures, or these change their speed, it follows them.
 // The frame loop calls the operations in the order in which they stand here. For one thread.
 class AudioTransfer {
 public:
@@ -59,7 +56,7 @@ public:
     // For each DV frame of the destination before it is written: puts the sound of output frame
     // `number` into it. Leaves the frame alone while no sound is known, and when there is a
     // separate track.
-    void EmbedInto(std::span<uint8_t> frame, uint64_t number);
+    void EmbedInto(std::span<uint8_t> frame, uint64_t number, const FrameOrigin& origin);
     // After each frame was written. The status of writing to the track, whose format is set as soon
     // as it is known.
     Status FrameWritten(uint64_t number, AudioTrack& track);
@@ -69,33 +66,50 @@ public:
     // What could not be read of the sound, or had no place in the output, in seconds; and what the
     // system said.
     double UnreadSeconds() const;
-    double SilencedSeconds() const { return fSilenced; }
     Status Reason() const;
+    // What a user should know of a run that went to its end, in seconds: sound behind the last
+    // picture, which is left out; pictures behind the end of a stream or companion, which are
+    // silent; frames of a tape that had no sound.
+    double SecondsLeftOver();
+    double SecondsShort() const;
+    double SilentSeconds() const { return fFrames.SilentSeconds(); }
+    // The sound is that of a stream or companion, whose length is its own.
+    bool HasOwnLength() const { return !FromFrames(); }
+    bool IsUntouched() const { return fSetup.untouched; }
+    // A tape's channels 3 and 4 have sound, which nobody asked to leave out.
+    bool LeftOutPair() const { return fFrames.LeftOutSound(); }
 
     // Hertz, and channels; 0 hertz while nothing is known.
     uint32_t Rate() const { return fRate; }
     uint32_t Channels() const { return fChannels; }
     // Companion files in use.
     const std::vector<std::string>& CompanionPaths() const { return fCompanion.Paths(); }
-    // Channels of theirs that go nowhere.
-    size_t ChannelsLeftOut() const { return fCompanion.ChannelsLeftOut(); }
+    // Channels of a stream or of companions that go nowhere.
+    size_t ChannelsLeftOut() const;
 
 private:
-    // From this byte of all that ever went through the FIFO on, the sound has another rate.
-    struct RateMark {
-        uint64_t at;
-        uint32_t rate;
-    };
-
     size_t Group() const { return size_t{2} * fChannels; }
+    double BytesASecond() const
+    {
+        return static_cast<double>(fRate) * static_cast<double>(Group());
+    }
     size_t Enough() const;
+    bool TakesSound() const { return !fSetup.untouched && !fSetup.nowhere; }
+    bool FromFrames() const { return !fStream && !fCompanion.IsOpen(); }
     void Know(uint32_t rate, uint32_t channels);
     void OweWithoutRate(uint64_t number);
     uint64_t OwedWithoutRate() const;  // samples, at the rate now known
     Result<> OpenCompanions();
     void ExtractFrom(std::span<uint8_t> frame);
-    void StartFrames(uint32_t rate);
+    void StartFrames(const AudioInfo& info);
+    uint32_t SamplesFor(uint64_t number);
     void SwitchRate(uint64_t number);
+    void TakeSound(std::span<uint8_t> sound);
+    void KeepBlocks(std::span<uint8_t> frame, const FrameOrigin& origin, AudioHalf half);
+    bool KeepsOtherPair(const FrameOrigin& origin);
+    void OweFrame(uint64_t number);
+    void BeginOutlet(size_t bytes);
+    Status RunOutlet(bool ended);
     void DeclareTrack(AudioTrack& track);
     bool SourceEnded() const;
 
@@ -110,19 +124,21 @@ private:
     CompanionAudio fCompanion;
     bool fCompanionsSought = false;
 
-    FrameAudioReader fFrames;
-    uint32_t fFrameRate = 0;        // of what enters the FIFO from frames, hertz
-    uint64_t fSilentFrames = 0;     // source frames before the first with sound
-    uint64_t fLost = 0;             // bytes from frames that the FIFO could not take
-    uint64_t fPut = 0, fTaken = 0;  // bytes from frames through the FIFO so far
-    std::deque<RateMark> fMarks;
-    double fSilenced = 0.0;  // seconds of frames whose sound had another rate than the track
-    double fLate = 0.0;      // seconds by which changes of rate have put sound behind its pictures
+    std::optional<PictureSync> fSync;  // of sound in the source's frames
+    FrameSound fFrames;
+    uint64_t fTaken = 0;  // bytes given to frames or owed to the track
+    double fLate = 0.0;   // seconds by which changes of rate have put sound behind its pictures
+
+    // Where the sound goes at another speed: behind the FIFO, and what it has made.
+    std::optional<Resampler> fOutlet;
+    double fOutletBegin = 0;  // bytes before it
+    AudioFifo fMade;
 
     TrackAudioWriter fTrack;
     bool fDeclared = false;
     uint64_t fFramesWithoutRate = 0;
     std::array<uint64_t, 3> fOwedWithoutRate{};  // samples, at each rate that may yet turn up
+    uint64_t fMissing = 0;                       // bytes that a stream or companion did not have
     std::vector<uint8_t> fScratch;
 };
 

@@ -182,6 +182,14 @@ bool CompanionAudio::Ended() const
                                [](const auto& reader) { return reader->Ended(); });
 }
 
+uint64_t CompanionAudio::BytesLeft() const
+{
+    int64_t most = 0;
+    for (size_t i = 0; i < fUsed && i < fReaders.size(); i++)
+        most = std::max(most, fReaders[i]->FramesLeft());
+    return static_cast<uint64_t>(most) * kSample * fChannels;
+}
+
 void CompanionAudio::Fill(AudioFifo& fifo, size_t enough)
 {
     if (!IsOpen() || fifo.Count() > enough) return;
@@ -216,9 +224,7 @@ void CompanionAudio::FillFromMany(AudioFifo& fifo)
             memcpy(&fMixed[i * frame + channel * kSample], &fMono[i * kSample], kSample);
         most = std::max(most, got);
     }
-    // Of four channels only half of what was read is kept. Deliberate.
-    const size_t bytes = most * kSample * 2;
-    static_cast<void>(fifo.Put(std::span(fMixed).first(bytes)));  // it fits: see frames
+    static_cast<void>(fifo.Put(std::span(fMixed).first(most * frame)));  // it fits: see frames
 }
 
 }  // namespace kelvane

@@ -29,6 +29,7 @@ public:
     // How many there were; 0 at the end. What cannot be read is silence.
     size_t Read(uint8_t* samples, size_t frames);
     bool Ended() const { return fLeft == 0; }
+    int64_t FramesLeft() const { return fLeft; }
     // Sample frames that could not be read, and what the system said first.
     uint64_t LostFrames() const { return fLost; }
     Status Reason() const { return fReason; }
@@ -71,6 +72,8 @@ public:
     // Tops up the FIFO when it holds no more than `enough` bytes.
     void Fill(AudioFifo& fifo, size_t enough);
     bool Ended() const;
+    // What it would still deliver.
+    uint64_t BytesLeft() const;
 
 private:
     bool OpenRun(CompanionName name);

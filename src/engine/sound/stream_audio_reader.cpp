@@ -51,6 +51,17 @@ void StreamAudioReader::TakeFailure(Status status)
     fLost += fSilence;
 }
 
+uint64_t StreamAudioReader::PassRest()
+{
+    uint64_t rest = fWaiting.size() - fPoured + fSilence;
+    while (fStatus == kOK) {
+        const uint64_t chunk = fStream.SkipChunk();
+        if (chunk == 0) fStatus = kEnd;
+        rest += chunk / fConverter.Coding().Bytes() * 2;
+    }
+    return rest;
+}
+
 void StreamAudioReader::PourSilence(AudioFifo& fifo)
 {
     const auto piece = static_cast<size_t>(std::min<uint64_t>(fSilence, AudioFifo::kInitial));

@@ -23,6 +23,8 @@ public:
     // chunk that cannot be read is silence. kOK, or the status of the read that ended the stream:
     // then or before, for it is not tried again.
     Status Fill(AudioFifo& fifo, size_t enough);
+    // Passes over what the stream still has; bytes of 16-bit samples.
+    uint64_t PassRest();
     bool Ended() const { return fStatus != kOK && fPoured == fWaiting.size() && fSilence == 0; }
 
     // Bytes of 16-bit samples that could not be read or had no place in the FIFO, and what the

@@ -32,6 +32,7 @@ Status TrackAudioWriter::WriteOwed(AudioFifo& fifo, bool pad, AudioTrack& track)
         std::fill(fBuffer.begin() + static_cast<ptrdiff_t>(got),
                   fBuffer.begin() + static_cast<ptrdiff_t>(bytes), uint8_t{0});
         fPending -= bytes;
+        fPadded += bytes - got;
         if (const Status status = track.WriteChunk(std::span(fBuffer).first(bytes)); status != kOK)
             return status;
     }

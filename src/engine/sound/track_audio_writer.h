@@ -21,6 +21,8 @@ public:
     void SetGroup(size_t bytes) { fGroup = bytes; }
     // Bytes owed to the next chunk.
     size_t Pending() const { return fPending; }
+    // Bytes of silence in place of what the FIFO lacked.
+    uint64_t Padded() const { return fPadded; }
     void Owe(uint64_t bytes) { fPending += static_cast<size_t>(bytes); }
     // A frame was written, and its sound is owed. When it is a chunk's turn, writes one; `ended`
     // says that nothing will come into the FIFO any more, so that silence takes the place of what
@@ -37,6 +39,7 @@ private:
     int32_t fFramesSinceChunk = 0;
     size_t fGroup = 1;
     size_t fPending = 0;  // bytes
+    uint64_t fPadded = 0;
     std::vector<uint8_t> fBuffer = std::vector<uint8_t>(288000);
 };
 

@@ -1,135 +1,14 @@
 // Sound through a whole conversion with made-up frames: no pictures, no files.
 
-#include "engine/sound/audio_transfer.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 
-#include "engine/sound/made_up_sound.h"
-#include "sample/sample_sound.h"
+#include "engine/sound/sound_loop.h"
 #include "support/temp_folder.h"
 
 namespace kelvane {
 namespace {
-
-double FramesPerSecond(bool pal)
-{
-    return pal ? 25.0 : 30 / 1.001;
-}
-
-// Sets a byte of the source packs in the audio blocks; with the first byte the packs are none.
-void SetInPacks(Bytes& frame, size_t at, uint8_t value)
-{
-    for (size_t sequence = 0; sequence * kDIFSequenceSize < frame.size(); sequence++)
-        for (size_t block = 0; block < kAudioBlocks; block++) {
-            uint8_t* pack = &frame[AudioBlockAt(sequence, block) + kAudioPackAt];
-            if (at == 0 || pack[0] == 0x50) pack[at] = value;
-        }
-}
-
-// Takes the sound away, but not its samples.
-void ErasePacks(Bytes& frame)
-{
-    SetInPacks(frame, 0, 0xFF);
-}
-
-void Embed(Bytes& frame, std::span<const uint8_t> sound)
-{
-    DIFFrame(frame.data(), uint32_t(frame.size())).EmbedAudio(sound, 48000, 2);
-}
-
-// The frame loop around the sound: reads source frames into a ring of four, writes output frames
-// in their own time, and gathers what is heard.
-struct SoundLoop {
-    // Of DV frames, with a chunk for five frames in a track.
-    SoundLoop(bool from, bool to, bool separate = false)
-        : setup{from, to, true, separate, 5, false, {}, {}}
-    {
-    }
-
-    // `make` gives source frame n its sound; it has none before.
-    void Go(uint64_t frames, const std::function<void(Bytes&, uint64_t)>& make = {})
-    {
-        const bool from = setup.source_is_pal, to = setup.destination_is_pal;
-        AudioTransfer transfer(setup);
-        if (stream) {
-            EXPECT_TRUE(transfer.SetSourceStream(*stream, SampleCoding{}, 48000, channels));
-        }
-        const double step = from == to ? 1.0 : from ? 25 / 29.97 : 1.1988;
-        Bytes frame(from ? 144000 : 120000, 0xFF), output(to ? 144000 : 120000, 0xFF);
-        output[3] = to ? 0xBF : 0x3F;
-        double position = 0;
-        for (uint64_t read = 0, number = 0;; number++, position += step) {
-            const auto current = uint64_t(position + 0.00001);
-            for (; read < current + 3; read++) {
-                if (read >= frames) continue;
-                frame[3] = from ? 0xBF : 0x3F;
-                ErasePacks(frame);
-                if (make) make(frame, read);
-                ASSERT_TRUE(transfer.FrameRead(frame));
-            }
-            static_cast<void>(transfer.TurnRead());
-            if (current >= frames) break;
-            ASSERT_TRUE(transfer.CheckRate());
-            shown.push_back(current);
-            ErasePacks(output);
-            transfer.EmbedInto(output, number);
-            if (!setup.separate_track) Hear(output);
-            ASSERT_EQ(0, transfer.FrameWritten(number, track));
-        }
-        EXPECT_EQ(0, transfer.Finish(track));
-    }
-
-    void Hear(Bytes& output)
-    {
-        DIFFrame frame(output.data(), uint32_t(output.size()));
-        AudioInfo info;
-        rates.push_back(frame.GetAudioInfo(info) ? info.sample_rate : 0);
-        Bytes sound(7776);
-        sound.resize(frame.ExtractAudio(sound, 3));
-        heard.insert(heard.end(), sound.begin(), sound.end());
-        first_sample.push_back(heard.size() / 4);
-    }
-
-    // All that came out.
-    const Bytes& Got() const { return setup.separate_track ? track.samples : heard; }
-    std::span<const uint8_t> HeardIn(size_t frame) const
-    {
-        return std::span(heard).first(first_sample[frame + 1] * 4).subspan(first_sample[frame] * 4);
-    }
-    // The source frame that is shown when a sample of what came out is heard.
-    int64_t ShownAt(uint64_t sample, uint32_t rate) const
-    {
-        const auto above = std::upper_bound(first_sample.begin(), first_sample.end(), sample);
-        const auto frame =
-            setup.separate_track
-                ? size_t(double(sample) / rate * FramesPerSecond(setup.destination_is_pal))
-                : size_t(above - first_sample.begin() - 1);
-        return int64_t(shown.at(std::min(frame, shown.size() - 1)));
-    }
-    // That what came out is as long as the pictures, to `most` seconds.
-    void ExpectLength(uint32_t rate, double most) const
-    {
-        EXPECT_NEAR(double(shown.size()) / FramesPerSecond(setup.destination_is_pal),
-                    double(Got().size() / 4) / rate, most);
-    }
-    void ExpectBegin(const Bytes& expected) const
-    {
-        ASSERT_GE(Got().size(), expected.size());
-        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), Got().begin()));
-    }
-
-    AudioSetup setup;
-    AudioStream* stream = nullptr;  // at 48000 hertz; otherwise the frames have the sound
-    uint32_t channels = 2;          // of it
-    MadeUpTrack track;
-    Bytes heard;                               // in all output frames
-    std::vector<uint64_t> first_sample = {0};  // of each output frame within it, and the end
-    std::vector<uint64_t> shown;               // source frame behind each output frame
-    std::vector<uint32_t> rates;               // in each output frame; 0 without sound
-};
 
 // PAL or not, and whether sound goes to a track.
 constexpr std::tuple<bool, bool, bool> kWays[] = {
