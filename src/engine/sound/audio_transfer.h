@@ -77,6 +77,11 @@ public:
     uint32_t Channels() const { return fChannels; }
     // Companion files in use.
     const std::vector<std::string>& CompanionPaths() const { return fCompanion.Paths(); }
+    // Files of such names without sound that can be used.
+    const std::vector<CompanionAudio::Unused>& CompanionsPassedOver() const
+    {
+        return fCompanion.PassedOver();
+    }
     // Channels of theirs that go nowhere.
     size_t ChannelsLeftOut() const { return fCompanion.ChannelsLeftOut(); }
 
