@@ -61,7 +61,8 @@ public:
         if (!IsConvertible()) return "Source is not a DV QuickTime.";
         is_pal = format.FrameRate() == 25.0f;
         if (fFile.TrackCodec(fVideo) == "raw "_4cc) fRows = PictureRows(format, kQTRowMultiple);
-        fStart = fFile.Start(fVideo, format, fSound);
+        // Sound that will not be heard begins nowhere.
+        fStart = fFile.Start(fVideo, format, audio_coding.IsSupported() ? fSound : -1);
         fTimes = fFile.PictureTimes(fVideo, format, fStart.held);
         const double seconds = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f);
         const RawAudioFormat& sound = audio_format.raw_audio;
