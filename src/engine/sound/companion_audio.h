@@ -10,7 +10,7 @@
 #include "base/status.h"
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/companion_names.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 #include "media/samples/audio_file.h"
 
 namespace kelvane {

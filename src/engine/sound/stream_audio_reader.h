@@ -7,7 +7,7 @@
 #include "base/status.h"
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/audio_stream.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 namespace kelvane {
 

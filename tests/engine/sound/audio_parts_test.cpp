@@ -11,7 +11,7 @@
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/made_up_sound.h"
 #include "engine/sound/sample_cadence.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 namespace kelvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 #include <algorithm>
 #include <bit>
