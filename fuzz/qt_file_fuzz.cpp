@@ -68,6 +68,20 @@ void WalkStream(QTFile& file, int32_t stream, uint64_t anywhere)
     }
 }
 
+// With any other stream for its sound.
+void AskHowItBegins(QTFile& file, int32_t stream, uint64_t anywhere)
+{
+    const SampleCoding coding = file.SoundCoding(stream);
+    Expect(!coding.IsSupported() || coding.Bytes() <= 8);
+    const MediaFormat format = file.StreamFormat(stream);
+    const auto other = static_cast<int32_t>(anywhere % 9) - 1;
+    const QTStart start = file.Start(stream, format, other);
+    const QTPictureTimes times = file.PictureTimes(stream, format, start.held);
+    for (const uint64_t frame : {uint64_t{0}, start.held, start.held + 1, times.Count() / 2})
+        if (frame < times.Count()) static_cast<void>(times.At(frame));
+    Expect(times.Count() == 0 || !times.At(0).held);
+}
+
 }  // namespace
 
 // With an empty corpus folder as the last argument, good movies of several kinds are put there
@@ -101,6 +115,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         anywhere = anywhere * 31 + data[size - 1 - i];
     for (int32_t stream = 0; stream < file.CountStreams(); stream++)
         WalkStream(file, stream, anywhere);
+    for (int32_t stream = 0; stream < std::min(file.CountStreams(), kThorough); stream++)
+        AskHowItBegins(file, stream, anywhere);
     // Of a stream that does not exist nothing comes.
     Expect(file.FrameSize(file.CountStreams(), 0) == 0 && file.SeekFrame(-1, 0) != kOK);
     return 0;

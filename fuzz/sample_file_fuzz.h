@@ -39,6 +39,7 @@ void ReadSamples(const char* path)
     constexpr int32_t kFrames = 16;
     if (frame > 1 << 20) return;  // the buffer is ours to provide
     std::vector<uint8_t> buffer(kFrames * frame);
+    if (file.HasSound() && file.Coding().Bytes() * format.ch != frame) std::abort();
     int32_t count = kFrames;
     int64_t done = 0;
     for (; done < 100 * kFrames; done += count) {

@@ -49,7 +49,8 @@ Bytes QTTable(std::initializer_list<uint64_t> values, size_t entry_values, size_
 
 Bytes QTTestTrack::Build() const
 {
-    const Bytes fixed = Join({Text(format), Bytes(6), Big(1, 2), Big(0), Text("test")});
+    const Bytes fixed =
+        Join({Text(format), Bytes(6), Big(1, 2), Big(version, 2), Big(0, 2), Text("test")});
     const Bytes picture =
         Join({Big(0), Big(0), Big(width, 2), Big(height, 2), Big(72 << 16), Big(72 << 16), Big(0),
               Big(1, 2), Bytes(32), Big(depth, 2), Big(65535, 2)});
@@ -74,7 +75,39 @@ Bytes QTTestTrack::Build() const
     };
     const Bytes tkhd =
         QTAtom("tkhd", {Bytes(76), shown(shown_width, width), shown(shown_height, height)});
-    return QTAtom("trak", {tkhd, QTAtom("mdia", {mdhd, minf})});
+    const Bytes elst = QTAtom("elst", {Big(0), Big(edits.size() / 12), edits});
+    return QTAtom("trak", {tkhd, edits.empty() ? Bytes() : QTAtom("edts", {elst}),
+                           QTAtom("mdia", {mdhd, minf})});
+}
+
+QTTestTrack QTTestTrack::Packed(const std::string& format, bool little)
+{
+    const Bytes wave = QTAtom(
+        "wave", {QTAtom("frma", {Text(format)}), QTAtom("enda", {Big(little, 2)}), Big(8), Big(0)});
+    return {.video = false,
+            .format = format,
+            .scale = 48000,
+            .duration = 1,
+            .stco = QTTable({8, 16}),
+            .extension = Join({Bytes(16, 1), QTAtom("chan", {Bytes(16)}), wave}),
+            .version = 1};
+}
+
+QTTestTrack QTTestTrack::Wide(const std::string& format, uint64_t channels, uint64_t bits,
+                              uint64_t flags, uint64_t frame_bytes)
+{
+    const Bytes rate = Big(0x40E7700000000000, 8);  // 48000 as a 64-bit float
+    return {.video = false,
+            .format = format,
+            .channels = 3,
+            .rate = 1,
+            .scale = 48000,
+            .duration = 1,
+            .stco = QTTable({8, 16}),
+            .extension = Join({Big(72), rate, Big(channels), Big(0x7F000000), Big(bits), Big(flags),
+                               Big(frame_bytes), Big(1)}),
+            .compression_id = 65534,
+            .version = 2};
 }
 
 Bytes QTMovieHeader()
@@ -171,6 +204,12 @@ std::vector<Bytes> QTSeedMovies()
                              .extension = Join({Bytes(16, 1), QTAtom("wave", {Big(1)})}),
                              .compression_id = 65534};
     seeds.push_back(QTMoov({outside, packed}));
+    const QTTestTrack late{.stco = QTTable({8, 16}),
+                           .edits = Longs({75, 0xFFFFFFFF, 0x10000, 72, 0, 0x10000})};
+    seeds.push_back(Join({QTAtom("mdat", {QTTinyMedia()}),
+                          QTMoov({late, QTTestTrack::Wide("lpcm", 2, 24, 14, 6)})}));
+    seeds.push_back(
+        Join({QTAtom("mdat", {QTTinyMedia()}), QTMoov({late, QTTestTrack::Packed("in24", true)})}));
     return seeds;
 }
 

@@ -37,10 +37,18 @@ struct QTTestTrack {
     bool wide_offsets = false;
     Bytes extension = {};  // behind the fixed part of the sample description
     uint32_t compression_id = 0;
+    uint32_t version = 0;       // of the sample description
+    Bytes edits = {};           // entries of an "elst" of version 0; empty: none
     Bytes data_reference = {};  // an entry of "dref"; empty: self-contained
     Bytes code = {};            // body of a "code" atom; empty: none
 
     Bytes Build() const;
+
+    // Sound at 48 kHz in chunks of two samples and one, by a description of version 1 that says in
+    // which order bytes are, and by one of version 2, whose older fields mean nothing.
+    static QTTestTrack Packed(const std::string& format, bool little);
+    static QTTestTrack Wide(const std::string& format, uint64_t channels, uint64_t bits,
+                            uint64_t flags, uint64_t frame_bytes);
 };
 
 Bytes QTMovieHeader();

@@ -4,6 +4,7 @@
 
 #include "base/status.h"
 #include "base/television.h"
+#include "dv/audio_rates.h"
 #include "engine/containers/container.h"
 #include "engine/timing/planned_frames.h"
 
@@ -44,9 +45,12 @@ MediaFormat DestinationFormat(const ConversionSettings& settings, const Source& 
 MediaFormat TrackFormat(const Source& source)
 {
     RawAudioFormat sound = kUsualSound;
-    if (source.audio_format.kind == kRawAudio) {
-        sound.ch = source.audio_format.raw_audio.ch;
-        sound.srate = source.audio_format.raw_audio.srate;
+    const RawAudioFormat& stream = source.audio_format.raw_audio;
+    // Sound of a rate that cannot be used is left out.
+    if (source.audio_format.kind == kRawAudio && stream.srate > 0 &&
+        IsKnownRate(static_cast<uint32_t>(stream.srate))) {
+        sound.ch = stream.ch;
+        sound.srate = stream.srate;
     }
     return MediaFormat(sound);
 }

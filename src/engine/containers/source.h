@@ -10,8 +10,8 @@
 #include "base/status.h"
 #include "engine/containers/file_type.h"
 #include "engine/sound/audio_stream.h"
-#include "engine/sound/sample_coding.h"
 #include "format/media_format.h"
+#include "format/sample_coding.h"
 
 namespace kelvane {
 

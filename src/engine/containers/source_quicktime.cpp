@@ -18,7 +18,11 @@ constexpr double kMostHoursHeld = 24;
 
 class QTAudio : public AudioStream {
 public:
-    QTAudio(QTFile& file, int32_t stream) : fFile(file), fStream(stream) {}
+    QTAudio(QTFile& file, int32_t stream, uint64_t silence)
+        : fFile(file), fStream(stream), fSilence(silence)
+    {
+    }
+    uint64_t LeadingSilence() const override { return fSilence; }
     uint32_t ChunkSize() override
     {
         const uint64_t size = fFile.FrameSize(fStream, fFile.FramePosition(fStream));
@@ -39,6 +43,7 @@ public:
 private:
     QTFile& fFile;
     int32_t fStream;
+    uint64_t fSilence;  // samples
 };
 
 class QuickTimeSource : public Source {
@@ -56,9 +61,17 @@ public:
         if (!IsConvertible()) return "Source is not a DV QuickTime.";
         is_pal = format.FrameRate() == 25.0f;
         if (fFile.TrackCodec(fVideo) == "raw "_4cc) fRows = PictureRows(format, kQTRowMultiple);
-        fTimes = fFile.PictureTimes(fVideo, format);
-        const double hours = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f) / 3600;
-        return hours > kMostHoursHeld ? "Quicktime parsing error, corrupted file" : "";
+        // Sound that will not be heard begins nowhere.
+        fStart = fFile.Start(fVideo, format, audio_coding.IsSupported() ? fSound : -1);
+        fTimes = fFile.PictureTimes(fVideo, format, fStart.held);
+        const double seconds = double(fTimes.Held()) / std::max(format.FrameRate(), 1.0f);
+        const RawAudioFormat& sound = audio_format.raw_audio;
+        const double silence = double(fStart.silence) / std::max(sound.srate, 1);
+        if (std::max(seconds, silence) > kMostHoursHeld * 3600)
+            return "Quicktime parsing error, corrupted file";
+        if (fSound >= 0)
+            fAudio = std::make_unique<QTAudio>(fFile, fSound, fStart.silence * sound.ch);
+        return "";
     }
 
     FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
@@ -78,6 +91,9 @@ public:
     uint64_t FramesSalvaged() const override { return fFile.Salvaged().frames; }
     std::string Warning() const override
     {
+        if (fStart.has_other_edits)
+            return "The edit list of the source is not followed: all of its pictures and sound are "
+                   "converted.";
         const QTSalvage salvage = fFile.Salvaged();
         if (salvage.frames == 0) return {};
         std::string text =
@@ -98,10 +114,10 @@ private:
         if (track.IsVideo() && fVideo < 0) {
             fVideo = stream;
             format = track;
-        } else if (track.IsAudio() && !fAudio) {
+        } else if (track.IsAudio() && fSound < 0) {
             audio_format = track;
-            if (track.kind == kRawAudio) audio_coding = QuickTimeCoding(track.raw_audio);
-            fAudio = std::make_unique<QTAudio>(fFile, stream);
+            audio_coding = fFile.SoundCoding(stream);
+            fSound = stream;
         }
     }
 
@@ -124,7 +140,8 @@ private:
     }
 
     QTFile fFile;
-    int32_t fVideo = -1;
+    int32_t fVideo = -1, fSound = -1;
+    QTStart fStart;
     QTPictureTimes fTimes;
     PictureRows fRows;
     std::unique_ptr<QTAudio> fAudio;

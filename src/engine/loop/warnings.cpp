@@ -72,6 +72,12 @@ std::string OfCompanions(const OpenFiles& files, const ConversionSettings& setti
     return "The sound is that of " + NamesOf(paths) + ", in place of the film's own.";
 }
 
+std::string OfUnusedCompanion(const CompanionAudio::Unused& file)
+{
+    return std::filesystem::path(file.path).filename().string() +
+           " beside the film was not taken for its sound: " + file.why;
+}
+
 std::string OfChannels(size_t left_out)
 {
     if (left_out == 0) return {};
@@ -129,6 +135,8 @@ std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& file
     add(OfSpeed(files));
     add(OfPulldown(settings, files.source));
     add(OfCompanions(files, settings));
+    for (const CompanionAudio::Unused& file : files.audio.CompanionsPassedOver())
+        add(OfUnusedCompanion(file));
     add(OfChannels(files.audio.ChannelsLeftOut()));
     const double rate = static_cast<double>(files.destination.format.FrameRate());
     if (loop.LastWish() == Wish::kGoOn && rate > 0) AddOfSound(files, 1 / rate, warnings);

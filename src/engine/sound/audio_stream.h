@@ -10,6 +10,8 @@ namespace kelvane {
 class AudioStream {
 public:
     virtual ~AudioStream() = default;
+    // Samples of silence, those of all channels, in front of the first chunk.
+    virtual uint64_t LeadingSilence() const { return 0; }
     // Room in bytes that the next chunk needs at most.
     virtual uint32_t ChunkSize() = 0;
     // Reads the next chunk into `room` bytes at `buffer`; `bytes` is what it had. 0, or the

@@ -313,9 +313,12 @@ Status AudioTransfer::Finish(AudioTrack& track)
         if (const Status made = RunOutlet(true); made != kOK) return made;
         return fTrack.Finish(fMade, 0, track);
     }
-    // What lies behind the end of a film in a file beside it does not belong to the film.
-    const size_t more = fCompanion.IsOpen() ? 0 : fCadence.base * Group();
-    return fTrack.Finish(fFifo, more, track);
+    // What lies behind the end of a film in a file beside it does not belong to the film; nor does
+    // what is more than a frame in a stream.
+    const size_t frame = fCadence.base * Group();
+    if (fStream) fRest = fStream->PassRest();
+    const bool belongs = !fCompanion.IsOpen() && fFifo.Count() + fRest <= fTrack.Pending() + frame;
+    return fTrack.Finish(fFifo, FromFrames() || belongs ? frame : 0, track);
 }
 
 size_t AudioTransfer::ChannelsLeftOut() const
@@ -328,9 +331,8 @@ size_t AudioTransfer::ChannelsLeftOut() const
 double AudioTransfer::SecondsLeftOver()
 {
     if (fRate == 0) return 0;
-    const uint64_t rest =
-        fFifo.Count() + (fStream ? fStream->PassRest() : 0) + fCompanion.BytesLeft();
-    return static_cast<double>(rest) / BytesASecond();
+    if (fStream) fRest += fStream->PassRest();
+    return static_cast<double>(fFifo.Count() + fRest + fCompanion.BytesLeft()) / BytesASecond();
 }
 
 double AudioTransfer::SecondsShort() const

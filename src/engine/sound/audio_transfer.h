@@ -84,6 +84,11 @@ public:
     uint32_t Channels() const { return fChannels; }
     // Companion files in use.
     const std::vector<std::string>& CompanionPaths() const { return fCompanion.Paths(); }
+    // Files of such names without sound that can be used.
+    const std::vector<CompanionAudio::Unused>& CompanionsPassedOver() const
+    {
+        return fCompanion.PassedOver();
+    }
     // Channels of a stream or of companions that go nowhere.
     size_t ChannelsLeftOut() const;
 
@@ -138,6 +143,7 @@ private:
     bool fDeclared = false;
     uint64_t fFramesWithoutRate = 0;
     std::array<uint64_t, 3> fOwedWithoutRate{};  // samples, at each rate that may yet turn up
+    uint64_t fRest = 0;  // bytes of a stream that nobody took
     uint64_t fMissing = 0;                       // bytes that a stream or companion did not have
     std::vector<uint8_t> fScratch;
 };

@@ -16,12 +16,6 @@ namespace {
 constexpr size_t kMostReaders = 4;
 constexpr size_t kSample = 2;  // bytes of what Fill delivers
 
-// IFF keeps samples signed and big-endian; 16-bit words have been exchanged by AIFFFile already.
-SampleCoding AIFFCoding(const RawAudioFormat& format)
-{
-    return {.bits = format.bitspersample, .big_endian = (format.bitspersample + 7) / 8 != 2};
-}
-
 // What the system says of a file that is there and does not let itself be read; kOK for all others.
 Status WhyUnreadable(const std::string& path, Status opened)
 {
@@ -36,6 +30,15 @@ Status WhyUnreadable(const std::string& path, Status opened)
     return status;
 }
 
+constexpr char kReadError[] = "Error reading source file (audio) ! ";
+
+// A file that lets itself be opened.
+bool IsThere(const std::string& path)
+{
+    uint8_t byte;
+    return FileReadHead(path.c_str(), &byte, 1) >= 0;
+}
+
 bool SameFormat(const RawAudioFormat& a, const RawAudioFormat& b)
 {
     return a.format == b.format && a.ch == b.ch && a.bitspersample == b.bitspersample &&
@@ -47,12 +50,20 @@ bool SameFormat(const RawAudioFormat& a, const RawAudioFormat& b)
 CompanionReader::CompanionReader(const std::string& path)
     : fFile(path.c_str(), kRead, AudioFileTypeOf(path.c_str()))
 {
+    fTrouble = FindTrouble();
+    fCoding = fFile.Coding();
+    if (IsUsable()) fLeft = fFile.PromisedFrames();
+}
+
+const char* CompanionReader::FindTrouble() const
+{
+    const Status opened = fFile.InitCheck();
     const RawAudioFormat* format = fFile.Format();
-    if (fFile.InitCheck() != kOK || !format) return;
-    if (format->ch == 0 || format->ch > kMostChannels) return;
-    fCoding = fFile.IsAIFF() ? AIFFCoding(*format) : RIFFCoding(*format);
-    fUsable = fCoding.IsSupported();
-    fLeft = fFile.PromisedFrames();
+    if (opened == kFormatNotSupported) return "it is no WAVE or AIFF file.";
+    if (opened == kAudioNotSupported) return "its samples are neither PCM nor float.";
+    if (opened != kOK || !format || !fFile.HasSound()) return "it is damaged.";
+    if (!fFile.Coding().IsSupported()) return "its samples have a size that is not known.";
+    return format->ch > kMostChannels ? "it has too many channels." : nullptr;
 }
 
 size_t CompanionReader::Read(uint8_t* samples, size_t frames)
@@ -67,16 +78,13 @@ size_t CompanionReader::Read(uint8_t* samples, size_t frames)
         fRaw.resize(static_cast<size_t>(count) * frame_size);
         into = fRaw.data();
     }
-    if (const Status status = fFile.Read(into, count); status != kOK || count == 0)
+    if (const Status status = fFile.ReadRaw(into, count); status != kOK || count == 0)
         return PassUnread(samples, wanted, status);
     fLeft -= count;
     fPosition += count;
     const auto got = static_cast<size_t>(count);
-    if (!fCoding.IsPlain()) {
-        const size_t bytes = got * frame_size;
-        if (fCoding.big_endian) SwapWords(into, into, bytes / 2);  // back to the file's order
-        ConvertSamples(fCoding, std::span(fRaw).first(bytes), samples);
-    }
+    if (!fCoding.IsPlain())
+        ConvertSamples(fCoding, std::span(fRaw).first(got * frame_size), samples);
     return got;
 }
 
@@ -120,8 +128,13 @@ Result<> CompanionAudio::FindCompanionAudio(const std::string& source_path, bool
 Result<> CompanionAudio::OpenCompanionAudio(const std::string& path, bool separate_track)
 {
     if (IsOpen()) return {};
-    return OpenRun(GivenCompanion(path)) || fUnreadable != kOK ? Settle(separate_track)
-                                                               : Result<>();
+    if (OpenRun(GivenCompanion(path)) || fUnreadable != kOK) return Settle(separate_track);
+    uint8_t byte;
+    if (fUnused.empty() && FileReadHead(path.c_str(), &byte, 1) < 0)
+        return Refuse(kReadError + path + " can't be read." + Status::System().Reason());
+    const std::string why = fUnused.empty() ? "it can't be opened." : fUnused.back().why;
+    fUnused.clear();
+    return Refuse(kReadError + path + " can't be used: " + why);
 }
 
 // Opens the file of this name and of the channels that follow. False when the first does not open.
@@ -133,7 +146,10 @@ bool CompanionAudio::OpenRun(CompanionName name)
         if (!reader->IsUsable()) reader = std::make_unique<CompanionReader>(name.path);
         if (!reader->IsUsable()) {
             fUnreadable = WhyUnreadable(name.path, reader->Opened());
-            if (fUnreadable != kOK) fPaths.push_back(name.path);
+            if (fUnreadable != kOK)
+                fPaths.push_back(name.path);
+            else if (IsThere(name.path))
+                fUnused.push_back({name.path, reader->Trouble()});
             break;
         }
         fReaders.push_back(std::move(reader));
@@ -148,8 +164,7 @@ Result<> CompanionAudio::Settle(bool separate_track)
 {
     // Sound that lies there is not passed over in silence.
     if (fUnreadable != kOK)
-        return Refuse("Error reading source file (audio) ! " + fPaths.back() + " can't be read." +
-                      fUnreadable.Reason());
+        return Refuse(kReadError + fPaths.back() + " can't be read." + fUnreadable.Reason());
     const RawAudioFormat format = fReaders[0]->Format();
     const bool same = std::ranges::all_of(
         fReaders, [&](const auto& reader) { return SameFormat(reader->Format(), format); });

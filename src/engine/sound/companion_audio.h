@@ -10,7 +10,7 @@
 #include "base/status.h"
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/companion_names.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 #include "media/samples/audio_file.h"
 
 namespace kelvane {
@@ -21,7 +21,9 @@ public:
     explicit CompanionReader(const std::string& path);
 
     // True when the file is open and holds samples that can be brought to 16 bits.
-    bool IsUsable() const { return fUsable; }
+    bool IsUsable() const { return !fTrouble; }
+    // Why it is not; null when it is.
+    const char* Trouble() const { return fTrouble; }
     // What came of opening it.
     Status Opened() const { return fFile.InitCheck(); }
     const RawAudioFormat& Format() const { return *fFile.Format(); }
@@ -37,7 +39,8 @@ public:
 private:
     AudioFile fFile;
     SampleCoding fCoding;
-    bool fUsable = false;
+    const char* fTrouble = nullptr;
+    const char* FindTrouble() const;
     size_t PassUnread(uint8_t* samples, size_t frames, Status status);
 
     int64_t fPosition = 0;
@@ -52,9 +55,9 @@ class CompanionAudio {
 public:
     // Looks for companion files beside the source by name.
     Result<> FindCompanionAudio(const std::string& source_path, bool separate_track);
-    // Takes the named file, and those of its further channels, instead. Both do nothing when files
-    // are open already. They fail (-18) when the files do not fit together, or one is there and
-    // cannot be read.
+    // Takes the named file, and those of its further channels, instead; fails when it cannot be
+    // used. Both do nothing when files are open already. They fail (-18) when the files do not fit
+    // together, or one is there and cannot be read.
     Result<> OpenCompanionAudio(const std::string& path, bool separate_track);
 
     bool IsOpen() const { return !fReaders.empty(); }
@@ -63,6 +66,12 @@ public:
     uint32_t Rate() const { return fRate; }
     // Channels of the files found that give no sound.
     size_t ChannelsLeftOut() const { return fLeftOut; }
+    // A file of a name that was looked for, whose contents are no sound that can be used.
+    struct Unused {
+        std::string path;
+        std::string why;
+    };
+    const std::vector<Unused>& PassedOver() const { return fUnused; }
     // The files found, up to four, in channel order.
     const std::vector<std::string>& Paths() const { return fPaths; }
     // Bytes of the sound delivered that could not be read and are silence; what the system said.
@@ -88,6 +97,7 @@ private:
     uint32_t fChannels = 0;
     uint32_t fRate = 0;  // hertz
     std::vector<std::string> fPaths;
+    std::vector<Unused> fUnused;
     Status fUnreadable = kOK;  // of the last of the paths
     std::vector<uint8_t> fMono, fMixed;
 };

@@ -54,6 +54,8 @@ void StreamAudioReader::TakeFailure(Status status)
 uint64_t StreamAudioReader::PassRest()
 {
     uint64_t rest = fWaiting.size() - fPoured + fSilence;
+    fPoured = fWaiting.size();
+    fSilence = 0;
     while (fStatus == kOK) {
         const uint64_t chunk = fStream.SkipChunk();
         if (chunk == 0) fStatus = kEnd;

@@ -7,7 +7,7 @@
 #include "base/status.h"
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/audio_stream.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 namespace kelvane {
 
@@ -15,7 +15,7 @@ namespace kelvane {
 class StreamAudioReader {
 public:
     StreamAudioReader(AudioStream& stream, const SampleCoding& coding)
-        : fStream(stream), fConverter(coding)
+        : fStream(stream), fConverter(coding), fSilence(2 * stream.LeadingSilence())
     {
     }
 
@@ -48,7 +48,7 @@ private:
     std::vector<uint8_t> fChunk;
     std::vector<uint8_t> fWaiting;  // samples of a chunk that the FIFO could not take whole
     size_t fPoured = 0;             // of these
-    uint64_t fSilence = 0;          // bytes in place of a chunk that could not be read
+    uint64_t fSilence;              // bytes in front, or in place of what could not be read
     uint64_t fLost = 0;
     Status fReason = kOK;
 };

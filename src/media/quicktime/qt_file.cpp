@@ -7,6 +7,7 @@
 #include "base/quietly.h"
 #include "base/status.h"
 #include "media/quicktime/structure/qt_fields.h"
+#include "media/quicktime/structure/qt_sound.h"
 
 namespace kelvane {
 
@@ -52,7 +53,17 @@ MediaFormat QTFile::StreamFormat(int32_t stream) const
     const QTStream* s = StreamAt(stream);
     if (!s) return {};
     const QTTrack& track = fMovie.TrackOf(*s);
-    return s->kind == QTStream::kVideo ? QTVideoFormat(track) : QTSoundFormat(track);
+    return s->kind == QTStream::kVideo ? QTVideoFormat(track) : QTSoundOf(track).format;
+}
+
+SampleCoding QTFile::SoundCoding(int32_t stream) const
+{
+    const QTStream* s = StreamAt(stream);
+    if (!s || s->kind != QTStream::kSound) return kNoSampleCoding;
+    const QTSound sound = QTSoundOf(fMovie.TrackOf(*s));
+    SampleCoding coding = sound.coding;
+    if (sound.HasBigWords()) coding.big_endian = false;
+    return coding;
 }
 
 uint32_t QTFile::TrackCodec(int32_t stream) const
@@ -84,12 +95,22 @@ int64_t QTFile::ChunkCount(int32_t stream) const
     return s ? static_cast<int64_t>(fMovie.TrackOf(*s).samples.ChunkCount()) : 0;
 }
 
-QTPictureTimes QTFile::PictureTimes(int32_t stream, const MediaFormat& format) const
+QTPictureTimes QTFile::PictureTimes(int32_t stream, const MediaFormat& format, uint64_t held) const
 {
     const QTStream* s = StreamAt(stream);
     if (!s || s->kind != QTStream::kVideo) return {};
     const QTTrack& track = fMovie.TrackOf(*s);
-    return {track.samples.times, QTFrameTimeOf(track, format)};
+    return {track.samples.times, QTFrameTimeOf(track, format), held};
+}
+
+QTStart QTFile::Start(int32_t video, const MediaFormat& format, int32_t sound) const
+{
+    const QTStream* picture = StreamAt(video);
+    if (!picture) return {};
+    const QTTrack& track = fMovie.TrackOf(*picture);
+    const QTStream* heard = StreamAt(sound);
+    return QTStartOf(fMovie, track, QTFrameTimeOf(track, format),
+                     heard ? &fMovie.TrackOf(*heard) : nullptr);
 }
 
 int64_t QTFile::FramePosition(int32_t stream) const

@@ -7,6 +7,8 @@
 
 #include "base/status.h"
 #include "format/media_format.h"
+#include "format/sample_coding.h"
+#include "media/quicktime/reader/qt_edits.h"
 #include "media/quicktime/reader/qt_reader.h"
 #include "media/quicktime/structure/qt_formats.h"
 #include "media/quicktime/structure/qt_movie.h"
@@ -46,6 +48,9 @@ public:
     // A video stream, whether its format is known or not; all others are sound.
     bool IsVideo(int32_t stream) const;
     MediaFormat StreamFormat(int32_t stream) const;
+    // How the samples lie in what ReadFrame gives of a sound stream; not supported for what is
+    // neither PCM nor float.
+    SampleCoding SoundCoding(int32_t stream) const;
     // Data format of the first sample description, first character in the top byte.
     uint32_t TrackCodec(int32_t stream) const;
     // Microseconds.
@@ -53,8 +58,11 @@ public:
     // Frames of video, sample frames of sound.
     int64_t SampleCount(int32_t stream) const;
     int64_t ChunkCount(int32_t stream) const;
-    // Which samples of a video stream stand for the frames of a film of this format.
-    QTPictureTimes PictureTimes(int32_t stream, const MediaFormat& format) const;
+    // Which samples of a video stream stand for the frames of a film of this format; the first one
+    // for `held` frames more.
+    QTPictureTimes PictureTimes(int32_t stream, const MediaFormat& format, uint64_t held) const;
+    // How a video stream of this format and a sound stream (-1: there is none) begin together.
+    QTStart Start(int32_t video, const MediaFormat& format, int32_t sound) const;
 
     // -- Reading. A destination answers 0 or -1.
     // Bytes of a frame of video, or of a chunk of sound (from 0). A frame beyond the table has the

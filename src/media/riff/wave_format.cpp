@@ -2,12 +2,21 @@
 
 namespace kelvane {
 
+namespace {
+
+// WAVEFORMATEXTENSIBLE
+constexpr uint16_t kExtensible = 0xFFFE;
+constexpr HeaderField kSubFormat = {"SubFormat", 24, 2};
+
+}  // namespace
+
 RawAudioFormat LoadWaveFormat(std::span<const uint8_t> body)
 {
     const auto get = [body](const HeaderField& field) {
         return GetField(body, field, ByteOrder::kLittle);
     };
-    const auto tag = static_cast<uint16_t>(get(kWaveFormat["Format"]));
+    auto tag = static_cast<uint16_t>(get(kWaveFormat["Format"]));
+    if (tag == kExtensible) tag = static_cast<uint16_t>(get(kSubFormat));
     return {.format = SampleFormatOfTag(tag),
             .ch = static_cast<uint16_t>(get(kWaveFormat["nChannels"])),
             .bitspersample = static_cast<uint16_t>(get(kWaveFormat["wBitsPerSample"])),

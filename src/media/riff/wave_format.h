@@ -19,7 +19,8 @@ inline constexpr auto kWaveFormat = HeaderFields<16>({
     {"wBitsPerSample", 14, 2},
 });
 
-// What lies beyond a short body is 0.
+// What lies beyond a short body is 0. Behind the extensible tag the true one counts, by which the
+// sub-format begins; valid bits need no look, as samples stand at the top of theirs.
 RawAudioFormat LoadWaveFormat(std::span<const uint8_t> body);
 // The body has room for it. `frame` are the bytes of a sample frame.
 void StoreWaveFormat(const RawAudioFormat& format, uint32_t frame, std::span<uint8_t> body);

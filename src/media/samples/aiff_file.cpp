@@ -15,14 +15,15 @@ namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kForms[] = {"AIFF"_4cc, "AIFC"_4cc};
+constexpr uint32_t kForms[] = {"FORM"_4cc};
+constexpr uint32_t kNames[] = {"AIFF"_4cc, "AIFC"_4cc};
 constexpr SampleChunkRule kRules[] = {
     {"COMM"_4cc, kDataAIFFCommon, true}, {"FVER"_4cc, kDataAIFFVersion, true},
     {"SSND"_4cc, kDataAIFFSound, false}, {"NAME"_4cc, kDataNone, true},
     {"AUTH"_4cc, kDataNone, true},       {"ANNO"_4cc, kDataNone, true},
     {"COMT"_4cc, kDataNone, true},       {"(c) "_4cc, kDataNone, true},
 };
-constexpr SampleFileGrammar kGrammar = {ByteOrder::kBig, "FORM"_4cc, kForms, "INFO"_4cc, kRules};
+constexpr SampleFileGrammar kGrammar = {ByteOrder::kBig, kForms, kNames, "INFO"_4cc, kRules};
 
 constexpr size_t kRateAt = 8;  // the extended float between the fields
 constexpr HeaderField kChannels = {"Channel count", 0, 2};
@@ -37,30 +38,38 @@ constexpr uint32_t kSoundHeaderSize = 8;   // offset and block size
 struct CompressionRow {
     uint32_t type;
     uint32_t encoding;  // SampleFormat
+    uint16_t bits = 0;  // of a sample; 0: the field says it
+    bool big_endian = true;
 };
 constexpr CompressionRow kCompressions[] = {
-    {"NONE"_4cc, kSamplePCM},     {"sowt"_4cc, kSamplePCM},     {"twos"_4cc, kSamplePCM},
-    {"fl32"_4cc, kSampleFloat},   {"FL32"_4cc, kSampleFloat},   {"ima4"_4cc, kSampleADPCM},
-    {"ulaw"_4cc, kSampleULaw},    {"alaw"_4cc, kSampleALaw},    {"ACE2"_4cc, kSampleUnknown},
-    {"ACE8"_4cc, kSampleUnknown}, {"ADP4"_4cc, kSampleUnknown}, {"fl64"_4cc, kSampleUnknown},
-    {"FL64"_4cc, kSampleUnknown}, {"MAC3"_4cc, kSampleUnknown}, {"MAC6"_4cc, kSampleUnknown},
+    {"NONE"_4cc, kSamplePCM},           {"twos"_4cc, kSamplePCM},
+    {"sowt"_4cc, kSamplePCM, 0, false}, {"in24"_4cc, kSamplePCM, 24},
+    {"in32"_4cc, kSamplePCM, 32},       {"fl32"_4cc, kSampleFloat, 32},
+    {"FL32"_4cc, kSampleFloat, 32},     {"fl64"_4cc, kSampleFloat, 64},
+    {"FL64"_4cc, kSampleFloat, 64},     {"ima4"_4cc, kSampleADPCM},
+    {"ulaw"_4cc, kSampleULaw},          {"alaw"_4cc, kSampleALaw},
 };
 constexpr std::string_view kNotCompressed = "not compressed";
 
-// The compression type stands in the file with its halves exchanged. Deliberate: files of this
-// class read back, and an AIFC file from elsewhere is refused.
+// This class writes the compression type with its halves exchanged. Deliberate: files of its own
+// read back.
 constexpr uint32_t ExchangeHalves(uint32_t type)
 {
     return type << 16 | type >> 16;
 }
 
-uint32_t EncodingOf(const Bytes& common)
+// What is in no row is not known. PCM spelt as this class does is big-endian, whatever its type.
+CompressionRow CompressionOf(const Bytes& common)
 {
-    if (common.size() <= kCommonSize) return kSamplePCM;
-    const auto type =
-        ExchangeHalves(static_cast<uint32_t>(GetField(common, kEncoding, ByteOrder::kBig)));
-    const auto* row = std::ranges::find(kCompressions, type, &CompressionRow::type);
-    return row == std::end(kCompressions) ? uint32_t{kSampleUnknown} : row->encoding;
+    if (common.size() <= kCommonSize) return {"NONE"_4cc, kSamplePCM};
+    const auto find = [](uint32_t type) {
+        const auto* row = std::ranges::find(kCompressions, type, &CompressionRow::type);
+        return row == std::end(kCompressions) ? CompressionRow{type, kSampleUnknown} : *row;
+    };
+    const auto type = static_cast<uint32_t>(GetField(common, kEncoding, ByteOrder::kBig));
+    const CompressionRow row = find(type), own = find(ExchangeHalves(type));
+    if (own.encoding != kSamplePCM || own.bits != 0) return row;
+    return {own.type, kSamplePCM};
 }
 
 int32_t WholeRate(const Bytes& common)
@@ -70,12 +79,16 @@ int32_t WholeRate(const Bytes& common)
     return std::fabs(rate) <= std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(rate) : 0;
 }
 
-RawAudioFormat RecordOf(const Bytes& common)
+SampleRecord RecordOf(const Bytes& common)
 {
-    return {.format = EncodingOf(common),
-            .ch = static_cast<uint16_t>(GetField(common, kChannels, ByteOrder::kBig)),
-            .bitspersample = static_cast<uint16_t>(GetField(common, kSampleSize, ByteOrder::kBig)),
-            .srate = WholeRate(common)};
+    const CompressionRow row = CompressionOf(common);
+    const auto stated = static_cast<uint16_t>(GetField(common, kSampleSize, ByteOrder::kBig));
+    const uint16_t bits = row.bits ? row.bits : stated;
+    return {{.format = row.encoding,
+             .ch = static_cast<uint16_t>(GetField(common, kChannels, ByteOrder::kBig)),
+             .bitspersample = bits,
+             .srate = WholeRate(common)},
+            {.bits = bits, .is_float = row.encoding == kSampleFloat, .big_endian = row.big_endian}};
 }
 
 Bytes CommonOf(const RawAudioFormat& format, bool compressed)
@@ -98,13 +111,12 @@ Bytes CommonOf(const RawAudioFormat& format, bool compressed)
     return body;
 }
 
-constexpr uint32_t kEncodings[] = {kSamplePCM};
 // The size of the sound is rounded although no byte is added to the file: deliberate.
 constexpr SampleFileKind kAIFF = {.grammar = kGrammar,
+                                  .walk = ReadSampleChunks,
                                   .format = "COMM"_4cc,
                                   .sound = "SSND"_4cc,
                                   .sound_header = kSoundHeaderSize,
-                                  .encodings = kEncodings,
                                   .record = RecordOf,
                                   .frame_count = &kFrameCount,
                                   .exchanges_bytes = true,

@@ -9,11 +9,11 @@
 
 namespace kelvane {
 
-// An AIFF or AIFC file of PCM samples: big-endian in the file, handed over and taken with the bytes
-// of every 16-bit word exchanged. 16-bit samples are thus little-endian in memory; those of another
-// size come with their bytes exchanged in pairs, which is deliberate. Samples begin behind the
-// eight bytes of the "SSND" header, whose offset field does not count. Refused is also an AIFC file
-// whose compression type is not written the way that this class does: with its halves exchanged.
+// An AIFF or AIFC file of PCM or float samples. Big-endian ones are handed over and taken with the
+// bytes of every 16-bit word exchanged: 16-bit samples are thus little-endian in memory; those of
+// another size come with their bytes exchanged in pairs, which is deliberate (ReadRaw leaves them
+// as they are). Samples begin behind the eight bytes of the "SSND" header, whose offset field does
+// not count.
 class AIFFFile : public SampleFile {
 public:
     AIFFFile(const char* path, uint32_t mode);

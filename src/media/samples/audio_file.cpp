@@ -45,6 +45,11 @@ const RawAudioFormat* AudioFile::Format() const
     return File() ? File()->Format() : nullptr;
 }
 
+SampleCoding AudioFile::Coding() const
+{
+    return File() ? File()->Coding() : kNoSampleCoding;
+}
+
 Status AudioFile::SetFormat(const RawAudioFormat& format)
 {
     if (auto* aiff = std::get_if<AIFFFile>(&fFile)) {
@@ -73,6 +78,11 @@ Status AudioFile::SetPosition(int64_t frame)
 Status AudioFile::Read(void* buffer, int32_t& count)
 {
     return File() ? File()->Read(buffer, count) : kNone;
+}
+
+Status AudioFile::ReadRaw(void* buffer, int32_t& count)
+{
+    return File() ? File()->ReadRaw(buffer, count) : kNone;
 }
 
 Status AudioFile::Write(const void* buffer, int32_t count)

@@ -23,16 +23,16 @@ public:
 
     Status InitCheck() const;
     const RawAudioFormat* Format() const;
+    SampleCoding Coding() const;
+    bool HasSound() const { return File() && File()->HasSound(); }
     Status SetFormat(const RawAudioFormat& format);
     int64_t CountFrames() const;
     int64_t PromisedFrames() const;
     Status SetPosition(int64_t frame);
     Status Read(void* buffer, int32_t& count);
+    Status ReadRaw(void* buffer, int32_t& count);
     Status Write(const void* buffer, int32_t count);
     Status Finish();
-
-    // True when samples come with the bytes of each 16-bit word exchanged from big-endian ones.
-    bool IsAIFF() const { return std::holds_alternative<AIFFFile>(fFile); }
 
 private:
     // Null for any other type.

@@ -19,6 +19,11 @@ const SampleChunkRule* RuleOf(const SampleFileGrammar& grammar, uint32_t id)
     return rule == grammar.rules.end() ? nullptr : &*rule;
 }
 
+bool Holds(std::span<const uint32_t> codes, uint32_t code)
+{
+    return std::ranges::find(codes, code) != codes.end();
+}
+
 class Walker {
 public:
     Walker(ChunkSource& source, const SampleFileGrammar& grammar, ChunkTree& tree)
@@ -31,8 +36,7 @@ public:
         uint32_t id = 0, length = 0, name = 0;
         if (!fSource.ReadCode(id) || !fSource.ReadLength(length) || !fSource.ReadCode(name))
             return nullptr;
-        if (id != fGrammar.form || std::ranges::find(fGrammar.names, name) == fGrammar.names.end())
-            return nullptr;
+        if (!Holds(fGrammar.forms, id) || !Holds(fGrammar.names, name)) return nullptr;
         Chunk* form = Note({.id = id, .name = name, .length = length, .parent = fTree.Root()},
                            fSource.Position() - 4);
         ReadChildren(*form);
@@ -103,9 +107,9 @@ bool HasForm(const char* path, const SampleFileGrammar& grammar)
     uint8_t head[100] = {};
     if (FileReadHead(path, head, sizeof head) < 12) return false;
     ByteReader reader(head, grammar.order);
-    if (reader.GetCode() != grammar.form) return false;
+    if (!Holds(grammar.forms, reader.GetCode())) return false;
     reader.Skip(4);
-    return std::ranges::find(grammar.names, reader.GetCode()) != grammar.names.end();
+    return Holds(grammar.names, reader.GetCode());
 }
 
 uint64_t SampleBytes(const Chunk& body, uint32_t header)

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <span>
 
 #include "media/riff/chunk_source.h"
@@ -19,7 +20,7 @@ struct SampleChunkRule {
 // One kind of file of chunks that holds samples.
 struct SampleFileGrammar {
     ByteOrder order;
-    uint32_t form;                    // id of the list that is the file
+    std::span<const uint32_t> forms;  // ids of the list that is the file; the first is written
     std::span<const uint32_t> names;  // that the form may have
     uint32_t info;                    // name of the list of texts, all of which are loaded
     std::span<const SampleChunkRule> rules;
@@ -29,6 +30,8 @@ struct SampleFileGrammar {
 struct SampleChunks {
     Chunk* form;     // null when the file does not begin with one
     Status trouble;  // what the system said first, where it could not read
+    // Of samples, where the file tells it elsewhere than in the 32 bits of their chunk's head.
+    std::optional<uint64_t> sound_bytes = std::nullopt;
 };
 
 // Notes all chunks of the file's form in the tree. Whatever the sizes claim, the walk stays inside

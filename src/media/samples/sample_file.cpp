@@ -51,7 +51,7 @@ SampleFile::~SampleFile()
 
 void SampleFile::Parse()
 {
-    const SampleChunks read = ReadSampleChunks(fFile.Handle(), fKind.grammar, fTree);
+    const SampleChunks read = fKind.walk(fFile.Handle(), fKind.grammar, fTree);
     FindChunks();
     const bool whole = read.form && fSound && fFormat && fFormat->data;
     if (!whole && read.trouble != kOK) fInitCheck = read.trouble;
@@ -59,12 +59,15 @@ void SampleFile::Parse()
     if (fInitCheck != kOK) return;
     if (fSound) {
         const uint64_t end = FileSize(fFile.Handle());
-        const uint64_t promised = SampleBytes(*fSound, fKind.sound_header);
+        const uint64_t promised =
+            read.sound_bytes.value_or(SampleBytes(*fSound, fKind.sound_header));
         fPromised = promised == kToTheEnd ? end - std::min(end, fStart) : promised;
     }
     if (!fFormat) return;
-    fRecord = fKind.record(fFormat->data ? *fFormat->data : Bytes{});
-    if (std::ranges::find(fKind.encodings, fRecord.format) == fKind.encodings.end())
+    const SampleRecord record = fKind.record(fFormat->data ? *fFormat->data : Bytes{});
+    fRecord = record.format;
+    fCoding = record.coding;
+    if (fRecord.format != kSamplePCM && fRecord.format != kSampleFloat)
         fInitCheck = kAudioNotSupported;
 }
 
@@ -102,6 +105,14 @@ Status SampleFile::SetPosition(int64_t frame)
 
 Status SampleFile::Read(void* buffer, int32_t& count)
 {
+    const Status status = ReadRaw(buffer, count);
+    if (status == kOK && fKind.exchanges_bytes && fCoding.big_endian)
+        SwapWords(buffer, buffer, static_cast<size_t>(count) * FrameSize() / 2);
+    return status;
+}
+
+Status SampleFile::ReadRaw(void* buffer, int32_t& count)
+{
     const int64_t wanted = count;
     const size_t frame_size = FrameSize();
     count = 0;
@@ -116,8 +127,6 @@ Status SampleFile::Read(void* buffer, int32_t& count)
     count = static_cast<int32_t>(static_cast<size_t>(got) / frame_size);
     if (count == 0) return fPosition < PromisedFrames() ? kMissing : kEnd;
     fPosition += count;
-    if (fKind.exchanges_bytes)
-        SwapWords(buffer, buffer, static_cast<size_t>(count) * frame_size / 2);
     return kOK;
 }
 
@@ -130,7 +139,7 @@ Status SampleFile::LayDown(const RawAudioFormat& format, uint32_t name,
         OverwriteWithRecord(format, *fFormat->data);
         return kOK;
     }
-    Chunk* form = fTree.NewChunk({.id = fKind.grammar.form, .name = name});
+    Chunk* form = fTree.NewChunk({.id = fKind.grammar.forms[0], .name = name});
     for (auto& [id, body] : chunks) {
         const auto length = static_cast<uint32_t>(body.size());
         fTree.NewChunk({.id = id,

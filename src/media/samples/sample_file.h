@@ -12,6 +12,7 @@
 #include "base/field_table.h"
 #include "base/status.h"
 #include "format/media_format.h"
+#include "format/sample_coding.h"
 #include "media/riff/chunk_tree.h"
 #include "media/samples/sample_chunks.h"
 #include "platform/files/file_access.h"
@@ -24,17 +25,23 @@ constexpr size_t SampleFrameSize(const RawAudioFormat& format)
     return size_t{format.ch} * ((size_t{format.bitspersample} + 7) / 8);
 }
 
+// What a file says of its samples, and how they lie in it.
+struct SampleRecord {
+    RawAudioFormat format;
+    SampleCoding coding;
+};
+
 // What is particular to one kind of file of samples.
 struct SampleFileKind {
     SampleFileGrammar grammar;
-    uint32_t format;                              // id of the chunk that holds the format
-    uint32_t sound;                               // and of the one with the samples,
-    uint32_t sound_header;                        // which lie behind so many bytes of its body
-    std::span<const uint32_t> encodings;          // SampleFormats that are read
-    RawAudioFormat (*record)(const Bytes& body);  // what the format's chunk says
-    const HeaderField* frame_count;               // in the format's chunk, null where there is none
-    bool exchanges_bytes;                         // those of every 16-bit word
-    bool rounds_size;                             // of the sound to even, in its chunk's head
+    SampleChunks (*walk)(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree);
+    uint32_t format;                            // id of the chunk that holds the format
+    uint32_t sound;                             // and of the one with the samples,
+    uint32_t sound_header;                      // which lie behind so many bytes of its body
+    SampleRecord (*record)(const Bytes& body);  // what the format's chunk says
+    const HeaderField* frame_count;             // in the format's chunk, null where there is none
+    bool exchanges_bytes;                       // those of every 16-bit word of big-endian samples
+    bool rounds_size;                           // of the sound to even, in its chunk's head
 };
 
 // What WAVFile and AIFFFile are alike in: a file of chunks, one of which says the format and one
@@ -49,7 +56,11 @@ public:
     Status InitCheck() const { return fInitCheck; }
     // Refused encodings too; null where the file does not say it, and then reads fail.
     const RawAudioFormat* Format() const { return fFormat ? &fRecord : nullptr; }
+    // How the samples of a source lie in the file.
+    SampleCoding Coding() const { return fCoding; }
 
+    // A chunk of samples, and channels of some bits to read it by.
+    bool HasSound() const { return FrameSize() > 0; }
     // Whole sample frames of the sound's chunk that the file really has.
     int64_t CountFrames() const;
     // Those that the chunk promises.
@@ -61,6 +72,8 @@ public:
     // behind it. On failure `count` is 0: kMissing where the file, as it is now, ends before a
     // frame that was promised; kEnd where it ends behind them; kUnread when the system failed.
     Status Read(void* buffer, int32_t& count);
+    // The same, with all bytes as they stand in the file.
+    Status ReadRaw(void* buffer, int32_t& count);
     // Appends frames. The first call makes room for the headers: zeros up to the first sample.
     Status Write(const void* buffer, int32_t count);
     // Ends a file that was created: its headers are written and it is closed, cut off behind what
@@ -98,6 +111,7 @@ private:
     Status fInitCheck;
     ChunkTree fTree;
     RawAudioFormat fRecord{};
+    SampleCoding fCoding = kNoSampleCoding;
     Chunk* fFormat = nullptr;
     Chunk* fSound = nullptr;
     uint64_t fStart = 0;     // of the first sample, in bytes

@@ -2,20 +2,42 @@
 
 #include "base/four_cc.h"
 #include "media/riff/wave_format.h"
+#include "media/samples/wave64_chunks.h"
 
 namespace kelvane {
 
 namespace {
 
-constexpr uint32_t kForms[] = {"WAVE"_4cc};
+// The forms of files beyond 4 GB: EBU Tech 3306, ITU-R BS.2088.
+constexpr uint32_t kForms[] = {"RIFF"_4cc, "RF64"_4cc, "BW64"_4cc};
+constexpr uint32_t kNames[] = {"WAVE"_4cc};
 constexpr SampleChunkRule kRules[] = {
     {"fmt "_4cc, kDataWaveFormat, true},
+    {"ds64"_4cc, kDataNone, true},
 };
-constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, "RIFF"_4cc, kForms, "INFO"_4cc, kRules};
+constexpr SampleFileGrammar kGrammar = {ByteOrder::kLittle, kForms, kNames, "INFO"_4cc, kRules};
 
-RawAudioFormat RecordOf(const Bytes& body)
+// In a "ds64", of the samples.
+constexpr HeaderField kWideSize = {"data size", 8, 8};
+constexpr uint32_t kInWideSize = 0xFFFFFFFE;  // "data" says so, rounded to even
+
+SampleChunks Walk(FileHandle file, const SampleFileGrammar& grammar, ChunkTree& tree)
 {
-    return LoadWaveFormat(body);
+    if (IsWave64(file)) return ReadWave64Chunks(file, tree);
+    SampleChunks chunks = ReadSampleChunks(file, grammar, tree);
+    const Chunk* sizes = LastChunk(tree, "ds64"_4cc);
+    const Chunk* sound = LastChunk(tree, "data"_4cc);
+    if (!sizes || !sizes->data || !sound || sound->length != kInWideSize) return chunks;
+    // One of 0 was never filled in.
+    if (const uint64_t bytes = GetField(*sizes->data, kWideSize, grammar.order); bytes > 0)
+        chunks.sound_bytes = bytes;
+    return chunks;
+}
+
+SampleRecord RecordOf(const Bytes& body)
+{
+    const RawAudioFormat format = LoadWaveFormat(body);
+    return {format, RIFFCoding(format)};
 }
 
 Bytes HeaderOf(const RawAudioFormat& format)
@@ -25,12 +47,11 @@ Bytes HeaderOf(const RawAudioFormat& format)
     return body;
 }
 
-constexpr uint32_t kEncodings[] = {kSamplePCM, kSampleFloat};
 constexpr SampleFileKind kWAVE = {.grammar = kGrammar,
+                                  .walk = Walk,
                                   .format = "fmt "_4cc,
                                   .sound = "data"_4cc,
                                   .sound_header = 0,
-                                  .encodings = kEncodings,
                                   .record = RecordOf,
                                   .frame_count = nullptr,
                                   .exchanges_bytes = false,
@@ -47,7 +68,7 @@ Status WAVFile::SetFormat(const RawAudioFormat& format)
 
 bool IsWAVFile(const char* path)
 {
-    return HasForm(path, kGrammar);
+    return HasForm(path, kGrammar) || IsWave64(path);
 }
 
 bool DescribeWAV(const char* path, std::string& text)

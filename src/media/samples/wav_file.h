@@ -10,7 +10,8 @@
 namespace kelvane {
 
 // A RIFF WAVE file of PCM or float samples, little-endian in the file as in memory. Broadcast WAVE
-// (EBU Tech 3285) reads like any other. Encodings but these two are refused.
+// (EBU Tech 3285), RF64, BW64 and Sony Wave64 read like any other. Encodings but these two are
+// refused.
 class WAVFile : public SampleFile {
 public:
     WAVFile(const char* path, uint32_t mode);

@@ -20,7 +20,28 @@ protected:
     // A movie of frames with a size each of its own, each in a chunk of its own.
     std::string MakeMovie(const std::vector<Bytes>& frames, QTTestTrack track)
     {
-        Bytes media, sizes = Longs({0, 0, frames.size()}), places = Longs({0, frames.size()});
+        Bytes media;
+        Fill(track, frames, media);
+        return fFolder.Write("made.mov", QTOneTrack(track, media));
+    }
+    // With a track of sound in chunks of three samples.
+    std::string MakeMovie(const std::vector<Bytes>& frames, QTTestTrack track, const Bytes& sound,
+                          QTTestTrack heard, size_t sample)
+    {
+        Bytes media;
+        Fill(track, frames, media);
+        std::vector<Bytes> chunks;
+        for (size_t at = 0; at < sound.size(); at += 3 * sample)
+            chunks.emplace_back(&sound[at], &sound[at] + 3 * sample);
+        Fill(heard, chunks, media);
+        heard.samples *= 3;
+        heard.stsc = QTTable({1, 3, 1}, 3);
+        heard.stsz = {};
+        return fFolder.Write("made.mov", Join({QTAtom("mdat", {media}), QTMoov({track, heard})}));
+    }
+    static void Fill(QTTestTrack& track, const std::vector<Bytes>& frames, Bytes& media)
+    {
+        Bytes sizes = Longs({0, 0, frames.size()}), places = Longs({0, frames.size()});
         for (const Bytes& frame : frames) {
             places = Join({places, Big(8 + media.size())});
             sizes = Join({sizes, Big(frame.size())});
@@ -30,7 +51,6 @@ protected:
         track.stsc = QTTable({1, 1, 1}, 3);
         track.stsz = sizes;
         track.stco = places;
-        return fFolder.Write("made.mov", QTOneTrack(track, media));
     }
     std::vector<Bytes> ClipFrames(int64_t count, bool pal = true)
     {
@@ -93,6 +113,60 @@ TEST_F(QuickTimeFilms, APictureStandsAsLongAsTheFileSays)
 
     const std::vector<Bytes> ntsc = ClipFrames(5, false);
     EXPECT_EQ("ABCcDE", Converts(ntsc, {.height = 480, .stts = QTTable({2, 20, 1, 40, 2, 20}, 2)}));
+}
+
+TEST_F(QuickTimeFilms, SoundAndPictureBeginWhenTheEditListsSay)
+{
+    const std::vector<Bytes> frames = ClipFrames(4);
+    // Samples of 24 bits, each of its own, and what is heard of them.
+    Bytes sound, heard;
+    for (uint32_t i = 0; i < 2 * 4 * 1920; i++) {
+        const auto value = uint16_t(i + 1);
+        const uint8_t bytes[] = {uint8_t(value >> 8), uint8_t(value), 0};
+        sound.insert(sound.end(), bytes, bytes + 3);
+        heard.insert(heard.end(), {uint8_t(value), uint8_t(value >> 8)});
+    }
+    const auto late = [](uint64_t ticks) {
+        return Longs({ticks, 0xFFFFFFFF, 0x10000, 600, 0, 0x10000});
+    };
+    const struct {
+        const char* what;
+        Bytes picture, sound;
+        size_t held, silence;  // frames, samples
+        size_t warnings;
+    } rows[] = {
+        {"none", {}, {}, 0, 0, 0},
+        // What is behind the other at the end is told.
+        {"sound behind", {}, late(30), 0, 2400, 1},
+        {"picture behind", late(30), {}, 2, 1440, 1},
+        {"both", late(660), late(612), 2, 0, 1},
+        {"another", {}, Longs({600, 10, 0x10000}), 0, 0, 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        QTTestTrack track = QTTestTrack::Packed("in24", false);
+        track.edits = row.sound;
+        const std::string movie = MakeMovie(frames, {.edits = row.picture}, sound, track, 6);
+        std::vector<Bytes> shown(row.held, frames[0]);
+        shown.insert(shown.end(), frames.begin(), frames.end());
+        const Film film(Converted(movie, "out.mov", "mov-audio"));
+        EXPECT_TRUE(shown == film.frames);
+        Bytes whole(row.silence * 4);
+        whole.insert(whole.end(), heard.begin(), heard.end());
+        whole.resize(film.track.size());
+        EXPECT_LE((4 + row.held) * 7680, film.track.size());
+        EXPECT_TRUE(whole == film.track);
+        EXPECT_EQ(row.warnings, fResult.warnings.size());
+        EXPECT_FALSE(fResult.losses.Any());
+    }
+    // Beyond a day there is no film.
+    for (const bool picture : {true, false}) {
+        QTTestTrack track = QTTestTrack::Packed("in24", false);
+        const Bytes day = late(25 * 60 * 60 * 600);
+        track.edits = picture ? Bytes() : day;
+        EXPECT_FALSE(
+            OpenSource(MakeMovie(frames, {.edits = picture ? day : Bytes()}, sound, track, 6)));
+    }
 }
 
 TEST_F(QuickTimeFilms, AClockTooCoarseForTheStandardLosesNothing)

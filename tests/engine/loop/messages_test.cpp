@@ -221,6 +221,10 @@ TEST_F(Messages, SoundThatWillNotDo)
 {
     const std::vector<Bytes> frames = Film(MakeClip(4)).frames;
     const std::string wrong = "Wrong sample rate in input audio stream (22050 Hz)!";
+    Choose("mov-audio");
+    Expect(0, "", MakeAVI(frames, kAVIPAL, 96000, 16));  // which no QuickTime track could say
+    EXPECT_NEAR(4 / 25.0, fResult.losses.sound_silenced, 1e-6);
+    Choose("dv");
     for (const auto& [why, rate, bits] :
          {std::tuple(wrong, 22050, -1),
           {"Source audio format is not supported (PCM or float is needed)!", 48000, 64}}) {

@@ -11,7 +11,7 @@
 #include "engine/sound/audio_fifo.h"
 #include "engine/sound/made_up_sound.h"
 #include "engine/sound/sample_cadence.h"
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 namespace kelvane {
 namespace {
@@ -117,9 +117,7 @@ TEST(SampleCoding, RoundsAndLimitsToSixteenBits)
     EXPECT_FALSE(b16.IsPlain() || s24.IsPlain());
     EXPECT_TRUE(RIFFCoding({kSamplePCM, 2, 8, 48000}).is_unsigned);
     EXPECT_TRUE(s16.IsPlain() && RIFFCoding({kSamplePCM, 2, 16, 48000}).IsPlain());
-    EXPECT_FALSE(QuickTimeCoding({kSamplePCM, 2, 8, 48000}).is_unsigned);
     EXPECT_FALSE(RIFFCoding({kSampleULaw, 2, 8, 48000}).IsSupported());
-    EXPECT_FALSE(QuickTimeCoding({kSamplePCM, 2, 24, 48000}).IsSupported());
     const SampleCoding none[] = {{.bits = 0}, {.bits = 33}, {.bits = 16, .is_float = true}};
     for (const SampleCoding& coding : none)
         EXPECT_FALSE(coding.IsSupported()) << coding.bits;

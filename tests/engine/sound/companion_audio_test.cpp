@@ -90,6 +90,47 @@ TEST_F(Companions, OtherFilesOfTheSameNameDoNotCount)
     EXPECT_EQ(Paths{}, Found("a.avi"));
     EXPECT_EQ(Paths{}, Found("b.avi"));
     EXPECT_EQ(Paths{"c_1.wav"}, Found("c.avi")) << "what cannot be opened is no hit";
+    ASSERT_EQ(1u, fCompanion.PassedOver().size()) << "but is told";
+    EXPECT_EQ(fFolder.Path("c.wav"), fCompanion.PassedOver()[0].path);
+    Find("b.avi");
+    EXPECT_EQ(1u, fCompanion.PassedOver().size());
+    std::filesystem::create_directory(fFolder.Path("d.wav"));
+    Find("d.avi");
+    EXPECT_EQ(0u, fCompanion.PassedOver().size()) << "a folder is nobody's sound";
+}
+
+TEST_F(Companions, AFileGivenByNameIsUsedOrTheRunFails)
+{
+    Make("good.wav");
+    const Bytes good = ReadWhole(fFolder.Path("good.wav"));
+    const auto put = [&](const std::string& name, size_t length) {
+        fFolder.Write(name, Bytes(good.begin(), good.begin() + ptrdiff_t(length)));
+    };
+    put("empty.wav", 0), put("head.wav", 30), put("silent.wav", 36);
+    fFolder.Write("text.wav", Bytes(200, 'x'));
+    WriteSound(fFolder.Path("law.wav"), {kSampleALaw, 2, 8, 48000}, Bytes(100));
+    Make("many.wav", 17), Make("none.wav", 1, 40);
+    std::filesystem::create_directory(fFolder.Path("folder"));
+    const std::pair<const char*, const char*> rows[] = {
+        {"missing.wav", "can't be read. (No such file or directory)"},
+        {"folder", "can't be read. (Is a directory)"},
+        {"empty.wav", "can't be used: it is no WAVE or AIFF file."},
+        {"text.wav", "can't be used: it is no WAVE or AIFF file."},
+        {"head.wav", "can't be used: it is damaged."},
+        {"silent.wav", "can't be used: it is damaged."},
+        {"law.wav", "can't be used: its samples are neither PCM nor float."},
+        {"none.wav", "can't be used: its samples have a size that is not known."},
+        {"many.wav", "can't be used: it has too many channels."},
+    };
+    for (const auto& [name, why] : rows) {
+        fCompanion = {};
+        const auto opened = fCompanion.OpenCompanionAudio(fFolder.Path(name), false);
+        ASSERT_FALSE(opened) << name;
+        EXPECT_EQ("Error reading source file (audio) ! " + fFolder.Path(name) + " " + why,
+                  opened.Error().message);
+        EXPECT_EQ(kCompanionAudioMismatch, opened.Error().status.Code());
+        EXPECT_FALSE(fCompanion.IsOpen());
+    }
 }
 
 TEST_F(Companions, HowManyAreHeardDependsOnWhereTheSoundGoes)

@@ -412,9 +412,10 @@ TEST_F(AVIWriterTest, TakesTheFormatsThatAreKnownLate)
     EXPECT_EQ("dvsd", film.Text("strh", 4));
     EXPECT_EQ("more", film.Text("strf", 40));
     EXPECT_EQ(32768u, film.Find("movi").head);
-    EXPECT_EQ((Words{1 | 4 << 16, 44100, 352800, 4 | 16 << 16}), film.Words("strf", 0, 4, 1))
-        << "the block stays at 4 bytes";
+    EXPECT_EQ((Words{1 | 4 << 16, 44100, 352800, 8 | 16 << 16}), film.Words("strf", 0, 4, 1))
+        << "whatever plays it goes by the block";
     EXPECT_EQ((Words{44100, 0, 7}), film.Words("strh", 24, 3, 1));
+    EXPECT_EQ(8u, film.At("strh", 44, 4, 1)) << "bytes of a sample";
 }
 
 TEST_F(AVIWriterTest, LeavesAGoodFileWhenTheDiskIsFull)

@@ -11,9 +11,9 @@ namespace {
 using Times = std::vector<QTTimeToSample>;
 
 // A letter for each frame, small where it holds the picture before: "ABbC".
-std::string Frames(const Times& times, const QTFrameTime& frame)
+std::string Frames(const Times& times, const QTFrameTime& frame, uint64_t in_front = 0)
 {
-    const QTPictureTimes shown(times, frame);
+    const QTPictureTimes shown(times, frame, in_front);
     std::string all;
     for (uint64_t i = 0; i < shown.Count(); i++) {
         const auto [picture, held] = shown.At(i);
@@ -50,6 +50,18 @@ TEST(QTPictureTimes, APictureStandsUntilItsEndRoundedToFrames)
         EXPECT_EQ(row.shown, Frames(row.times, row.frame));
         EXPECT_EQ(row.left_out, QTPictureTimes(row.times, row.frame).LeftOut());
     }
+}
+
+TEST(QTPictureTimes, TheFirstPictureMayStandInFrontOfItsTime)
+{
+    EXPECT_EQ("AaaBC", Frames({{3, 24}}, {24}, 2));
+    EXPECT_EQ("AaaaBb", Frames({{2, 48}}, {24}, 2));
+    EXPECT_EQ("BbC", Frames({{1, 1}, {2, 24}}, {24}, 1)) << "the first that is shown";
+    EXPECT_EQ("", Frames({}, {24}, 5)) << "there is none";
+    const QTPictureTimes shown(Times{{3, 24}}, {24}, 2);
+    EXPECT_EQ(2u, shown.Held());
+    EXPECT_EQ(0u, shown.LeftOut());
+    EXPECT_GT(QTPictureTimes(Times{{3, 24}}, {24}, UINT64_MAX).Held(), uint64_t{1} << 60);
 }
 
 // Against the same rule picture by picture.

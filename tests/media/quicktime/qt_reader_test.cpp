@@ -242,7 +242,10 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
         {"raw ", kRawAudio, kSamplePCMUnsigned, 0},
         {"ulaw", kEncodedAudio, kSamplePCM, kSampleULaw},
         {"ima4", kEncodedAudio, kSamplePCM, kSampleIMA4},
-        {"in24", kEncodedAudio, kSampleUnknown, 0},
+        {"in24", kRawAudio, kSamplePCM, 0},
+        {"fl64", kRawAudio, kSampleFloat, 0},
+        {"mp4a", kEncodedAudio, kSampleUnknown, 0},
+        {"lpcm", kEncodedAudio, kSampleUnknown, 0},
     };
     for (const auto& [code, kind, output, encoding] : sounds) {
         const MediaFormat format = OpenTrack({.video = false, .format = code}).StreamFormat(0);
@@ -253,6 +256,117 @@ TEST_F(QTReader, TellsTheFormatOfAStream)
             << code;
         EXPECT_EQ(encoding, kind == kEncodedAudio ? format.encoded_audio.encoding : 0);
     }
+}
+
+// Bits, u for unsigned, f for float, b for big-endian: as ReadFrame gives the samples; the bytes of
+// the first chunk, of two sample frames; and them.
+TEST_F(QTReader, TellsHowSamplesLie)
+{
+    const auto plain = [](const char* code, uint32_t bits) {
+        return QTTestTrack{.video = false,
+                           .format = code,
+                           .bits = bits,
+                           .scale = 48000,
+                           .duration = 1,
+                           .stco = QTTable({8, 16})};
+    };
+    const auto wide = [](uint64_t bits, uint64_t flags, uint64_t bytes, uint64_t channels = 2) {
+        return QTTestTrack::Wide("lpcm", channels, bits, flags, bytes);
+    };
+    const std::string none = "-";
+    const std::pair<QTTestTrack, std::string> rows[] = {
+        {plain("twos", 16), "16 8 10325476"},
+        {plain("twos", 8), "8b 4 0123"},
+        {plain("twos", 24), "24b 12 0123456789ab"},
+        {plain("sowt", 16), "16 8 01234567"},
+        {plain("raw ", 8), "8ub 4 0123"},
+        {plain("raw ", 16), "16 8 10325476"},
+        {QTTestTrack::Packed("in24", false), "24b 12 0123456789ab"},
+        {QTTestTrack::Packed("in24", true), "24 12 0123456789ab"},
+        {QTTestTrack::Packed("in32", true), "32 16 0123456789abcdef"},
+        {QTTestTrack::Packed("fl32", false), "32fb 16 0123456789abcdef"},
+        {QTTestTrack::Packed("fl64", true), "64f 32 0123456789abcdefghijklmnopqrstuv"},
+        {QTTestTrack::Packed("twos", true), "16 8 10325476"},
+        {wide(16, 4 | 8, 4), "16 8 01234567"},
+        {wide(16, 2 | 4 | 8, 4), "16 8 10325476"},
+        {wide(8, 8, 2), "8u 4 0123"},
+        {wide(24, 2 | 4 | 8, 6), "24b 12 0123456789ab"},
+        {wide(32, 1 | 8, 8), "32f 16 0123456789abcdef"},
+        {wide(64, 1 | 2 | 8, 8, 1), "64fb 16 0123456789abcdef"},
+        {wide(20, 4 | 16, 6), "24 12 0123456789ab"},
+        {wide(20, 4, 6), none},       // at the bottom of their bytes
+        {wide(16, 4 | 32, 4), none},  // one channel behind the other
+        {wide(24, 4 | 8, 7), none},
+        {wide(24, 4 | 8, 0), none},
+        {plain("ulaw", 16), none},
+        {plain("lpcm", 16), none},
+    };
+    for (const auto& [track, expected] : rows) {
+        SCOPED_TRACE(track.format + " " + expected);
+        QTFile file = Open(QTOneTrack(track, Text("0123456789abcdefghijklmnopqrstuvwxyz....")));
+        const SampleCoding coding = file.SoundCoding(0);
+        EXPECT_EQ(expected != none, coding.IsSupported());
+        if (expected == none) continue;
+        EXPECT_EQ(48000, file.StreamFormat(0).raw_audio.srate);
+        const auto mark = [](bool is, const char* letter) { return is ? letter : ""; };
+        EXPECT_EQ(expected, std::to_string(coding.bits) + mark(coding.is_unsigned, "u") +
+                                mark(coding.is_float, "f") + mark(coding.big_endian, "b") + " " +
+                                std::to_string(file.FrameSize(0, 0)) + " " + NextFrame(file));
+    }
+    const QTFile broken = OpenTrack(QTTestTrack::Wide("lpcm", ~0u, ~0u, ~0u, ~0u));
+    EXPECT_FALSE(broken.SoundCoding(0).IsSupported());
+    EXPECT_FALSE(broken.SoundCoding(1).IsSupported());
+}
+
+TEST_F(QTReader, SaysHowPictureAndSoundBeginTogether)
+{
+    constexpr uint64_t kNone = 0xFFFFFFFF, kOne = 0x10000;
+    // Three frames of PAL, a second of sound; the movie's clock has 600 ticks a second.
+    const auto start = [&](const Bytes& picture, const Bytes& sound, bool silent = false) {
+        QTTestTrack second = QTTestTrack::Packed("in24", false);
+        second.samples = 48000;
+        second.edits = sound;
+        const QTTestTrack first{.stco = QTTable({8, 16}), .edits = picture};
+        const QTFile file = Open(QTMoov({first, second}));
+        const QTStart found = file.Start(0, DVFormat(true), silent ? -1 : 1);
+        return std::tuple(found.held, found.silence, found.has_other_edits);
+    };
+    const auto late = [&](uint64_t ticks) { return Longs({ticks, kNone, kOne, 9999, 0, kOne}); };
+    const auto is = [](uint64_t held, uint64_t silence, bool other = false) {
+        return std::tuple(held, silence, other);
+    };
+    EXPECT_EQ(is(0, 0), start({}, {}));
+    EXPECT_EQ(is(0, 0), start(Longs({72, 0, kOne}), Longs({600, 0, kOne})));
+    EXPECT_EQ(is(0, 0), start(Longs({0, 0, kOne}), Longs({595, 0, kOne})))
+        << "as long as its media";
+    EXPECT_EQ(is(0, 24000), start({}, late(300)));
+    EXPECT_EQ(is(0, 80), start(late(300), late(301)));
+    EXPECT_EQ(is(2, 0), start(late(48), {}));
+    EXPECT_EQ(is(13, 960), start(late(300), {})) << "12.5 frames";
+    EXPECT_EQ(is(0, 0), start(late(300), late(300)));
+    EXPECT_EQ(is(1, 1840), start(late(1), {}));
+    EXPECT_EQ(is(0, 48000), start({}, Longs({300, kNone, kOne, 300, kNone, kOne, 600, 0, kOne})));
+    EXPECT_EQ(is(0, 0), start(late(300), {}, true)) << "nothing to be in step with";
+
+    for (const Bytes& other :
+         {Longs({600, 1, kOne}), Longs({600, 0, 0x8000}), Longs({300, 0, kOne, 300, 0, kOne}),
+          Longs({500, 0, kOne}), Longs({600, 0, kOne, 10, kNone, kOne}), Longs({10, kNone, kOne})})
+        EXPECT_EQ(is(0, 0, true), start({}, other));
+    EXPECT_EQ(is(0, 24000, true), start({}, Longs({300, kNone, kOne, 300, 900, kOne})));
+    EXPECT_EQ(is(0, 0, true), start(Longs({72, 24, kOne}), {}, true));
+
+    // Version 1 has 64-bit durations and times.
+    const auto wide = [&](uint64_t duration, uint64_t media_time) {
+        QTMovie movie;
+        const Bytes elst =
+            QTAtom("elst", {Big(1 << 24), Big(2), Big(duration, 8), Big(~0ull, 8), Big(kOne),
+                            Big(600, 8), Big(media_time, 8), Big(kOne), Bytes(19)});
+        ParseQTMovie(QTAtom("trak", {QTAtom("edts", {elst})}), movie);
+        return movie.tracks.at(0).edits;
+    };
+    EXPECT_EQ(Longs({300, kNone, kOne, 600, 0, kOne}), wide(300, 0));
+    EXPECT_EQ(Longs({kNone, kNone, kOne, 600, kNone - 1, kOne}), wide(1ull << 40, 1ull << 40))
+        << "cut to what fits, and a time is no gap";
 }
 
 using QTDescription = QTReader;

@@ -125,7 +125,7 @@ TEST_F(SampleFiles, WritesAnAIFFFileByteForByte)
     EXPECT_EQ("abc", odd.substr(54));
 }
 
-TEST_F(SampleFiles, TheAIFCFormReadsBackAndThatOfOthersIsRefused)
+TEST_F(SampleFiles, TheAIFCFormReadsBackInItsOwnSpelling)
 {
     const std::string path = fFolder.Path("aifc");
     {
@@ -133,7 +133,7 @@ TEST_F(SampleFiles, TheAIFCFormReadsBackAndThatOfOthersIsRefused)
         for (const uint32_t encoding : {0u, 3u, 4u, 5u, 6u})
             EXPECT_EQ(-3, file.SetFormat({encoding, 2, 16, 48000}, true));
         ASSERT_EQ(0, file.SetFormat(kStereo, true));
-        EXPECT_EQ(0, file.Write("01234567", 2));
+        EXPECT_EQ(0, file.Write("0123456789abcdef", 4));
     }
     std::string bytes = AsText(ReadWhole(path));
     const size_t type = bytes.find("NENO\x0Enot compressed");
@@ -141,9 +141,96 @@ TEST_F(SampleFiles, TheAIFCFormReadsBackAndThatOfOthersIsRefused)
     EXPECT_EQ("AIFCFVER", bytes.substr(8, 8));
     AIFFFile own(path.c_str(), kRead);
     EXPECT_EQ("01234567", ReadFrames(own, 2, 4));
-    for (const char* other : {"NONE", "sowt", "wtso", "23lf"})
-        EXPECT_EQ(other == "wtso"s ? 0 : -3, Status<AIFFFile>(bytes.replace(type, 4, other)))
+    int32_t one = 1;
+    // Bits, f for float, b for big-endian: as samples lie in the file; what Read makes of them.
+    const std::tuple<const char*, const char*, const char*> others[] = {
+        {"NENO", "16b", "0123"},  {"NONE", "16b", "0123"},  {"twos", "16b", "0123"},
+        {"sowt", "16", "1032"},   {"in24", "24b", "0123"},  {"in32", "32b", "0123"},
+        {"fl32", "32fb", "0123"}, {"FL64", "64fb", "0123"}, {"wtso", "16b", "0123"},
+    };
+    for (const auto& [other, coding, read] : others) {
+        AIFFFile file(Put(bytes.replace(type, 4, other)).c_str(), kRead);
+        ASSERT_EQ(0, file.InitCheck()) << other;
+        const SampleCoding found = file.Coding();
+        EXPECT_EQ(coding, std::to_string(found.bits) + (found.is_float ? "f" : "") +
+                              (found.big_endian ? "b" : ""))
             << other;
+        EXPECT_EQ(found.bits, file.Format()->bitspersample) << other;
+        EXPECT_EQ(read, ReadFrames(file, 1, found.Bytes() * 2).substr(0, 4)) << other;
+        EXPECT_EQ(0, file.SetPosition(0));
+        Bytes raw(found.Bytes() * 2);
+        EXPECT_EQ(1, file.ReadRaw(raw.data(), one = 1) == kOK ? one : 0) << other;
+        EXPECT_EQ("1032", AsText(raw).substr(0, 4)) << other;
+    }
+    for (const char* other : {"ulaw", "MAC3", "42ni", "23lf"})
+        EXPECT_EQ(-3, Status<AIFFFile>(bytes.replace(type, 4, other))) << other;
+}
+
+// What stands behind the samples is none of them.
+TEST_F(SampleFiles, ReadsTheFormsOfFilesBeyondFourGigabytes)
+{
+    const std::string fmt = Fmt(1, 2, 48000, 16), behind = RiffChunk("LIST", "abcd");
+    const std::string data = Claiming(0xFFFFFFFF, RiffChunk("data", "0123456789ab"));
+    const auto rf64 = [&](const char* id, uint64_t bytes) {
+        std::string file = WAVE(
+            {RiffChunk("ds64", Little(1 << 20, 8) + Little(bytes, 8) + Little(3, 8) + Little(0, 4)),
+             fmt, data, behind});
+        return Claiming(0xFFFFFFFF, file.replace(0, 4, id));
+    };
+    const std::string id = "\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"s;
+    const auto chunk = [&](const std::string& name, const std::string& body, uint64_t claimed = 0) {
+        const uint64_t size = claimed ? claimed : body.size() + 24;
+        return name + id + Little(size, 8) + body + std::string(-body.size() % 8, '\0');
+    };
+    const auto wave64 = [&](uint64_t claimed) {
+        return "riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"s + Little(1000, 8) + "wave" + id +
+               chunk("junk", "odd") + chunk("fmt ", fmt.substr(8)) +
+               chunk("data", "0123456789ab", claimed) + chunk("bext", "....");
+    };
+    const uint64_t beyond = uint64_t{5} << 30;
+    const std::tuple<const char*, std::string, int64_t> rows[] = {
+        {"RF64", rf64("RF64", 12), 3},
+        {"BW64", rf64("BW64", 12), 3},
+        {"longer than there is", rf64("RF64", beyond), int64_t(beyond / 4)},
+        {"never filled in", rf64("RF64", 0), 6},
+        {"Wave64", wave64(0), 3},
+        {"Wave64 cut off", wave64(beyond + 24), int64_t(beyond / 4)},
+        {"Wave64 through a pipe", wave64(INT64_MAX), 12},
+        {"Wave64 without a size", wave64(3), 12},
+    };
+    for (const auto& [what, bytes, frames] : rows) {
+        SCOPED_TRACE(what);
+        const std::string path = Put(bytes);
+        EXPECT_TRUE(IsWAVFile(path.c_str()));
+        WAVFile file(path.c_str(), kRead);
+        ASSERT_EQ(0, file.InitCheck());
+        EXPECT_EQ(frames, file.PromisedFrames());
+        EXPECT_EQ("0123456789ab", ReadFrames(file, 3, 4));
+        for (size_t length = 0; length < bytes.size(); length += 7) {
+            WAVFile cut(Put(bytes.substr(0, length)).c_str(), kRead);
+            ReadFrames(cut, 3, 4);
+        }
+    }
+}
+
+TEST_F(SampleFiles, BehindTheExtensibleTagIsTheTrueOne)
+{
+    const auto extensible = [](uint16_t tag, uint16_t bits) {
+        return WAVE({RiffChunk("fmt ", Fmt(0xFFFE, 2, 48000, bits).substr(8) + Little(22, 2) +
+                                           Little(bits, 2) + Little(3, 4) + Little(tag, 2) +
+                                           "\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71"s),
+                     RiffChunk("data", "0123456789abcdef")});
+    };
+    for (const auto& [tag, bits, is_float] :
+         {std::tuple(1, 24, false), {3, 32, true}, {3, 64, true}}) {
+        WAVFile file(Put(extensible(uint16_t(tag), uint16_t(bits))).c_str(), kRead);
+        ASSERT_EQ(0, file.InitCheck()) << tag;
+        EXPECT_EQ(bits, file.Coding().bits);
+        EXPECT_EQ(is_float, file.Coding().is_float);
+        EXPECT_EQ(16 / (bits / 4), file.CountFrames());
+    }
+    for (const uint16_t tag : {0, 2, 6, 0x55, 0xFFFE})
+        EXPECT_EQ(-3, Status<WAVFile>(extensible(tag, 16))) << tag;
 }
 
 TEST_F(SampleFiles, ReadsByPositionAndPastTheSamples)

@@ -253,6 +253,10 @@ void AVILayout::SetAudioFormat(AVIStream& stream, int32_t rate, int32_t channels
     }
     if (channels > 0) Set(format, kWaveFormat["nChannels"], static_cast<uint32_t>(channels));
     if (bits > 0) Set(format, kWaveFormat["wBitsPerSample"], static_cast<uint32_t>(bits));
+    const uint64_t block =
+        Get(&format, kWaveFormat["nChannels"]) * Get(&format, kWaveFormat["wBitsPerSample"]) / 8;
+    Set(format, kWaveFormat["nBlockAlign"], block);
+    Set(*stream.header, kStreamHeader["dwSampleSize"], block);
     Set(format, kWaveFormat["nAvgBytesPerSec"],
         2 * Get(&format, kWaveFormat["nChannels"]) * Get(&format, kWaveFormat["nSamplesPerSec"]));
 }

@@ -29,8 +29,8 @@ public:
                           std::span<const uint8_t> codec_data = {});
     void AddSoundStream(const RawAudioFormat& format);
 
-    // What is not above 0 is left alone. nBlockAlign stays, and nAvgBytesPerSec counts two bytes a
-    // sample whatever the bits are: deliberate, as all files of these dialects have it.
+    // What is not above 0 is left alone. nAvgBytesPerSec counts two bytes a sample whatever the bits
+    // are: deliberate, as all files of these dialects have it.
     void SetAudioFormat(AVIStream& stream, int32_t rate, int32_t channels, int32_t bits);
     // `block` is a bitmap header that begins with its length, and must be in memory whole. -1 when
     // it is not, or when `fixed` forbids that the length changes.

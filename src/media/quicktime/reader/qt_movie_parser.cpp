@@ -52,15 +52,37 @@ void ParseHandler(std::span<const uint8_t> body, QTHandler& handler)
     if (body.size() > fixed) handler.name.assign(body.begin() + fixed, body.end());
 }
 
+// Version 1 of an "elst" has 64-bit durations and times. They are cut to what version 0 can hold.
+void PutNarrowEdits(ByteReader& in, size_t count, Bytes& edits)
+{
+    constexpr uint64_t kNarrow = std::numeric_limits<uint32_t>::max();
+    constexpr uint64_t kEmpty = std::numeric_limits<uint64_t>::max();
+    ByteWriter out(edits, ByteOrder::kBig);
+    for (; count > 0; count--) {
+        out.Put32(static_cast<uint32_t>(std::min(in.Get64(), kNarrow)));
+        const uint64_t media_time = in.Get64();
+        out.Put32(static_cast<uint32_t>(media_time == kEmpty ? kNarrow
+                                                             : std::min(media_time, kNarrow - 1)));
+        out.PutBytes(in.Take(4));
+    }
+}
+
 void ParseEdits(std::span<const uint8_t> edts, QTTrack& track)
 {
+    constexpr size_t kWideEdit = 20;  // bytes
     AtomWalker walker(edts);
     for (Atom atom; walker.Next(atom);) {
         if (atom.type != "elst"_4cc) continue;
         ByteReader in(atom.body, ByteOrder::kBig);
-        in.Skip(4);
+        const bool wide = in.Get32() >> 24 == 1;
         const size_t claimed = in.Get32();
-        const auto edits = in.Take(std::min(claimed, in.Left() / kEdit.Size()) * kEdit.Size());
+        const size_t count = std::min(claimed, in.Left() / (wide ? kWideEdit : kEdit.Size()));
+        track.edits.clear();
+        if (wide) {
+            PutNarrowEdits(in, count, track.edits);
+            continue;
+        }
+        const auto edits = in.Take(count * kEdit.Size());
         track.edits.assign(edits.begin(), edits.end());
     }
 }
@@ -101,16 +123,28 @@ void ParseVideoExtensions(std::span<const uint8_t> atoms, QTSampleDescription& d
     }
 }
 
-// Behind the fixed part of a sound description of compression id -2: packet sizes and an atom.
+// Behind the fixed part of a sound description: by its version packet sizes or all of it anew, then
+// atoms, of which the first is kept.
 void ParseSoundExtension(std::span<const uint8_t> body, QTSampleDescription& description)
 {
     constexpr uint16_t kVariableCompression = 65534;
-    if (description.fields.Get(kSoundDescription["compression ID"]) != kVariableCompression) return;
-    ByteReader in(body, ByteOrder::kBig);
-    description.packets.Load(in.Take(std::min(in.Left(), description.packets.All().size())));
-    AtomWalker walker(body.subspan(in.At()));
-    if (Atom atom; walker.Next(atom))
-        description.extension.assign(atom.body.begin(), atom.body.end());
+    const uint64_t version = description.fields.Get(kDescriptionHead["version"]);
+    const bool packed =
+        description.fields.Get(kSoundDescription["compression ID"]) == kVariableCompression;
+    if (version == 0 && !packed) return;
+    AtomFields& fields = version == 2 ? description.wide : description.packets;
+    const size_t fixed = std::min(body.size(), fields.All().size());
+    fields.Load(body.first(fixed));
+    AtomWalker walker(body.subspan(fixed));
+    for (Atom atom; walker.Next(atom);) {
+        if (description.extension.empty())
+            description.extension.assign(atom.body.begin(), atom.body.end());
+        if (atom.type != "wave"_4cc) continue;
+        AtomWalker wave(atom.body);
+        for (Atom part; wave.Next(part);)
+            if (part.type == "enda"_4cc)
+                description.little_endian = ByteReader(part.body, ByteOrder::kBig).Get16() == 1;
+    }
 }
 
 void ParseDescriptions(std::span<const uint8_t> body, const QTTrack& track, QTSampleTables& tables)

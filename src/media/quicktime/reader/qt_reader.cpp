@@ -11,6 +11,7 @@
 #include "media/quicktime/reader/qt_movie_parser.h"
 #include "media/quicktime/reader/qt_references.h"
 #include "media/quicktime/structure/qt_formats.h"
+#include "media/quicktime/structure/qt_sound.h"
 
 namespace kelvane {
 
@@ -36,6 +37,10 @@ bool IsLetters(uint32_t type)
 // packed sound by the size that the file states for a sample, if it states one.
 uint64_t ChunkBytes(QTTrack& track, const QTSamplePlace& chunk)
 {
+    const QTSound sound = QTSoundOf(track);
+    if (sound.coding.IsSupported())
+        return SaturatingMultiply(SaturatingMultiply(chunk.samples, sound.FrameBytes()),
+                                  track.samples.SampleDuration(chunk.first_sample));
     const uint32_t format = track.Format();
     const auto channels =
         static_cast<uint32_t>(track.Described(kSoundDescription["number of channels"]));
@@ -168,8 +173,7 @@ Status QTReader::ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t
         return end ? kEnd : kMissing;
     }
     const Status status = ReadMedia(stream, place, ChunkBytes(track, place), buffer, size);
-    if (HasQTSwappedWords(track.Format(), track.Described(kSoundDescription["sample size"])))
-        SwapWords(buffer.data(), buffer.data(), size / 2);
+    if (QTSoundOf(track).HasBigWords()) SwapWords(buffer.data(), buffer.data(), size / 2);
     if (status != kOK) return status;
     stream.sample = SaturatingAdd(place.first_sample, place.samples);
     stream.chunk++;

@@ -116,11 +116,21 @@ inline constexpr auto kSoundDescription =
                                         {"packet size", 30, 2},
                                         {"sample rate", 32, 4}});
 
-// Behind a sound description whose compression ID is -2.
+// Behind a sound description of version 1, or whose compression ID is -2.
 inline constexpr auto kSoundPackets = HeaderFields<16>({{"samples per packet", 0, 4},
                                                         {"bytes per packet", 4, 4},
                                                         {"bytes per frame", 8, 4},
                                                         {"bytes per sample", 12, 4}});
+
+// Behind a sound description of version 2. The sample rate is a 64-bit float.
+inline constexpr auto kWideSound = HeaderFields<36>({{"size of structure", 0, 4},
+                                                     {"sample rate", 4, 8},
+                                                     {"channels", 12, 4},
+                                                     {"always 7F000000", 16, 4},
+                                                     {"bits", 20, 4},
+                                                     {"flags", 24, 4},
+                                                     {"bytes per packet", 28, 4},
+                                                     {"frames per packet", 32, 4}});
 
 // A text of the user data. The text itself follows.
 inline constexpr auto kUserText = HeaderFields<4>({{"text size", 0, 2}, {"language code", 2, 2}});

@@ -97,7 +97,7 @@ bool MayBeQTDVFormat(uint32_t format)
 
 bool HasQTSwappedWords(uint32_t format, uint64_t bits)
 {
-    return format == "twos"_4cc && bits > 8;
+    return format == "twos"_4cc && bits > 8 && bits <= 16;
 }
 
 bool IsQTPackedSound(uint32_t format)
@@ -145,30 +145,6 @@ QTFrameTime QTFrameTimeOf(const QTTrack& track, const MediaFormat& format)
     // A clock may be too coarse for the standard's own duration, as one of 600 is for NTSC.
     const double ratio = double(usual.ticks) * double(standard.parts) / double(standard.ticks);
     return track.samples.HasOneDuration() && std::abs(ratio - 1) < 0.01 ? usual : standard;
-}
-
-MediaFormat QTSoundFormat(const QTTrack& track)
-{
-    const RawAudioFormat pcm = {
-        kSamplePCM, static_cast<uint16_t>(track.Described(kSoundDescription["number of channels"])),
-        static_cast<uint16_t>(track.Described(kSoundDescription["sample size"])),
-        static_cast<int32_t>(track.SampleRate())};
-    RawAudioFormat unsigned_pcm = pcm, unknown = pcm;
-    unsigned_pcm.format = kSamplePCMUnsigned;
-    unknown.format = kSampleUnknown;
-    switch (track.Format()) {
-        case "twos"_4cc:
-        case "sowt"_4cc:
-            return MediaFormat(pcm);
-        case "raw "_4cc:
-            return MediaFormat(unsigned_pcm);
-        case "ulaw"_4cc:
-            return MediaFormat(EncodedAudioFormat{pcm, kSampleULaw, 0});
-        case "ima4"_4cc:
-            return MediaFormat(EncodedAudioFormat{pcm, kSampleIMA4, 0});
-        default:
-            return MediaFormat(EncodedAudioFormat{unknown, kSampleUnknown, 0});
-    }
 }
 
 uint64_t QTSoundBytes(uint32_t format, uint64_t samples, uint32_t channels, uint32_t bits)

@@ -24,14 +24,13 @@ bool IsQTDVFormat(uint32_t format);  // "dvc ", "dvcp", "AVdv" or "dvpp"
 // Codes of other forms of DV, under which plain 25 Mbit/s DV is found as well: "DVC ", "dv5n".
 bool MayBeQTDVFormat(uint32_t format);
 
-// Sound of a format and sample size whose 16-bit words are big-endian.
+// Sound of a destination whose 16-bit words are big-endian.
 bool HasQTSwappedWords(uint32_t format, uint64_t bits);
 
 bool IsQTPackedSound(uint32_t format);  // "ulaw" or "ima4"
 
-// The stream formats of a source's tracks. Kind 0 for video that is not known.
+// The stream format of a source's video track; kind 0 when it is not known.
 MediaFormat QTVideoFormat(const QTTrack& track);
-MediaFormat QTSoundFormat(const QTTrack& track);
 
 // How long a frame lasts in a track whose pictures are of this format: as most of them do, in DV
 // always as long as the standard says. Without ticks where the file does not tell.

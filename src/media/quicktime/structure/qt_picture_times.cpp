@@ -20,8 +20,9 @@ uint64_t Scale(uint64_t value, uint64_t factor, uint64_t divisor, uint64_t offse
 
 }  // namespace
 
-QTPictureTimes::QTPictureTimes(std::span<const QTTimeToSample> times, const QTFrameTime& frame)
-    : fFrame(frame.ticks ? frame : QTFrameTime{1, 1})
+QTPictureTimes::QTPictureTimes(std::span<const QTTimeToSample> times, const QTFrameTime& frame,
+                               uint64_t held)
+    : fFrame(frame.ticks ? frame : QTFrameTime{1, 1}), fInFront(held)
 {
     uint64_t tick = 0, start = 0;
     fRuns.reserve(times.size());
@@ -51,7 +52,21 @@ uint64_t QTPictureTimes::FirstTickOf(uint64_t frame) const
     return Scale(2 * frame + 1, fFrame.ticks, 2 * fFrame.parts, 2 * fFrame.parts - 1);
 }
 
+uint64_t QTPictureTimes::Count() const
+{
+    const uint64_t own = fRuns.empty() ? 0 : fRuns.back().end;
+    return own == 0 ? 0 : SaturatingAdd(own, fInFront);
+}
+
 QTPictureTimes::Place QTPictureTimes::At(uint64_t frame) const
+{
+    if (fInFront == 0) return PlaceOf(frame);
+    Place place = PlaceOf(frame - std::min(frame, fInFront));
+    if (frame > 0 && frame <= fInFront) place.held = true;
+    return place;
+}
+
+QTPictureTimes::Place QTPictureTimes::PlaceOf(uint64_t frame) const
 {
     const auto run = std::ranges::upper_bound(fRuns, frame, {}, &Run::end);
     if (run == fRuns.end() || run->duration == 0) return {};

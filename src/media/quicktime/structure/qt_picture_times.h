@@ -27,10 +27,12 @@ public:
     };
 
     QTPictureTimes() = default;
-    QTPictureTimes(std::span<const QTTimeToSample> times, const QTFrameTime& frame);
+    // The first picture stands for `held` frames in front of its own.
+    QTPictureTimes(std::span<const QTTimeToSample> times, const QTFrameTime& frame,
+                   uint64_t held = 0);
 
     // Frames in all. Of more than any film has, the largest number.
-    uint64_t Count() const { return fRuns.empty() ? 0 : fRuns.back().end; }
+    uint64_t Count() const;
     // Frames that hold a picture, and pictures without a frame.
     uint64_t Held() const { return Count() - (fPictures - fLeftOut); }
     uint64_t LeftOut() const { return fLeftOut; }
@@ -48,8 +50,10 @@ private:
 
     uint64_t FrameAt(uint64_t tick) const;
     uint64_t FirstTickOf(uint64_t frame) const;
+    Place PlaceOf(uint64_t frame) const;
 
     QTFrameTime fFrame;
+    uint64_t fInFront = 0;  // frames before the first of the runs
     std::vector<Run> fRuns;
     uint64_t fPictures = 0;
     uint64_t fLeftOut = 0;

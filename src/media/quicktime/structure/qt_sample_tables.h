@@ -19,8 +19,10 @@ struct QTSampleDescription {
     uint8_t field_detail = 0;           // video, "fiel": order of the fields
     uint32_t gamma = 0;                 // video, "gama": fixed 16.16, 0 when there is none
     Bytes colour_table;                 // video: body of a "ctab"
-    AtomFields packets{kSoundPackets};  // sound of compression id -2
-    Bytes extension;                    // the same: body of the atom behind the packets
+    AtomFields packets{kSoundPackets};  // sound of version 1 or compression id -2
+    AtomFields wide{kWideSound};        // sound of version 2
+    Bytes extension;                    // sound: body of the atom behind these
+    bool little_endian = false;         // sound: "enda" in a "wave"
 };
 
 struct QTTimeToSample {

@@ -1,4 +1,4 @@
-#include "engine/sound/sample_coding.h"
+#include "engine/sound/sample_converter.h"
 
 #include <algorithm>
 #include <bit>
@@ -12,7 +12,6 @@ namespace {
 
 constexpr int64_t kMost = 32767;
 constexpr int64_t kLeast = -32768;
-constexpr SampleCoding kNotSupported = {.bits = 0};
 
 void Put16(uint8_t* to, int64_t value)
 {
@@ -51,20 +50,6 @@ void ConvertFloats(const SampleCoding& coding, std::span<const uint8_t> from, ui
 }
 
 }  // namespace
-
-SampleCoding RIFFCoding(const RawAudioFormat& format)
-{
-    if (format.format == kSampleFloat) return {.bits = format.bitspersample, .is_float = true};
-    if (format.format != kSamplePCM && format.format != kSamplePCMUnsigned) return kNotSupported;
-    return {.bits = format.bitspersample, .is_unsigned = format.bitspersample <= 8};
-}
-
-SampleCoding QuickTimeCoding(const RawAudioFormat& format)
-{
-    const bool is_pcm = format.format == kSamplePCM || format.format == kSamplePCMUnsigned;
-    if (!is_pcm || (format.bitspersample != 8 && format.bitspersample != 16)) return kNotSupported;
-    return {.bits = format.bitspersample, .is_unsigned = format.format == kSamplePCMUnsigned};
-}
 
 void ConvertSamples(const SampleCoding& coding, std::span<const uint8_t> from, uint8_t* to)
 {
