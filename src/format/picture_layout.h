@@ -56,6 +56,15 @@ inline size_t BytesOfRawPicture(const MediaFormat& format)
     }
 }
 
+// Two pixels of a 4:2:2 row share their chroma. Where one is left over at its end, files have
+// layouts of several kinds: such pictures are neither read nor written.
+inline bool HasHalfPairs(const MediaFormat& format)
+{
+    const uint32_t space = format.Space();
+    const bool paired = space == kYUY2 || space == kUYVY || space == kYUVSigned;
+    return format.kind == kRawVideo && paired && format.Width() % 2 != 0;
+}
+
 // A raw format of the same size and rate in another colour space.
 inline MediaFormat RawOfSameSize(const MediaFormat& format, ColourSpace space)
 {

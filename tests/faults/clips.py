@@ -98,7 +98,7 @@ def make_broken_off(folder, raw, convert):
     with open(path, "wb") as file:
         file.write(struct.pack(">I4s", 0, b"mdat"))
         for at in range(0, len(media), FRAME_BYTES):
-            file.write(media[at:at + FRAME_BYTES] + bytes(5000))
+            file.write(media[at:at + FRAME_BYTES] + bytes(3000))
     return path
 
 

@@ -367,6 +367,22 @@ TEST_F(QuickTimeFilms, RowsOfAnEvenNumberOfBytesArePacked)
             MakeMovie({stored, stored}, {.format = "raw ", .width = kWidth, .height = kHeight});
         EXPECT_EQ(std::vector<Bytes>(2, packed), Film(path).frames) << stored.size();
     }
+    // An odd pixel of 4:2:2 has half a pair, which others read in other ways.
+    const std::vector<Bytes> rgb(3, packed), yuv(3, Bytes((kWidth + 1) * kHeight * 2));
+    const std::string narrow =
+        MakeMovie(rgb, {.format = "raw ", .width = kWidth, .height = kHeight});
+    for (const auto& [format, codec] : {std::pair("mov", "yuv422"), {"avi2", "yuy2"}}) {
+        Choose(format, codec);
+        EXPECT_EQ(-1, Convert(narrow, fFolder.Path("out")));
+        EXPECT_EQ("No suitable encoder is found.", fResult.message);
+    }
+    Choose("dv");
+    for (const char* format : {"yuvs", "2vuy", "yuv2"}) {
+        EXPECT_EQ(-1,
+                  Convert(MakeMovie(yuv, {.format = format, .width = kWidth, .height = kHeight}),
+                          fFolder.Path("out.dv")));
+        EXPECT_EQ("No suitable decoder is found.", fResult.message);
+    }
 }
 
 TEST_F(QuickTimeFilms, MoreThanADayOfHoldsIsACorruptedFile)

@@ -59,7 +59,11 @@ bool DIFFrameSearch::FindNext(uint64_t& place)
 DIFFrameSearch::Sight DIFFrameSearch::SearchWindow(uint64_t& place, uint64_t end)
 {
     fWindow.resize(static_cast<size_t>(std::min<uint64_t>(kWindow, end - place)));
-    if (!Read(place, fWindow)) return fLastRead == kUnread ? Sight::kUnread : Sight::kNothing;
+    if (!Read(place, fWindow)) {
+        if (fLastRead == kUnread) return Sight::kUnread;
+        place = end;  // the file got shorter
+        return Sight::kNothing;
+    }
     const size_t places = fWindow.size() - kHead + 1;
     for (size_t at = 0; at < places && fFalse < kMostFalse; at++) {
         if (!BeginsWithHeaderBlock(std::span(fWindow).subspan(at))) continue;
