@@ -52,6 +52,11 @@ std::optional<bool> SystemOfFrame(std::span<const uint8_t> bytes)
     return bytes.size() == whole ? std::optional(pal) : std::nullopt;
 }
 
+bool HasVideoAux(std::span<uint8_t> frame)
+{
+    return DIFFrame(frame.data(), static_cast<uint32_t>(frame.size())).IsWidescreen() >= 0;
+}
+
 void DIFFrame::ParseVideoAux()
 {
     fPackCount = 0;

@@ -34,6 +34,11 @@ bool BeginsWithHeaderBlock(std::span<const uint8_t> bytes);
 // Nothing of any other bytes.
 std::optional<bool> SystemOfFrame(std::span<const uint8_t> bytes);
 
+// Tapes begin with blank frames, which may be of another system and kind than the film. The first
+// of so many frames that has video auxiliary data tells what a film is, else the first one.
+inline constexpr int kFramesThatTell = 3;
+bool HasVideoAux(std::span<uint8_t> frame);
+
 using Pack = std::array<uint8_t, kPackSize>;
 
 // Looks inside one DV frame in memory, whole (120000 or 144000 bytes) and of any content: it does

@@ -33,6 +33,38 @@ inline size_t LargestFrame(const MediaFormat& format)
     return most > kLeast ? most : kLeast;
 }
 
+// Bytes that the pixels of one raw picture take, without padding of its rows; 0 for coded pictures
+// and for colour spaces that no codec reads.
+inline size_t BytesOfRawPicture(const MediaFormat& format)
+{
+    if (format.kind != kRawVideo) return 0;
+    switch (format.Space()) {
+        case kBGR24:
+        case kRGB24:
+        case kVYU24:
+            return PixelsOf(format) * 3;
+        case kRGBX32:
+        case kBGRX32:
+        case kBGRA32:
+            return PixelsOf(format) * kBytesOf32Bits;
+        case kYUY2:
+        case kUYVY:
+        case kYUVSigned:
+            return PixelsOf(format) * 2;
+        default:
+            return 0;
+    }
+}
+
+// Two pixels of a 4:2:2 row share their chroma. Where one is left over at its end, files have
+// layouts of several kinds: such pictures are neither read nor written.
+inline bool HasHalfPairs(const MediaFormat& format)
+{
+    const uint32_t space = format.Space();
+    const bool paired = space == kYUY2 || space == kUYVY || space == kYUVSigned;
+    return format.kind == kRawVideo && paired && format.Width() % 2 != 0;
+}
+
 // A raw format of the same size and rate in another colour space.
 inline MediaFormat RawOfSameSize(const MediaFormat& format, ColourSpace space)
 {

@@ -89,6 +89,19 @@ converted("mov-audio", "mov", "--format", "mov-audio-64")
 converted("huffyuv", "avi", "--format", "avi2-odml", "--codec", "huffyuv-yuv")
 
 
+@source("mov-broken-off")
+def make_broken_off(folder, raw, convert):
+    """A movie without its header; what lies between its frames is nothing."""
+    path = convert(raw, os.path.join(folder, "clip.mov"), "--format", "mov")
+    with open(path, "rb") as file:
+        media = dict(atoms(file.read()))[b"mdat"]
+    with open(path, "wb") as file:
+        file.write(struct.pack(">I4s", 0, b"mdat"))
+        for at in range(0, len(media), FRAME_BYTES):
+            file.write(media[at:at + FRAME_BYTES] + bytes(3000))
+    return path
+
+
 @source("mov-external")
 def make_external(folder, raw, convert):
     """A movie without media of its own: that of both tracks lies in the file beside it."""

@@ -67,6 +67,12 @@ class Outcome:
     def losses(self):
         return losses(self.last)
 
+    @property
+    def went_well(self):
+        """Done, with no losses but that its source was salvaged."""
+        told = self.last.get("losses") or {}
+        return self.status == 0 or bool(self.event("done") and set(told) == {"frames_salvaged"})
+
 
 @dataclass
 class Film:

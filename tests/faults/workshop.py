@@ -81,7 +81,7 @@ class Workshop:
 
     def undisturbed(self, pair):
         outcome, output, _ = self.run(pair)
-        if outcome.status != 0:
+        if not outcome.went_well:
             raise SetUpError("%s: %s" % (pair.name(), outcome.stderr.strip()))
         folder = os.path.dirname(output)
         film = self.converter.film(output, self.bench())

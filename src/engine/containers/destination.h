@@ -25,7 +25,11 @@ public:
     // Writes the next frame of the picture. 0 or -1.
     virtual Status WriteFrame(std::span<const uint8_t> frame) = 0;
     // Stores a bitmap header with its codec data for the picture, where the container can.
-    virtual void SetStreamHeader(std::span<const uint8_t> header) { static_cast<void>(header); }
+    virtual Status SetStreamHeader(std::span<const uint8_t> header)
+    {
+        static_cast<void>(header);
+        return kOK;
+    }
     // The separate audio track; null when sound goes into the frames or nowhere.
     virtual AudioTrack* Audio() { return nullptr; }
     // Writes what is due at the end. 0 or -1.

@@ -75,9 +75,9 @@ public:
         frame = fRows.Pad(frame, fPadded);
         return fFile.WriteFrame(kPictureStream, frame.data(), static_cast<int32_t>(frame.size()));
     }
-    void SetStreamHeader(std::span<const uint8_t> header) override
+    Status SetStreamHeader(std::span<const uint8_t> header) override
     {
-        static_cast<void>(fFile.SetVideoFormat(kPictureStream, header));
+        return fFile.SetVideoFormat(kPictureStream, header);
     }
     AudioTrack* Audio() override { return fHasTrack ? &fTrack : nullptr; }
     Status Finish() override { return fFile.Finish(); }

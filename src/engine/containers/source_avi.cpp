@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "base/four_cc.h"
 #include "base/status.h"
 #include "base/television.h"
@@ -104,11 +106,14 @@ public:
 private:
     bool TakePicture(const AVIStream& stream)
     {
-        if (MayBeDVHandler(handler)) TakeForDV();
-        if (IsDVHandler(handler)) {
-            format = DVFormat(is_pal);
-            return true;
-        }
+        const bool is_dv = IsDVHandler(handler);
+        if (is_dv || MayBeDVHandler(handler))
+            if (const auto pal = SystemOfFilm(); pal || is_dv) {
+                is_pal = pal.value_or(is_pal);
+                if (!is_dv) handler = "dvsd"_4cc;
+                format = DVFormat(is_pal);
+                return true;
+            }
         const bool huffyuv = handler == "HFYU"_4cc || handler == "hfyu"_4cc;
         if (!stream.IsVideo() || (!IsRawHandler(handler) && !huffyuv)) return false;
         fFile.StreamFormat(fVideo, format);
@@ -117,18 +122,25 @@ private:
         return HasPlausibleSize(format);
     }
 
-    // When the first frame that has data is one of 25 Mbit/s.
-    void TakeForDV()
+    // The television system of a film is that of its frames, whatever the headers say; nothing when
+    // the first one that has data is no whole frame of 25 Mbit/s.
+    std::optional<bool> SystemOfFilm()
     {
-        std::vector<uint8_t> frame(static_cast<size_t>(kPAL.dv_frame_size));
-        FrameRead read = {kOK};
-        for (int64_t number = 0; read.status == kOK && read.size == 0; number++)
-            read = ReadFrame(number, frame);
-        if (read.status != kOK) return;
-        const auto pal = SystemOfFrame(std::span(frame).first(read.size));
-        if (!pal) return;
-        is_pal = *pal;
-        handler = "dvsd"_4cc;
+        std::vector<uint8_t> room(LargestFrame(DVFormat(true)));
+        std::optional<bool> first;
+        int left = kFramesThatTell;
+        for (int64_t number = 0; left > 0; number++) {
+            const FrameRead read = ReadFrame(number, room);
+            if (read.status != kOK) break;
+            if (read.size == 0) continue;
+            const auto frame = std::span(room).first(read.size);
+            const auto pal = SystemOfFrame(frame);
+            if (!pal) break;
+            if (HasVideoAux(frame)) return pal;
+            if (!first) first = pal;
+            left--;
+        }
+        return first;
     }
 
     // RGB pictures have their bottom row first here as in codecs. A negative height says that a

@@ -97,11 +97,14 @@ public:
         const QTSalvage salvage = fFile.Salvaged();
         if (salvage.frames == 0) return {};
         std::string text =
-            "The source has no header, as a capture that broke off; its frames were found without "
-            "it.";
+            "The source has no whole header, as a capture that broke off; its frames were found "
+            "without it.";
         if (salvage.left_out > 0)
             text += " " + std::to_string(salvage.left_out) +
                     " bytes between them are no sound of their length and were left out.";
+        if (salvage.silent > 0)
+            text += " The sound of " + std::to_string(salvage.silent) +
+                    (salvage.silent == 1 ? " frame is silence." : " frames is silence.");
         return text;
     }
     AudioStream* Audio() override { return fAudio.get(); }

@@ -61,14 +61,14 @@ private:
     // with video auxiliary data does, where there is one among the first four.
     bool SystemToldBy(Bytes& first)
     {
-        if (Look(first).IsWidescreen() >= 0) return Look(first).IsPAL();
+        if (HasVideoAux(first)) return Look(first).IsPAL();
         for (const int64_t number : {1, 2, 3})
             for (const bool pal : {true, false}) {
                 Bytes frame(static_cast<size_t>(SystemFor(pal).dv_frame_size));
                 int32_t count = 1;
                 fFile.SetRecordSize(SystemFor(pal).dv_frame_size);
                 if (fFile.Seek(number) != kOK || fFile.Read(frame.data(), count) != kOK) continue;
-                if (SystemOfFrame(frame) == pal && Look(frame).IsWidescreen() >= 0) return pal;
+                if (SystemOfFrame(frame) == pal && HasVideoAux(frame)) return pal;
             }
         return Look(first).IsPAL();
     }

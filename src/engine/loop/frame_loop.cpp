@@ -113,7 +113,8 @@ FrameOrigin FrameLoop::Origin() const
 // they are put in anew.
 Result<> FrameLoop::PassOn(SourceFrame& frame)
 {
-    if (fPlanner.Number() == 0) fSink.SetStreamHeader(fSource.StreamHeader());
+    if (fPlanner.Number() == 0)
+        if (auto set = fSink.SetStreamHeader(fSource.StreamHeader()); !set) return set;
     return fSink.Write(fPlanner.Number(), frame.Bytes(), Origin(), WidthToDeclare());
 }
 
@@ -138,7 +139,8 @@ Result<> FrameLoop::Reencode()
         {plan, frames, fPlanner.Order(current), fSettings.MakesDVCPRO25(fTape.IsDVCPRO())});
     if (auto newest = fPictures.Wait(); !newest) return newest;
     if (!made) return made;
-    if (fPlanner.Number() == 0) fSink.SetStreamHeader(fMaker.StreamHeader());
+    if (fPlanner.Number() == 0)
+        if (auto set = fSink.SetStreamHeader(fMaker.StreamHeader()); !set) return set;
     return fSink.Write(fPlanner.Number(), fMaker.Frame(), Origin(), WidthToDeclare());
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/television.h"
 #include "dv/dif_frame.h"
+#include "format/picture_layout.h"
 
 namespace kelvane {
 
@@ -20,6 +21,7 @@ FrameReader::FrameReader(Source& source, Losses& losses)
     : fSource(source),
       fLosses(losses),
       fPromised(static_cast<int64_t>(std::min(source.CountFrames(), kMostFrames))),
+      fLeastBytes(BytesOfRawPicture(source.format)),
       fSecond(std::max<int64_t>(1, std::lround(source.format.FrameRate())))
 {
     if (source.format.IsDV())
@@ -36,13 +38,12 @@ FrameArrival FrameReader::Next(std::span<uint8_t> buffer)
         case Fault::kNone:
             return Give(reading.size);
         case Fault::kHeld:
-            return fNext == 0 ? FirstOfHeld(buffer) : Repeat(reading.fault);
+        case Fault::kBad:
+            return fNext == 0 ? FirstGood(buffer, reading.fault) : Repeat(reading.fault);
         case Fault::kUnread:
         case Fault::kShort:
-        case Fault::kBad:
             if (fNext == 0) return End(reading.fault);  // there is no frame before it
-            return reading.fault == Fault::kBad ? Repeat(reading.fault)
-                                                : PassGap(buffer, reading.fault);
+            return PassGap(buffer, reading.fault);
         default:
             return End(reading.fault);
     }
@@ -68,7 +69,9 @@ FrameReader::Reading FrameReader::Read(int64_t number, std::span<uint8_t> buffer
         default:
             return {Fault::kUnread};
     }
-    return fFrameBytes == 0 ? Reading{Fault::kNone, read.size} : CheckDV(buffer.first(read.size));
+    if (fFrameBytes > 0) return CheckDV(buffer.first(read.size));
+    if (read.size < fLeastBytes) return {Fault::kBad};  // some rows of a picture are none
+    return {Fault::kNone, read.size};
 }
 
 // Only whole frames go on from here. Of a chunk that is too long, the first bytes are a frame when
@@ -90,15 +93,20 @@ FrameArrival FrameReader::Give(size_t size)
     return {FrameArrival::kFrame, size};
 }
 
-// Held frames in front of the first one stand for that one, so that sound and picture stay in step.
-FrameArrival FrameReader::FirstOfHeld(std::span<uint8_t> buffer)
+// In front of the first good frame there is none to repeat: that one stands for them, so that sound
+// and picture stay in step. A film of bad ones alone is none.
+FrameArrival FrameReader::FirstGood(std::span<uint8_t> buffer, Fault first)
 {
-    for (int64_t number = 1; number < fPromised; number++) {
+    int64_t bad = first == Fault::kBad;
+    for (int64_t number = 1; number < fPromised && bad <= kSecondsOneByOne * fSecond; number++) {
         const Reading reading = Read(number, buffer);
-        if (reading.fault == Fault::kHeld) continue;
-        return reading.fault == Fault::kNone ? Give(reading.size) : End(reading.fault);
+        if (reading.fault == Fault::kBad) bad++;
+        if (reading.fault == Fault::kHeld || reading.fault == Fault::kBad) continue;
+        if (reading.fault != Fault::kNone) return End(reading.fault);
+        Count(first, 1);
+        return Give(reading.size);
     }
-    return End(Fault::kEnd);
+    return End(bad > 0 ? Fault::kBad : Fault::kEnd);
 }
 
 // Looks for the next frame that can be read: one by one for ten seconds, then in steps of a second.

@@ -55,7 +55,7 @@ private:
     Reading Read(int64_t number, std::span<uint8_t> buffer);
     Reading CheckDV(std::span<const uint8_t> chunk);
     FrameArrival Give(size_t size);
-    FrameArrival FirstOfHeld(std::span<uint8_t> buffer);
+    FrameArrival FirstGood(std::span<uint8_t> buffer, Fault first);
     FrameArrival PassGap(std::span<uint8_t> buffer, Fault first);
     FrameArrival Repeat(Fault fault);
     FrameArrival End(Fault fault);
@@ -65,6 +65,7 @@ private:
     Losses& fLosses;
     int64_t fPromised;
     size_t fFrameBytes = 0;  // of a DV frame; 0 for other pictures
+    size_t fLeastBytes;      // of another frame
     int64_t fSecond;         // frames
     int64_t fNext = 0;
     int64_t fGapEnd = 0;            // frames from fNext to here cannot be had

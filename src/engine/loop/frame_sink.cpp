@@ -23,9 +23,11 @@ FrameSink::FrameSink(Destination& destination, AudioTransfer& audio)
 {
 }
 
-void FrameSink::SetStreamHeader(std::span<const uint8_t> header)
+Result<> FrameSink::SetStreamHeader(std::span<const uint8_t> header)
 {
-    if (!header.empty()) fDestination.SetStreamHeader(header);
+    const Status status = header.empty() ? kOK : fDestination.SetStreamHeader(header);
+    if (status != kOK) return Unwritten(kVideoWriteError, status);
+    return {};
 }
 
 void FrameSink::TouchUp(int64_t number, std::span<uint8_t> frame, const FrameOrigin& origin,

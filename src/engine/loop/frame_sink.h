@@ -21,7 +21,7 @@ public:
     FrameSink(Destination& destination, AudioTransfer& audio);
 
     // What the frames want stored beside them, before the first one; may be empty.
-    void SetStreamHeader(std::span<const uint8_t> header);
+    Result<> SetStreamHeader(std::span<const uint8_t> header);
     // Writes output frame `number`, which shows the source frame of `origin`. DV frames get their
     // sound first, and a display format where one is given: true is 16:9; `frame` is changed by
     // that.

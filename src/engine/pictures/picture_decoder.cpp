@@ -39,7 +39,8 @@ Result<> PictureDecoder::DecodeDV(std::span<const uint8_t> frame, bool dvcpro,
 bool PictureDecoder::FindCodec()
 {
     if (fCodec) return true;
-    if (fFormat.Space() == 0) return false;  // a depth that is not read
+    // A depth or rows that are not read.
+    if (fFormat.Space() == 0 || HasHalfPairs(fFormat)) return false;
     const MediaFormat wide = RawOfSameSize(fFormat, kBGRX32);
     const bool huffyuv = fFormat.IsCodedAs(kEncodingHuffYUV);
     const CodecRegistry& registry = fState.Registry();

@@ -57,6 +57,7 @@ void PictureEncoder::Repeat()
 bool PictureEncoder::FindCodec()
 {
     if (fCodec) return true;
+    if (HasHalfPairs(fFormat)) return false;
     const CodecRegistry& registry = fState.Registry();
     // HuffYUV is coded from 24 bits alone.
     if (!IsHuffYUV()) fCodec = registry.FindCodec(RawOfSameSize(fFormat, kBGRX32), fFormat);

@@ -61,7 +61,7 @@ Result<> SourcePictures::MakeOne(const FrameRef& made, bool dvcpro, WorkerPool* 
 // Tapes have frames that cannot be decoded; ten seconds of them in a row are no tape any more.
 Result<> SourcePictures::Repeat(SourceFrame& frame, const Failure& failure)
 {
-    const double seconds = static_cast<double>(++fInARow) / fFrom.FrameRate();
+    const double seconds = static_cast<double>(++fInARow) / std::max(fFrom.FrameRate(), 1.0f);
     if (failure.status != kUndecodable) return failure;
     if (!fLast || seconds > kMostSecondsInARow) return Failure{kError, failure.message};
     frame.picture = fLast->picture;

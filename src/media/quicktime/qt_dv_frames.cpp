@@ -10,17 +10,21 @@ namespace kelvane {
 Bytes FirstDVFrame(QTFile& file, int32_t stream)
 {
     constexpr int64_t kMostPictures = 25;
-    Bytes frame(static_cast<size_t>(kPAL.dv_frame_size));
+    Bytes first, frame;
     const int64_t pictures = std::min(file.SampleCount(stream), kMostPictures);
-    for (int64_t picture = 0; picture < pictures; picture++) {
+    int left = kFramesThatTell;  // from the first whole one on
+    for (int64_t picture = 0; picture < pictures && left > 0; picture++) {
         uint32_t size = 0;
+        frame.resize(static_cast<size_t>(kPAL.dv_frame_size));
+        if (!first.empty()) left--;
         if (file.SeekFrame(stream, picture) != kOK) break;
         if (file.ReadFrame(stream, frame, size) != kOK) continue;
-        if (!SystemOfFrame(std::span(frame).first(size))) continue;
         frame.resize(size);
-        return frame;
+        if (!SystemOfFrame(frame)) continue;
+        if (HasVideoAux(frame)) return frame;
+        if (first.empty()) first = frame;
     }
-    return {};
+    return first;
 }
 
 bool IsQTDVStream(QTFile& file, int32_t stream)

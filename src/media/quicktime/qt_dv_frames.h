@@ -8,14 +8,14 @@
 
 namespace kelvane {
 
-// The first whole DV frame of a video stream, looked for among its first pictures; empty when there
-// is none. Where the stream stands next is open.
+// The first whole DV frame of a video stream, looked for among its first pictures, or one close
+// behind it that is not blank; empty when there is none. Where the stream stands next is open.
 Bytes FirstDVFrame(QTFile& file, int32_t stream);
 
 // Plain DV by its data format; where that only makes it possible, by its first frame.
 bool IsQTDVStream(QTFile& file, int32_t stream);
 
-// The television system of a stream by its first whole DV frame; nothing when it has none.
+// The television system of a stream by its first DV frame; nothing when it has none.
 std::optional<bool> IsPALStream(QTFile& file, int32_t stream);
 
 }  // namespace kelvane

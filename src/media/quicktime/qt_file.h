@@ -23,7 +23,7 @@ namespace kelvane {
 //
 // A source is parsed by the constructor: only heads of atoms and the "moov" are read, never the
 // media. Streams are its video and sound tracks in order. Video is read by frame, sound by chunk.
-// Without a "moov" the media are searched for the DV frames of a capture that broke off.
+// Without a whole "moov" the media are searched for the DV frames of a capture that broke off.
 //
 // A destination takes tracks, then frames and blocks of sound in any order; all media go into one
 // "mdat" from byte 16 on, and the "moov" is written behind it by Close() or the destructor. Until
@@ -39,7 +39,7 @@ public:
     // 0; -1 not opened, or its headers could not be read; -2 no "moov" and no DV frames; -11 a
     // "moov" too large to be one.
     Status InitCheck() const { return fInitCheck; }
-    // What was found without a "moov".
+    // What was found without a whole "moov".
     QTSalvage Salvaged() const { return fReader ? fReader->Salvaged() : QTSalvage{}; }
     const std::string& Path() const { return fPath; }
 

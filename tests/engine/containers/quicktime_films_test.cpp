@@ -9,6 +9,7 @@
 #include "engine/containers/destination.h"
 #include "engine/loop/conversion_case.h"
 #include "engine/options/output_formats.h"
+#include "media/avi/avi_file.h"
 #include "support/qt_builder.h"
 #include "support/riff.h"
 
@@ -60,10 +61,13 @@ protected:
     // small where it has no sound.
     std::string Converts(const std::vector<Bytes>& frames, const QTTestTrack& track)
     {
+        return Shown(frames, Converted(MakeMovie(frames, track), "out.dv", "dv"));
+    }
+    static std::string Shown(const std::vector<Bytes>& frames, const std::string& path)
+    {
         std::map<Bytes, char> letters;
         for (size_t i = 0; i < frames.size(); i++)
             letters.emplace(PictureOf(frames[i]), char('A' + i));
-        const std::string path = Converted(MakeMovie(frames, track), "out.dv", "dv");
         std::string shown;
         Film film(path);
         for (Bytes& frame : film.frames) {
@@ -229,6 +233,29 @@ TEST_F(QuickTimeFilms, DVGoesByItsFirstWholeFrame)
     EXPECT_TRUE((*source)->is_pal);
 }
 
+// As tapes begin, in either container.
+TEST_F(QuickTimeFilms, ABlankFrameDoesNotTellTheSystem)
+{
+    std::vector<Bytes> frames = ClipFrames(5);
+    frames[0] = frames[1] = ClipFrames(1, false)[0];
+    for (Bytes* blank : {&frames[0], &frames[1]})
+        for (size_t sequence = 0; sequence < 10; sequence++)
+            for (const size_t block : kVideoAuxBlocks)
+                std::fill_n(&(*blank)[sequence * kDIFSequenceSize + block + kVideoAuxPackAt],
+                            kVideoAuxPacks * kPackSize, kNoPack);
+    EXPECT_EQ("CcCDE", Converts(frames, {.height = 480}));
+    EXPECT_EQ(2u, fResult.losses.frames_undecodable);
+
+    const std::string path = fFolder.Path("blank.avi");
+    {
+        AVIFile avi(path.c_str(), kCreate);
+        ASSERT_EQ(kOK, avi.BeginDVAVI(kAVIType1 | kAVINTSC | kAVIOldIndex, "dvsd"_4cc, 0));
+        for (const Bytes& frame : frames)
+            ASSERT_EQ(kOK, avi.WriteFrame(0, frame.data(), int32_t(frame.size())));
+    }
+    EXPECT_EQ("CcCDE", Shown(frames, Converted(path, "out.dv", "dv")));
+}
+
 TEST_F(QuickTimeFilms, PlainDVIsReadUnderOtherCodesToo)
 {
     for (const bool pal : {true, false})
@@ -276,7 +303,16 @@ TEST_F(BrokenCaptures, GiveAllWholeFramesAndTheirSound)
         EXPECT_EQ(std::string::npos, all.source->Warning().find("left out"));
         EXPECT_EQ(0u, whole.source->FramesSalvaged());
         EXPECT_EQ("", whole.source->Warning());
-        // Wherever it broke off.
+        // Wherever it broke off, in the middle of its header as well.
+        const Bytes file = ReadWhole(fFolder.Path("whole.mov"));
+        const size_t header = file.size() - broken.size();
+        for (const size_t length : {size_t{8}, header / 2, header - 1}) {
+            const auto end = file.begin() + ptrdiff_t(broken.size() + length);
+            const Film half = Open(Bytes(file.begin(), end));
+            EXPECT_EQ(whole.frames, half.frames) << length;
+            EXPECT_EQ(whole.track, half.track) << "and no header that passes for sound";
+            EXPECT_EQ(9u, half.source->FramesSalvaged());
+        }
         const size_t frame = whole.frames[0].size();
         for (const size_t length : {kHead + frame, kHead + 2 * frame - 1, kHead + 2 * frame,
                                     broken.size() - 100, kHead + 5 * frame}) {
@@ -350,6 +386,17 @@ TEST_F(BrokenCaptures, WhatIsNoSoundBetweenTheFramesIsLeftOut)
         }
     for (const Bytes& sound : {little, big})
         EXPECT_EQ(Join({little, little, little, little}), film(sound).track);
+
+    // Silence stands for sound that is lost: what comes behind it keeps its time. A piece of
+    // rubbish within the frames of a chunk of sound takes nothing from it.
+    const Bytes silence(little.size()), twice = Join({little, little});
+    const Film gap = Open(Join(
+        {head, frames[0], little, frames[1], Bytes(500), frames[2], little, frames[3], little}));
+    EXPECT_EQ(Join({little, silence, little, little}), gap.track);
+    EXPECT_NE(std::string::npos, gap.source->Warning().find("1 frame is silence"));
+    const Film within = Open(Join({head, frames[0], frames[1], twice, frames[2], Bytes(500),
+                                   frames[3], twice, frames[0], frames[1], twice}));
+    EXPECT_EQ(Join({twice, twice, twice}), within.track);
 }
 
 // What fails the run with "Write error in destination file (video track)!".
@@ -393,6 +440,22 @@ TEST_F(QuickTimeFilms, RowsOfAnEvenNumberOfBytesArePacked)
         const std::string path =
             MakeMovie({stored, stored}, {.format = "raw ", .width = kWidth, .height = kHeight});
         EXPECT_EQ(std::vector<Bytes>(2, packed), Film(path).frames) << stored.size();
+    }
+    // An odd pixel of 4:2:2 has half a pair, which others read in other ways.
+    const std::vector<Bytes> rgb(3, packed), yuv(3, Bytes((kWidth + 1) * kHeight * 2));
+    const std::string narrow =
+        MakeMovie(rgb, {.format = "raw ", .width = kWidth, .height = kHeight});
+    for (const auto& [format, codec] : {std::pair("mov", "yuv422"), {"avi2", "yuy2"}}) {
+        Choose(format, codec);
+        EXPECT_EQ(-1, Convert(narrow, fFolder.Path("out")));
+        EXPECT_EQ("No suitable encoder is found.", fResult.message);
+    }
+    Choose("dv");
+    for (const char* format : {"yuvs", "2vuy", "yuv2"}) {
+        EXPECT_EQ(-1,
+                  Convert(MakeMovie(yuv, {.format = format, .width = kWidth, .height = kHeight}),
+                          fFolder.Path("out.dv")));
+        EXPECT_EQ("No suitable decoder is found.", fResult.message);
     }
 }
 

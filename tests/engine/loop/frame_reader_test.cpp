@@ -18,10 +18,10 @@ namespace {
 //   before, m one beyond the end of the file, r one in a file that is not there.
 class MadeUpFilm : public Source {
 public:
-    explicit MadeUpFilm(std::string frames) : fFrames(std::move(frames))
+    MadeUpFilm(std::string frames, const MediaFormat& pictures) : fFrames(std::move(frames))
     {
         is_pal = true;
-        format = DVFormat(true);
+        format = pictures;
     }
     FrameRead ReadFrame(int64_t number, std::span<uint8_t> buffer) override
     {
@@ -52,14 +52,17 @@ private:
 };
 
 struct Reading {
-    explicit Reading(const std::string& film) : source(film), reader(source, losses)
+    explicit Reading(const std::string& film, const MediaFormat& format = DVFormat(true))
+        : source(film, format), reader(source, losses)
     {
         Bytes buffer(LargestFrame(source.format));
         for (;;) {
             const FrameArrival arrival = reader.Next(buffer);
             if (arrival.kind == FrameArrival::kNothing) return;
             const bool frame = arrival.kind == FrameArrival::kFrame;
-            EXPECT_EQ(frame ? 144000u : 0u, arrival.size);
+            if (source.format.IsDV()) {
+                EXPECT_EQ(frame ? 144000u : 0u, arrival.size);
+            }
             came += frame ? char('0' + buffer[3]) : '=';
         }
     }
@@ -84,6 +87,8 @@ TEST(FrameReader, PutsTheFrameBeforeInPlaceOfWhatCannotBeHad)
         {"fflfx", "0123=", 0, 0, 0, 1, 1, -1, kEnd},
         {"fhfhh", "0=2==", 0, 0, 0, 0, 0, -1, kEnd},
         {"hhfff", "2=234", 0, 0, 0, 0, 0, -1, kEnd},
+        {"xhxff", "3==34", 0, 0, 0, 2, 0, -1, kEnd},
+        {"xxxxx", "", 0, 0, 0, 5, 0, -1, kUnread},
         {"ffmff", "01", 0, 3, 0, 0, 0, 2, kMissing},
         {"fufmf", "0=2", 1, 2, 0, 0, 0, 1, kMissing},
         {"fuumf", "0==", 2, 2, 0, 0, 0, 1, kMissing},
@@ -105,6 +110,17 @@ TEST(FrameReader, PutsTheFrameBeforeInPlaceOfWhatCannotBeHad)
         // What the system said first.
         const int said = row.end == kReferenceMissing ? ENOENT : row.unread > 0 ? EIO : 0;
         EXPECT_EQ(said, reading.reader.Reason().SystemError());
+    }
+}
+
+TEST(FrameReader, TakesNoPartOfARawPicture)
+{
+    for (const uint32_t space : {kYUY2, kUYVY, kYUVSigned, kBGR24, kRGB24, kBGRX32}) {
+        const int32_t bytes = space == kBGRX32 ? 4 : space == kBGR24 || space == kRGB24 ? 3 : 2;
+        const Reading reading(
+            "fsflf", MediaFormat(RawVideoFormat{space, 144000 / bytes / 100, 100, 25, 0, 0}));
+        EXPECT_EQ("0=234", reading.came) << space;
+        EXPECT_EQ(1u, reading.losses.frames_undecodable);
     }
 }
 

@@ -133,6 +133,11 @@ TEST_F(Messages, PicturesThatNoCodecReads)
     Expect(-1, none, fFolder.Write("bad.mov", Movie("rle ", true, 16)));
     Choose("mov", "animation");
     Expect(-1, none, fFolder.Path("bad.mov"));  // nor is it copied under another depth
+    for (const uint32_t depth : {1, 8, 16})
+        for (const char* codec : {"apple-dv", "rgb24"}) {
+            Choose("mov", codec);
+            Expect(-1, none, fFolder.Write("bad.mov", Movie("raw ", true, depth)));
+        }
 }
 
 TEST_F(Messages, DestinationsThatCannotBe)

@@ -62,7 +62,7 @@ QTReader::QTReader(QTMovie& movie, PositionedFile& file, const VolumeTable& volu
 Status QTReader::Parse()
 {
     std::optional<uint64_t> media;
-    std::optional<Status> movie;
+    std::optional<AtomHead> movie;
     AtomHead head;
     for (int i = 0; i < kMaxTopLevelAtoms && !(media && movie); i++) {
         std::array<uint8_t, kMaxAtomHead> window;
@@ -75,16 +75,21 @@ Status QTReader::Parse()
         if (!ReadAtomHead(std::span(window).first(got), position, head)) break;
         if (!IsLetters(head.type)) break;
         if (head.type == "mdat"_4cc && !media) media = head.body;
-        if (head.type == "moov"_4cc && !movie) movie = ParseMovieAtom(head);
+        if (head.type == "moov"_4cc && !movie) movie = head;
     }
-    if (!movie && media) movie = Salvage(*media);
-    return movie.value_or(kNotThisClass);
+    const bool whole = movie && movie->end <= fFile.Length();
+    if (media && !whole) {
+        const Status salvaged = Salvage(*media, movie ? movie->start : fFile.Length());
+        if (salvaged != kNotThisClass || !movie) return salvaged;
+    }
+    return movie ? ParseMovieAtom(*movie) : kNotThisClass;
 }
 
-// A capture that broke off has no movie yet.
-Status QTReader::Salvage(uint64_t media)
+// A capture that broke off has no movie yet, or the beginning of one.
+Status QTReader::Salvage(uint64_t media, uint64_t end)
 {
-    fSalvage = SalvageQTMovie(fFile, media, fMovie);
+    fSalvage = SalvageQTMovie(fFile, media, end, fMovie);
+    if (fSalvage.status == kUnread) return {kError, fSalvage.status.SystemError()};
     AddStreams();
     return fSalvage.frames > 0 ? kOK : kNotThisClass;
 }
@@ -184,11 +189,16 @@ Status QTReader::ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t
 Status QTReader::ReadMedia(const QTStream& stream, const QTSamplePlace& place, uint64_t bytes,
                            std::span<uint8_t> buffer, uint32_t& size)
 {
-    FileHandle file = kNoFile;
-    if (const Status status = OpenMedia(stream, place, file); status != kOK) return status;
     constexpr size_t kMostAtOnce = std::numeric_limits<uint32_t>::max();
     const auto into = buffer.first(
         static_cast<size_t>(std::min<uint64_t>(bytes, std::min(buffer.size(), kMostAtOnce))));
+    if (fSalvage.frames > 0 && place.offset == kSalvagedSilence) {
+        std::ranges::fill(into, uint8_t{0});
+        size = static_cast<uint32_t>(into.size());
+        return size < bytes ? kTooLarge : kOK;
+    }
+    FileHandle file = kNoFile;
+    if (const Status status = OpenMedia(stream, place, file); status != kOK) return status;
     if (const Status status = FileReadWhole(file, place.offset, into); status != kOK) return status;
     const bool too_large = into.size() < bytes;
     if (too_large && SaturatingAdd(place.offset, bytes) > FileSize(file)) return kMissing;

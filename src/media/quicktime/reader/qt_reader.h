@@ -32,7 +32,7 @@ public:
 
 private:
     Status ParseMovieAtom(const AtomHead& head);
-    Status Salvage(uint64_t media);
+    Status Salvage(uint64_t media, uint64_t end);
     void AddStreams();
     Status ReadVideo(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size);
     Status ReadSound(QTStream& stream, std::span<uint8_t> buffer, uint32_t& size);

@@ -37,6 +37,7 @@ struct FoundSound {
     uint32_t format = 0;
     std::vector<Gap> chunks{};
     uint64_t left_out = 0;  // bytes
+    uint64_t silent = 0;    // frames
 
     uint32_t SampleBytes() const { return channels * kBytesOf16Bits; }
 };
@@ -77,10 +78,11 @@ bool IsNear(double value, double wanted, double tolerance)
 }
 
 // Sound comes in pieces that may be longer or shorter than their frames, but not by half.
-bool Fits(const Gap& gap, double bytes_of_frame)
+bool Fits(const Gap& gap, double bytes_of_frame, uint64_t more_frames = 0)
 {
-    const double frames = gap.frames ? double(gap.frames) : 1;  // in front of the first one
-    return IsNear(double(gap.bytes), bytes_of_frame * frames, 0.5);
+    const uint64_t frames = gap.frames + more_frames;
+    const double counted = frames ? double(frames) : 1;  // in front of the first one
+    return IsNear(double(gap.bytes), bytes_of_frame * counted, 0.5);
 }
 
 // The rate and channels whose sound has the length that the gaps have on average.
@@ -111,7 +113,9 @@ bool IsLittleEndian(const PositionedFile& file, const FoundSound& sound)
     Bytes bytes;
     for (size_t i = 0; i < std::min(sound.chunks.size(), kMostChunks); i++) {
         bytes.resize(static_cast<size_t>(std::min(sound.chunks[i].bytes, kMostBytes)));
-        if (FileReadWhole(file.Handle(), sound.chunks[i].place, bytes) != kOK) continue;
+        if (sound.chunks[i].place == kSalvagedSilence ||
+            FileReadWhole(file.Handle(), sound.chunks[i].place, bytes) != kOK)
+            continue;
         const auto step = [&](size_t at, size_t high) {
             const auto value = [&](size_t sample) {
                 return static_cast<int16_t>(bytes[sample + high] << 8 | bytes[sample + 1 - high]);
@@ -127,28 +131,53 @@ bool IsLittleEndian(const PositionedFile& file, const FoundSound& sound)
 }
 
 // Bytes of sound behind the last frame; 0 when a frame or a header begins there.
-uint64_t SoundAtTheEnd(const PositionedFile& file, uint64_t place)
+uint64_t SoundAtTheEnd(const PositionedFile& file, uint64_t place, uint64_t end)
 {
+    if (place >= end) return 0;
     std::array<uint8_t, 8> head;
-    if (FileReadWhole(file.Handle(), place, head) != kOK || BeginsWithHeaderBlock(head)) return 0;
+    const Status read = FileReadWhole(file.Handle(), place, head);
+    // Whoever reads it is told.
+    if (read == kUnread) return end - place;
+    if (read != kOK || BeginsWithHeaderBlock(head)) return 0;
     const auto type = std::span(head).subspan(4);
-    return LoadBytes(type, ByteOrder::kBig) == "moov"_4cc ? 0 : file.Length() - place;
+    return LoadBytes(type, ByteOrder::kBig) == "moov"_4cc ? 0 : end - place;
 }
 
-FoundSound FindSound(const PositionedFile& file, const FoundFrames& found, uint64_t from)
+void AddSilence(uint64_t frames, double bytes_of_frame, FoundSound& sound)
+{
+    const auto samples = [&](uint64_t count) {
+        return std::llround(double(count) * bytes_of_frame / sound.SampleBytes());
+    };
+    for (uint64_t i = 0; i < frames; i++) {
+        const auto length = static_cast<uint64_t>(samples(i + 1) - samples(i));
+        sound.chunks.push_back({kSalvagedSilence, length * sound.SampleBytes(), 1});
+    }
+    sound.silent += frames;
+}
+
+FoundSound FindSound(const PositionedFile& file, const FoundFrames& found, uint64_t from,
+                     uint64_t end)
 {
     const float frame_rate = SystemFor(found.pal).rate;
     std::vector<Gap> gaps = GapsBetween(found, from);
     FoundSound sound = SoundOfLength(gaps, frame_rate);
-    gaps.back().bytes = SoundAtTheEnd(file, gaps.back().place);
+    gaps.back().bytes = SoundAtTheEnd(file, gaps.back().place, end);
     const double bytes_of_frame = double(sound.rate) * sound.SampleBytes() / frame_rate;
+    uint64_t without = 0;  // frames behind the last sound, up to the last gap that is none
     for (Gap& gap : gaps) {
         const uint64_t rest = sound.rate ? gap.bytes % sound.SampleBytes() : 0;
-        const bool is_sound = sound.rate && Fits(gap, bytes_of_frame);
+        // Of the frames behind what is left out, or of those before it as well.
+        const bool of_few = Fits(gap, bytes_of_frame), of_all = Fits(gap, bytes_of_frame, without);
+        const bool is_sound = sound.rate && (of_few || of_all);
         // What is not whole at the end is no loss of its own.
         if (&gap != &gaps.back()) sound.left_out += is_sound ? rest : gap.bytes;
         gap.bytes -= rest;
-        if (is_sound) sound.chunks.push_back(gap);
+        without += is_sound ? 0 : gap.frames;
+        if (!is_sound) continue;
+        const auto middle = double(gap.frames) + double(without) / 2;
+        if (double(gap.bytes) < bytes_of_frame * middle) AddSilence(without, bytes_of_frame, sound);
+        without = 0;
+        sound.chunks.push_back(gap);
     }
     sound.format = IsLittleEndian(file, sound) ? "sowt"_4cc : "twos"_4cc;
     return sound;
@@ -188,11 +217,11 @@ void AddSound(QTMovie& movie, const FoundSound& sound)
 
 }  // namespace
 
-QTSalvage SalvageQTMovie(const PositionedFile& file, uint64_t from, QTMovie& movie)
+QTSalvage SalvageQTMovie(const PositionedFile& file, uint64_t from, uint64_t end, QTMovie& movie)
 {
     const FoundFrames found = DIFFrameSearch(file).FindFrom(from);
-    if (found.places.empty()) return {};
-    const FoundSound sound = FindSound(file, found, from);
+    if (found.places.empty()) return {.status = found.status};
+    const FoundSound sound = FindSound(file, found, from, end);
     // The header that should be there, read as if it were.
     QTMovie missing = NewQTMovie();
     AddPictures(missing, found);
@@ -200,7 +229,7 @@ QTSalvage SalvageQTMovie(const PositionedFile& file, uint64_t from, QTMovie& mov
     FinishQTMovie(missing);
     constexpr size_t kHead = 8;
     ParseQTMovie(std::span<const uint8_t>(BuildQTMovie(missing, true)).subspan(kHead), movie);
-    return {found.places.size(), sound.left_out};
+    return {found.places.size(), sound.left_out, sound.silent};
 }
 
 }  // namespace kelvane
