@@ -67,5 +67,27 @@ TEST(TwelveBit, ConcealsLostSamplesFromNeighboursOfTheirChannel)
     }
 }
 
+TEST(LostSamples, OfSixteenBitsAreBridged)
+{
+    constexpr uint16_t kLost = 0x8000;
+    const struct {
+        size_t channels;
+        Values before, after;
+    } rows[] = {
+        {1, {10, kLost, 21}, {10, 15, 21}},
+        {2, {0xFFF6, 7, kLost, kLost, 5, 9}, {0xFFF6, 7, 0xFFFD, 8, 5, 9}},
+        // A long run, and a run at either end.
+        {1, {0, kLost, kLost, kLost, 400}, {0, 100, 250, 325, 400}},
+        {1, {kLost, kLost, kLost, 6, 8, kLost, kLost}, {6, 6, 6, 6, 8, 8, 8}},
+        {2, {kLost, 1, kLost, 2}, {0, 1, 0, 2}},
+        {1, {0x8001, 0x7FFF, 0x803F}, {0x8001, 0x7FFF, 0x803F}},
+    };
+    for (const auto& row : rows) {
+        Values values = row.before;
+        BridgeLostSamples(values, row.channels);
+        EXPECT_EQ(row.after, values) << testing::PrintToString(row.before);
+    }
+}
+
 }  // namespace
 }  // namespace kelvane
