@@ -76,11 +76,12 @@ TEST(AudioTransfer, StaysInStepOverTenMinutesThereAndBack)
 TEST(AudioTransfer, StaysInStepWhateverFramesLack)
 {
     const auto set = [](size_t at, uint8_t pal, uint8_t ntsc) {
-        return [=](Bytes& frame) { SetInPacks(frame, at, frame.size() == 144000 ? pal : ntsc); };
+        return
+            [=](Bytes& frame) { SetInAudioPacks(frame, at, frame.size() == 144000 ? pal : ntsc); };
     };
     const std::pair<const char*, std::function<void(Bytes&)>> rows[] = {
-        {"no audio pack", ErasePacks},
-        {"a header that says nothing", [](Bytes& frame) { frame[3] = 0, ErasePacks(frame); }},
+        {"no audio pack", EraseAudioPacks},
+        {"a header that says nothing", [](Bytes& frame) { frame[3] = 0, EraseAudioPacks(frame); }},
         {"a rate that is not known", set(4, 0x18, 0x18)},
         {"more samples than there are places", set(1, 0xFF, 0xFF)},
         {"the other system's samples", set(3, 0xC0, 0xE0)},
@@ -98,7 +99,7 @@ TEST(AudioTransfer, StaysInStepWhateverFramesLack)
                 run.Go(kSeconds * (pal ? 25 : 30) - 1, [&](Bytes& frame, uint64_t number) {
                     sound.EmbedInto(frame, number);
                     if (int(number) < first || int(number) > last) return;
-                    number % 25 == 0 ? ErasePacks(frame) : damage(frame);
+                    number % 25 == 0 ? EraseAudioPacks(frame) : damage(frame);
                 });
                 const std::vector<uint64_t> clicks = FindClicks(run.Got(), 2);
                 ASSERT_FALSE(clicks.empty());

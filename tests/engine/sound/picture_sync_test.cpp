@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "engine/sound/unlocked_tape.h"
+#include "engine/sound/sync_measures.h"
 
 namespace kelvane {
 namespace {

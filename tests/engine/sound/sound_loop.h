@@ -7,28 +7,13 @@
 #include "engine/timing/film_pace.h"
 #include "engine/timing/frame_planner.h"
 #include "sample/sample_sound.h"
+#include "sample/unlocked_tape.h"
 
 namespace kelvane {
 
 inline double FramesPerSecond(bool pal)
 {
     return pal ? 25.0 : 30 / 1.001;
-}
-
-// Sets a byte of the source packs in the audio blocks; with the first byte the packs are none.
-inline void SetInPacks(Bytes& frame, size_t at, uint8_t value)
-{
-    for (size_t sequence = 0; sequence * kDIFSequenceSize < frame.size(); sequence++)
-        for (size_t block = 0; block < kAudioBlocks; block++) {
-            uint8_t* pack = &frame[AudioBlockAt(sequence, block) + kAudioPackAt];
-            if (at == 0 || pack[0] == 0x50) pack[at] = value;
-        }
-}
-
-// Takes the sound away, but not its samples.
-inline void ErasePacks(Bytes& frame)
-{
-    SetInPacks(frame, 0, 0xFF);
 }
 
 inline void Embed(Bytes& frame, std::span<const uint8_t> sound)
@@ -68,7 +53,7 @@ struct SoundLoop {
             for (int64_t wanted = planner.FramesToRead(read == 0); wanted > 0; wanted--, read++) {
                 if (read >= frames) continue;
                 frame[3] = from ? 0xBF : 0x3F;
-                ErasePacks(frame);
+                EraseAudioPacks(frame);
                 if (make) make(frame, read);
                 ASSERT_TRUE(transfer.FrameRead(frame));
             }
@@ -82,7 +67,7 @@ struct SoundLoop {
             ASSERT_TRUE(transfer.CheckRate());
             shown.push_back(current);
             Show(current, plan.odd), Show(current, plan.even);
-            ErasePacks(output);
+            EraseAudioPacks(output);
             transfer.EmbedInto(output, number, {frame, false});
             if (!setup.separate_track) Hear(output);
             ASSERT_EQ(0, transfer.FrameWritten(number, track));

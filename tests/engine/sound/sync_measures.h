@@ -4,58 +4,9 @@
 #include <numbers>
 
 #include "engine/sound/sound_loop.h"
+#include "sample/unlocked_tape.h"
 
 namespace kelvane {
-
-// A tape whose sound was not locked to its pictures: a tone on the first channel, and on the second
-// a click on the first sample of every flash, a frame in each ten seconds.
-class UnlockedTape {
-public:
-    enum Damage { kNone, kLostPacks, kWrongCounts };
-
-    // `speed`: samples on the tape for each that there should be.
-    UnlockedTape(bool pal, double speed, Damage damage = kNone)
-        : fPAL(pal), fSpeed(speed), fDamage(damage)
-    {
-    }
-
-    uint64_t FirstSample(uint64_t frame) const
-    {
-        return uint64_t(double(frame) * 48000 / FramesPerSecond(fPAL) * fSpeed);
-    }
-    uint64_t FlashEvery() const { return fPAL ? 250 : 300; }
-
-    void Record(Bytes& frame, uint64_t number) const
-    {
-        Bytes sound;
-        const uint64_t first = FirstSample(number), end = FirstSample(number + 1);
-        for (uint64_t i = first; i < end; i++) {
-            const bool click = number > 0 && number % FlashEvery() == 0 && i < first + 100;
-            Put(sound, ToneAt(double(i)));
-            Put(sound, click ? 16000 : 0);
-        }
-        Embed(frame, sound);
-        if (fDamage == kLostPacks && number % 50 > 46) ErasePacks(frame);
-        if (fDamage == kWrongCounts && number % 50 == 7) SetInPacks(frame, 1, 0xFF);
-    }
-
-    static int16_t ToneAt(double sample)
-    {
-        constexpr double kTone = 997, kRate = 48000;
-        return int16_t(std::lrint(10000 * std::sin(2 * std::numbers::pi * kTone * sample / kRate)));
-    }
-
-private:
-    static void Put(Bytes& sound, int16_t sample)
-    {
-        sound.push_back(uint8_t(sample));
-        sound.push_back(uint8_t(uint16_t(sample) >> 8));
-    }
-
-    bool fPAL;
-    double fSpeed;
-    Damage fDamage;
-};
 
 inline int16_t SampleAt(const Bytes& stereo, size_t sample, size_t channel)
 {
