@@ -57,12 +57,23 @@ void AudioTransfer::Know(uint32_t rate, uint32_t channels)
     fTrack.SetGroup(Group());
     const double speed = fSetup.follows ? fSetup.pace.speed : 1;
     const bool counted = FromFrames() && fSetup.FramesToFrames() && !fSetup.OutrunsFrames();
-    if (speed != 1 && !counted && !fOutlet) fOutlet.emplace(channels, speed);
+    if (speed != 1 && !counted && !fOutlet) {
+        fOutlet.emplace(channels, speed);
+        if (!FromFrames()) PutLead();
+    }
     if (!fSetup.separate_track) return;
     const size_t owed = OwedWithoutRate();
     if (fOutlet) fOutlet->Ask(owed, speed);
     fTrack.Owe(owed * Group());
     fTaken += owed * Group();
+}
+
+// What is not measured frame by frame begins where the first picture lies.
+void AudioTransfer::PutLead()
+{
+    const double frames = std::max(0.0, -fSetup.pace.begin);
+    const double seconds = frames * (fSetup.source_is_pal ? 1 / 25.0 : 1001 / 30000.0);
+    static_cast<void>(fFifo.PutSilence(static_cast<size_t>(seconds * fRate) * Group()));  // a few
 }
 
 uint64_t AudioTransfer::OwedWithoutRate() const

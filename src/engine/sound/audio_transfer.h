@@ -102,6 +102,7 @@ private:
     bool TakesSound() const { return !fSetup.untouched && !fSetup.nowhere; }
     bool FromFrames() const { return !fStream && !fCompanion.IsOpen(); }
     void Know(uint32_t rate, uint32_t channels);
+    void PutLead();
     void OweWithoutRate(uint64_t number);
     uint64_t OwedWithoutRate() const;  // samples, at the rate now known
     Result<> OpenCompanions();

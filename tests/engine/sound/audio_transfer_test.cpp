@@ -137,7 +137,7 @@ TEST(AudioTransfer, ATrackWithoutAnySoundIsSilentAndAsLongAsThePictures)
     EXPECT_TRUE(frames.heard.empty()) << "frames stay as they are";
 }
 
-TEST(AudioTransfer, AChangeOfRateIsFollowedInFramesAndSilentInATrack)
+TEST(AudioTransfer, AChangeOfRateIsFollowedInFramesAndResampledInATrack)
 {
     const SampleSound before(48000), after(32000);
     for (const auto& [from, to, separate] : kWays) {
@@ -149,7 +149,9 @@ TEST(AudioTransfer, AChangeOfRateIsFollowedInFramesAndSilentInATrack)
         if (separate) {
             EXPECT_EQ(48000u, run.track.rate);
             run.ExpectLength(48000, 0.04);
-            for (const uint64_t click : FindClicks(run.track.samples, 2))
+            const std::vector<uint64_t> clicks = FindClicks(run.track.samples, 2);
+            EXPECT_NEAR(1000 / (from ? 25.0 : 30.0), double(clicks.size()), 1.0);
+            for (const uint64_t click : clicks)
                 EXPECT_LE(std::min(click % 48000, 48000 - click % 48000), 1920u) << click;
             continue;
         }

@@ -66,7 +66,9 @@ struct SoundLoop {
             if (plan.base == ResamplingPlan::kDrop) continue;
             ASSERT_TRUE(transfer.CheckRate());
             shown.push_back(current);
-            Show(current, plan.odd), Show(current, plan.even);
+            const bool upper = planner.Order(int64_t(current)) == FieldOrder::kUpperFirst;
+            Show(current, upper ? plan.even : plan.odd);
+            Show(current, upper ? plan.odd : plan.even);
             EraseAudioPacks(output);
             transfer.EmbedInto(output, number, {frame, false});
             if (!setup.separate_track) Hear(output);
