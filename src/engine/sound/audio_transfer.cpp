@@ -262,11 +262,20 @@ bool AudioTransfer::SourceEnded() const
     return !fSetup.source_is_dv;
 }
 
+// As long as the frame lasts: the cadence is a few samples too many in an hour.
+size_t AudioTransfer::ExactSamples() const
+{
+    const bool pal = fSetup.destination_is_pal;
+    return SamplesOfFrames(fFramesOwed + 1, fRate, pal) - SamplesOfFrames(fFramesOwed, fRate, pal);
+}
+
 // One more frame's sound is owed to the track.
 void AudioTransfer::OweFrame(uint64_t number)
 {
-    const size_t samples = fCadence.Count(number), bytes = samples * Group();
     const bool resampled = fOutlet.has_value();
+    const size_t samples = resampled ? ExactSamples() : fCadence.Count(number);
+    const size_t bytes = samples * Group();
+    fFramesOwed++;
     double speed = fSetup.pace.speed;
     if (fSync && FromFrames()) {
         if (fSync->Follows(fTaken) && !resampled) BeginOutlet(bytes);

@@ -113,6 +113,7 @@ private:
     void TakeSound(std::span<uint8_t> sound);
     void KeepBlocks(std::span<uint8_t> frame, const FrameOrigin& origin, AudioHalf half);
     bool KeepsOtherPair(const FrameOrigin& origin);
+    size_t ExactSamples() const;
     void OweFrame(uint64_t number);
     void BeginOutlet(size_t bytes);
     Status RunOutlet(bool ended);
@@ -141,10 +142,11 @@ private:
     AudioFifo fMade;
 
     TrackAudioWriter fTrack;
+    uint64_t fFramesOwed = 0;  // to it
     bool fDeclared = false;
     uint64_t fFramesWithoutRate = 0;
     std::array<uint64_t, 3> fOwedWithoutRate{};  // samples, at each rate that may yet turn up
-    uint64_t fRest = 0;  // bytes of a stream that nobody took
+    uint64_t fRest = 0;                          // bytes of a stream that nobody took
     uint64_t fMissing = 0;                       // bytes that a stream or companion did not have
     std::vector<uint8_t> fScratch;
 };

@@ -67,24 +67,25 @@ inline double ResidueOfWindow(const Bytes& stereo, size_t start, size_t length)
     return 10 * std::log10((left + 1e-9) / all);
 }
 
+// True when something in the window is silent.
+inline bool HasSilence(const Bytes& stereo, size_t start, size_t length)
+{
+    size_t zeros = 0;
+    for (size_t i = start; i < start + length && zeros < 5; i++)
+        zeros = SampleAt(stereo, i, 0) == 0 ? zeros + 1 : 0;
+    return zeros >= 5;
+}
+
 // The loudest that is left of a window of the tone when the best sine of any pitch is taken away,
 // in decibels below it. Windows with silence in them, or beside it, are left out, as is the end.
 inline double ResidueOfTone(const Bytes& stereo)
 {
-    constexpr size_t kWindow = 480;
+    constexpr size_t kWindow = 480, kBeside = 2 * kWindow;
     double worst = -200;
     const size_t samples = stereo.size() / 4;
-    size_t quiet_until = 0;
-    for (size_t start = 0; start + 5 * kWindow <= samples; start += kWindow) {
-        size_t zeros = 0, most = 0;
-        for (size_t i = start; i < start + kWindow; i++) {
-            zeros = std::abs(SampleAt(stereo, i, 0)) < 30 ? zeros + 1 : 0;
-            most = std::max(most, zeros);
-        }
-        if (most > 2) quiet_until = start + 3 * kWindow;
-        if (start < quiet_until) continue;
-        worst = std::max(worst, ResidueOfWindow(stereo, start, kWindow));
-    }
+    for (size_t start = kBeside; start + 5 * kWindow <= samples; start += kWindow)
+        if (!HasSilence(stereo, start - kBeside, kWindow + 2 * kBeside))
+            worst = std::max(worst, ResidueOfWindow(stereo, start, kWindow));
     return worst;
 }
 
