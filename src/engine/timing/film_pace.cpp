@@ -8,7 +8,7 @@ constexpr double kRateNTSC = 30000 / 1001.0, kRatePAL = 25;  // frames a second
 // Reverse pulldown: six frames give five, and one in each thousand read is passed over besides. In
 // between pictures run ahead; this lies in the middle of where their fields are shown.
 constexpr double kReverseStep = 1.2 / (1 - 1 / 1000.0);
-constexpr double kReverseBegin = -0.3;
+constexpr double kReverseBegin = -0.45;
 
 }  // namespace
 
