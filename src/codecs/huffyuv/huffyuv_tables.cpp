@@ -136,6 +136,7 @@ constexpr uint8_t kClassicChromaCodes[] = {
 std::span<const uint8_t> HuffYUVTableText(int kind, uint8_t method)
 {
     const bool yuv = kind == 16;
+    if (!yuv && kind != 24 && kind != 32) return {};
     switch (method) {
         case kLeft:
             if (yuv) return kLeftYUV;

@@ -195,5 +195,25 @@ TEST(HuffYUVDecoder, RefusesHeadersThatDescribeNoStream)
     EXPECT_FALSE(Convert(unset, Bytes(100), 100).size);
 }
 
+// Tables in the text of the header fit any kind; there are but three of them.
+TEST(HuffYUVDecoder, TakesNoPixelsOfOtherSizes)
+{
+    const auto decodes = [](const Bytes& data) {
+        MediaFormat format = Encoded(kEncodingHuffYUV, kBGR24, kWidth, kHeight);
+        format.encoded_video.private_data = data.data();
+        format.encoded_video.private_size = static_cast<uint32_t>(data.size());
+        HuffYUVDecoder decoder;
+        EXPECT_EQ(kOK, decoder.SetFormats(format, Raw(kBGRX32, kWidth, kHeight)));
+        return Convert(decoder, Bytes(16 * kPixels), 4 * kPixels).size.has_value();
+    };
+    Bytes left = MakeHuffYUVExtension(24, kLeft);
+    for (uint8_t bits = 1; bits < 64; bits++) {
+        const bool exists = bits / 8 == 2 || bits / 8 == 3 || bits / 8 == 4;
+        left[1] = bits;
+        EXPECT_EQ(exists, decodes(left)) << int{bits};
+        EXPECT_EQ(exists, decodes({uint8_t(bits & ~7), 0})) << int{bits} << ", without tables";
+    }
+}
+
 }  // namespace
 }  // namespace kelvane
