@@ -12,7 +12,7 @@ namespace kelvane {
 namespace {
 
 // Beyond ten seconds of frames that cannot be read only one a second is tried: a disk takes its
-// time over each.
+// time over each. Of frames that are none of this film there may be as many in a row.
 constexpr int64_t kSecondsOneByOne = 10;
 
 }  // namespace
@@ -39,7 +39,11 @@ FrameArrival FrameReader::Next(std::span<uint8_t> buffer)
             return Give(reading.size);
         case Fault::kHeld:
         case Fault::kBad:
-            return fNext == 0 ? FirstGood(buffer, reading.fault) : Repeat(reading.fault);
+            if (fNext == 0) return FirstGood(buffer, reading.fault);
+            // Longer than that they are no film any more, as with frames that cannot be decoded.
+            fBadInARow += reading.fault == Fault::kBad;
+            if (fBadInARow > kSecondsOneByOne * fSecond) return End(Fault::kUnread);
+            return Repeat(reading.fault);
         case Fault::kUnread:
         case Fault::kShort:
             if (fNext == 0) return End(reading.fault);  // there is no frame before it
@@ -89,6 +93,7 @@ FrameReader::Reading FrameReader::CheckDV(std::span<const uint8_t> chunk)
 FrameArrival FrameReader::Give(size_t size)
 {
     fNext++;
+    fBadInARow = 0;
     fCutFrames += fCut;
     return {FrameArrival::kFrame, size};
 }

@@ -35,7 +35,8 @@ public:
     // Frames that the source promises.
     uint64_t Promised() const { return static_cast<uint64_t>(fPromised); }
     // kOK as long as frames come; then what the end of the film was like: kEnd, kMissing, kUnread
-    // (nothing readable behind, or the first frame), or kReferenceMissing.
+    // (nothing readable behind, or the first frame, or ten seconds of frames that are none of this
+    // film), or kReferenceMissing.
     Status EndStatus() const { return fEnd; }
     // What the system said first; kOK when it said nothing.
     Status Reason() const { return fReason.SystemError() ? fReason : fSource.Trouble(); }
@@ -71,6 +72,7 @@ private:
     int64_t fGapEnd = 0;            // frames from fNext to here cannot be had
     std::vector<Fault> fGapFaults;  // of the first of them
     size_t fGapAt = 0;
+    int64_t fBadInARow = 0;
     bool fCut = false;  // the frame just read was longer than a frame
     uint64_t fCutFrames = 0;
     Status fStatus = kOK;  // of the last read

@@ -144,5 +144,25 @@ TEST(FrameReader, LooksOnInStepsOfASecondBehindTenSeconds)
     EXPECT_GT(3 + 250 + 80, lost.source.reads) << "a disk takes its time over each";
 }
 
+TEST(FrameReader, EndsBehindTenSecondsOfFramesThatAreNoneOfThisFilm)
+{
+    const auto film = [](size_t bad) {
+        return Reading("f" + std::string(100, 'x') + "h" + std::string(bad - 100, 'x') + "ff");
+    };
+    const Reading whole = film(250);
+    EXPECT_EQ("0" + std::string(251, '=') + "23", whole.came);
+    EXPECT_FALSE(whole.losses.FailTheRun());
+    const Reading cut = film(251);
+    EXPECT_EQ("0" + std::string(251, '='), cut.came);
+    EXPECT_EQ(250u, cut.losses.frames_undecodable);
+    EXPECT_EQ(3u, cut.losses.frames_unread) << "the one too many, and what comes behind";
+    EXPECT_EQ(252, cut.losses.first_frame);
+    EXPECT_EQ(kUnread, cut.reader.EndStatus());
+    // Good frames in between begin the count anew.
+    EXPECT_EQ(
+        kEnd,
+        Reading("f" + std::string(200, 'x') + "f" + std::string(200, 'x')).reader.EndStatus());
+}
+
 }  // namespace
 }  // namespace kelvane
