@@ -133,6 +133,7 @@ Result<> FrameLoop::Reencode()
     const ResamplingPlan plan = fPlanner.Plan(
         current, [&](Neighbour a, Neighbour b) { return fScenes.Alike(picture(a), picture(b)); });
     const bool dropped = plan.base == ResamplingPlan::kDrop;
+    fHasBlackPictures |= plan.base == ResamplingPlan::kNothing;
     if (dropped || plan.LooksAt(Neighbour::kNewest))
         if (auto newest = fPictures.Wait(); !newest || dropped) return newest;
     const Result<> made = fMaker.Make(

@@ -35,6 +35,8 @@ public:
     const TapeFacts& Tape() const { return fTape; }
     // Frames that were read and could not be decoded.
     uint64_t Undecodable() const { return fPictures.Undecodable(); }
+    // True when frames were written of which no picture was made.
+    bool HasBlackPictures() const { return fHasBlackPictures; }
     Wish LastWish() const { return fWish; }
 
 private:
@@ -64,6 +66,7 @@ private:
     FrameMaker fMaker;
     FrameSink fSink;
     uint64_t fFramesPlanned;  // that the run will write
+    bool fHasBlackPictures = false;
     Wish fWish = Wish::kGoOn;
 };
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "base/television.h"
+#include "engine/options/conversion_options.h"
 
 namespace kelvane {
 
@@ -35,13 +36,28 @@ std::string OfSpeed(const OpenFiles& files)
     return text;
 }
 
-std::string OfPulldown(const ConversionSettings& settings, const Source& source)
+bool IsReversePulldown(const ConversionSettings& settings)
 {
-    const bool reverse =
-        settings.op == Operation::kToPAL && settings.timeresampling == ResamplingMethod::kPulldown;
-    return reverse && source.is_pal
-               ? "Reverse pulldown of a film that is PAL already leaves out one frame in six."
-               : "";
+    return settings.op == Operation::kToPAL &&
+           settings.timeresampling == ResamplingMethod::kPulldown;
+}
+
+// Of a film that has the standard which was asked for.
+std::string OfStandard(const OpenFiles& files, const ConversionSettings& settings,
+                       bool has_black_pictures)
+{
+    const bool pal = files.source.is_pal;
+    if (settings.op == Operation::kConvert || pal != files.destination.is_pal) return {};
+    if (IsReversePulldown(settings))
+        return std::string(
+                   "Reverse pulldown of a film that is PAL already leaves out one frame in "
+                   "six") +
+               (has_black_pictures ? " and makes no pictures of the others: they are black." : ".");
+    const auto usual = static_cast<ResamplingMethod>(ConversionOptions().blendmode);
+    if (settings.mode == GeometryMode::kScale && settings.timeresampling == usual) return {};
+    const bool resized = !SameSize(files.source.format, files.destination.format);
+    return std::string("The film is ") + (pal ? "PAL" : "NTSC") + " already: its " +
+           (resized ? "rate is" : "size and rate are") + " not changed.";
 }
 
 std::string NamesOf(const std::vector<std::string>& paths)
@@ -133,7 +149,7 @@ std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& file
         add("The output format carries no sound; that of the source is left out.");
     add(files.source.Warning());
     add(OfSpeed(files));
-    add(OfPulldown(settings, files.source));
+    add(OfStandard(files, settings, loop.HasBlackPictures()));
     add(OfCompanions(files, settings));
     for (const CompanionAudio::Unused& file : files.audio.CompanionsPassedOver())
         add(OfUnusedCompanion(file));

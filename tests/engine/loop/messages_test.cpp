@@ -411,6 +411,13 @@ TEST_F(Messages, WhatARunThatWentWellDidToTheFilm)
     Converted(clip, "pal.dv", "dv");
     EXPECT_THAT(fResult.warnings, ElementsAre("Reverse pulldown of a film that is PAL already "
                                               "leaves out one frame in six."));
+    Converted(clip, "pal.avi", "avi2", "rgb24");
+    EXPECT_THAT(
+        fResult.warnings,
+        ElementsAre("Reverse pulldown of a film that is PAL already leaves out one frame in "
+                    "six and makes no pictures of the others: they are black."));
+    const Bytes black = Film(fFolder.Path("pal.avi")).frames.at(5);
+    EXPECT_EQ(Bytes(black.size()), black);
     fOptions = ConversionOptions();
     // Longer than what the ring of sound can hold.
     Bytes film;
@@ -427,6 +434,28 @@ TEST_F(Messages, WhatARunThatWentWellDidToTheFilm)
         ElementsAre("The sound is that of clip_1.wav, clip_2.wav, clip_3.wav, clip_4.wav, in place "
                     "of the film's own.",
                     "2 channels of the sound beside the film are left out."));
+}
+
+TEST_F(Messages, AStandardThatTheFilmHasAlreadyLeavesModesAndMethodsIdle)
+{
+    for (const bool pal : {true, false}) {
+        const std::string clip = MakeClip("clip.dv", 4, {.pal = pal});
+        const std::string already = std::string("The film is ") + (pal ? "PAL" : "NTSC") +
+                                    " already: its size and rate are not changed.";
+        const auto warned = [&](bool to_pal, int32_t mode, int32_t method) {
+            fOptions.opselection = to_pal ? kOperationToPAL : kOperationToNTSC;
+            fOptions.mode = mode;
+            fOptions.blendmode = method;
+            Converted(clip, "out.dv", "dv");
+            return std::ranges::count(fResult.warnings, already) == 1;
+        };
+        EXPECT_FALSE(warned(pal, 0, 1)) << "nothing was asked for";
+        EXPECT_TRUE(warned(pal, 1, 1));
+        EXPECT_TRUE(warned(pal, 0, 0));
+        EXPECT_TRUE(warned(pal, 0, 2));
+        EXPECT_EQ(!pal, warned(pal, 0, 3)) << "reverse pulldown does change a PAL film";
+        EXPECT_FALSE(warned(!pal, 1, 0)) << "both are used";
+    }
 }
 
 TEST_F(Messages, AFullDiskIsToldAndTheSourceStaysAsItWas)
