@@ -39,7 +39,8 @@ void FillRun(const RLEPixels& pixels, const uint8_t* source, uint8_t* to, size_t
         memcpy(to + pixels.to * i, pixel, pixels.to);
 }
 
-// Takes the codes of one line behind its first skip byte. False when there is nothing more to take.
+// Takes the codes of one line behind its first skip byte. False when they end before the line does
+// or leave it backwards.
 bool DecodeLine(ByteReader& in, const RLEPixels& pixels, size_t x, std::span<uint8_t> row)
 {
     const size_t width = row.size() / pixels.to;
@@ -67,7 +68,8 @@ bool DecodeLine(ByteReader& in, const RLEPixels& pixels, size_t x, std::span<uin
     }
 }
 
-void DecodeFrame(ByteReader in, const RLEPixels& pixels, std::span<uint8_t> picture,
+// The data may end behind any line. False when they end elsewhere.
+bool DecodeFrame(ByteReader in, const RLEPixels& pixels, std::span<uint8_t> picture,
                  size_t rowBytes)
 {
     const size_t height = picture.size() / rowBytes;
@@ -80,11 +82,13 @@ void DecodeFrame(ByteReader in, const RLEPixels& pixels, std::span<uint8_t> pict
         end = std::min<size_t>(height, line + in.Get16());
         in.Skip(2);
     }
-    for (; !in.Failed() && line < end; line++) {
+    for (; line < end && in.Left() > 0; line++) {
         const size_t skip = in.Get8();
-        if (skip == 0) return;
-        if (!DecodeLine(in, pixels, skip - 1, picture.subspan(line * rowBytes, rowBytes))) return;
+        if (skip == 0) break;
+        if (!DecodeLine(in, pixels, skip - 1, picture.subspan(line * rowBytes, rowBytes)))
+            return false;
     }
+    return !in.Failed();
 }
 
 }  // namespace
@@ -111,9 +115,10 @@ std::optional<size_t> QTRLEDecoder::Convert(std::span<const uint8_t> input,
     const PictureSize size(fOutput, pixels.to);
     if (pixels.from == 0 || input.size() < kSizeField || !size.FitsIn(output.size()))
         return std::nullopt;
-    if (size.bytes > 0 && input.size() >= kSmallestFrame)
-        DecodeFrame(ByteReader(input, ByteOrder::kBig), pixels, output.first(size.bytes),
-                    size.row_bytes);
+    if (size.bytes > 0 && input.size() >= kSmallestFrame &&
+        !DecodeFrame(ByteReader(input, ByteOrder::kBig), pixels, output.first(size.bytes),
+                     size.row_bytes))
+        return std::nullopt;
     return size.bytes;
 }
 

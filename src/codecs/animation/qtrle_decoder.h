@@ -12,9 +12,9 @@ public:
     QTRLEDecoder() : FrameCodec(Descriptor()) {}
     static const CodecDescriptor& Descriptor();
 
-    // The bytes of the whole picture; nothing for a frame below 8 bytes, another depth or a
-    // buffer without room for the picture. A run is cut at the end of its line, and data that end
-    // early or leave the line backwards leave the rest of the picture as it was.
+    // The bytes of the whole picture; nothing for a frame below 4 bytes, another depth, a buffer
+    // without room for the picture, or data that end inside a line or leave it backwards: what they
+    // do not reach is left as it was. A run is cut at the end of its line.
     std::optional<size_t> Convert(std::span<const uint8_t> input,
                                   std::span<uint8_t> output) override;
 };

@@ -104,17 +104,21 @@ TEST(QTRLEDecoder, StaysInsideThePicture)
     EXPECT_EQ(Bytes(12, 1), Row(below, 2));
     EXPECT_EQ(Bytes(36, kO), Decoded(FrameOfLines(200, 200, {1, 252, 1, 1, 1, 255})).output);
     // A skip backwards out of the line ends the frame.
-    EXPECT_EQ(Bytes(36, kO), Decoded(Frame({1, 0, 0, 252, 1, 1, 1, 255})).output);
+    const Converted backwards = Decoded(Frame({1, 0, 0, 252, 1, 1, 1, 255}));
+    EXPECT_EQ(Bytes(36, kO), backwards.output);
+    EXPECT_FALSE(backwards.size);
 }
 
-TEST(QTRLEDecoder, TakesAFrameCutAnywhere)
+// A damaged frame: only behind a line could it be meant so.
+TEST(QTRLEDecoder, RefusesAFrameCutInsideALine)
 {
     const Bytes whole = FrameOfLines(0, 3, {1, 2, 1, 2, 3, 4, 5, 6, 255, 1, 252, 7, 8, 9, 255});
     for (size_t size = 0; size <= whole.size(); size++) {
         SCOPED_TRACE(size);
         const Converted cut =
             Decoded(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)));
-        EXPECT_EQ(size >= 4, cut.size.has_value());
+        const bool empty = size >= 4 && size < 8;
+        EXPECT_EQ(empty || size == 14 || size == 23 || size == 29, cut.size.has_value());
         EXPECT_EQ(Bytes(12, kO), Row(cut, 2));
     }
 }

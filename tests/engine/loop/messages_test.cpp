@@ -356,6 +356,27 @@ TEST_F(Messages, RubbishBetweenGoodFramesShowsThePictureBefore)
     EXPECT_EQ(0u, fResult.frames_written);
 }
 
+TEST_F(Messages, DamagedFramesOfOtherCodecsShowThePictureBefore)
+{
+    const struct {
+        const char *format, *codec;
+        uint8_t rubbish;
+    } rows[] = {{"avi2", "huffyuv-yuv", 0}, {"mov", "animation", 0x5A}};
+    const std::string clip = MakeClip(5);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.codec);
+        const std::string path = Converted(clip, "coded", row.format, row.codec);
+        const Bytes frame = Film(path).frames[2];
+        Bytes file = ReadWhole(path);
+        constexpr ptrdiff_t kHeader = 14;
+        std::fill_n(std::ranges::search(file, frame).begin() + kHeader,
+                    ptrdiff_t(frame.size()) - kHeader, row.rubbish);
+        const Film film(Converted(fFolder.Write("damaged", file), "out.dv", "dv"));
+        EXPECT_EQ(5u, film.frames.size());
+        EXPECT_EQ(1u, fResult.losses.frames_undecodable);
+    }
+}
+
 TEST_F(Messages, ABlankFrameAtTheBeginningDoesNotDecideForTheFilm)
 {
     for (const bool pal : {true, false})
