@@ -74,12 +74,6 @@ TEST(TimePosition, KeepsPaceOverAnHour)
     EXPECT_NEAR(kFrames * 29.97 / 25, Sum(Reads(Pace(kToPAL, 1, false, true), kFrames)), 2);
 }
 
-TEST(TimePosition, ReversePulldownPassesOneFrameInAThousand)
-{
-    // 2499 steps of 1.2, and one more in the first and the second thousand.
-    EXPECT_NEAR(2499 * 1.2 + 2, Sum(Reads(Pace(kToPAL, 3, false, true), 2500)), 1);
-}
-
 // By the count of frames read: the first above each whole thousand, and once.
 TEST(TimePosition, ReversePulldownPassesAFrameWhenTheThousandAndFirstWasRead)
 {
