@@ -295,25 +295,9 @@ bool KeepsScenesApart(const Way& way)
     return way.method != kPulldown || way.direction != kDown || !way.Swaps();
 }
 
-TEST(ResamplingProperties, NoPictureHoldsTwoScenes)
-{
-    for (const Way& way : AllWays()) {
-        if (!KeepsScenesApart(way)) continue;
-        for (const int64_t length : {1, 2, 3, 7, 11}) {
-            SCOPED_TRACE(testing::Message() << way << ", scenes of " << length << " frames");
-            const auto scene = [=](int64_t frame) { return frame / length; };
-            for (const Picture& picture : PicturesOf(way, 700, scene)) {
-                std::set<int64_t> scenes;
-                for (const int64_t number : picture.Parts())
-                    scenes.insert(scene(number));
-                ASSERT_EQ(1u, scenes.size()) << "picture " << picture.index;
-            }
-        }
-    }
-}
-
-// One cut, wherever it falls against the pace: what is seen goes from one scene to the other once.
-TEST(ResamplingProperties, ACutIsCrossedOnce)
+// One cut, wherever it falls against the pace: what is seen goes from one scene to the other once,
+// and no picture holds both.
+TEST(ResamplingProperties, ACutIsCrossedOnceAndNoPictureHoldsTwoScenes)
 {
     for (const Way& way : AllWays()) {
         if (!KeepsScenesApart(way)) continue;
