@@ -19,8 +19,9 @@ PictureRows::PictureRows(const MediaFormat& format, size_t multiple)
 
 size_t PictureRows::Pack(std::span<uint8_t> frame) const
 {
-    // Some writers leave out the padding of the last row.
-    if (fRow == 0 || frame.size() < fPadded * (fRows - 1) + fRow) return frame.size();
+    if (fRow == 0) return frame.size();
+    // Some writers leave out the padding of the last row; others pad the picture alone.
+    if (frame.size() < fPadded * (fRows - 1) + fRow) return std::min(frame.size(), fRow * fRows);
     for (size_t row = 1; row < fRows; row++)
         std::ranges::copy(frame.subspan(row * fPadded, fRow),
                           frame.begin() + std::ptrdiff_t(row * fRow));

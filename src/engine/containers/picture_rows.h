@@ -21,7 +21,8 @@ public:
     // `multiple`: of bytes, in the file.
     PictureRows(const MediaFormat& format, size_t multiple);
 
-    // Takes the padding out of a frame when its size says that it is there. The size that is left.
+    // Takes the padding out of a frame when its size says that it is there, and what comes behind
+    // the picture. The size that is left.
     size_t Pack(std::span<uint8_t> frame) const;
     // The frame as it goes into a file; it is in `room` where it needs padding.
     std::span<const uint8_t> Pad(std::span<const uint8_t> frame, std::vector<uint8_t>& room) const;

@@ -96,7 +96,8 @@ TEST_F(AVISources, AreDVByTheirFirstFrameUnderNamesThatSeveralCodecsHave)
     }
 }
 
-// Pictures of 24 bits whose rows are padded, or not, bottom or top row first.
+// Pictures of 24 bits whose rows are padded, or not, bottom or top row first, with bytes behind
+// them or not.
 TEST_F(AVISources, MayPadTheirRows)
 {
     const int width = 18, height = 6;
@@ -110,11 +111,12 @@ TEST_F(AVISources, MayPadTheirRows)
             other += picture.substr(size_t(y) * row, row);
         return other;
     };
-    const auto film = [&](size_t pitch, bool top_down) {
+    const auto film = [&](size_t pitch, bool top_down, size_t behind) {
         const std::string picture = top_down ? turned(rows) : rows;
         std::string frame;
         for (size_t y = 0; y < height; y++)
             frame += picture.substr(y * row, row) + std::string(pitch - row, 'p');
+        frame += std::string(behind, 'b');
         TinyAVI avi{.handler = "DIB ", .frames = {frame, frame, frame}};
         avi.format = Little(40, 4) + Little(uint64_t(width), 4) +
                      Little(uint64_t(top_down ? -height : height), 4) + Little(1, 2) +
@@ -128,9 +130,9 @@ TEST_F(AVISources, MayPadTheirRows)
     for (size_t y = 0; y < height; y++)
         stored += rows.substr(y * row, row) + std::string(2, '\0');
     for (const size_t pitch : {row, padded})
-        for (const bool top_down : {false, true}) {
-            SCOPED_TRACE(testing::PrintToString(std::tuple(pitch, top_down)));
-            const std::string source = film(pitch, top_down);
+        for (const auto& [top_down, behind] : {std::pair(false, 0u), {true, 0u}, {true, 4u}}) {
+            SCOPED_TRACE(testing::PrintToString(std::tuple(pitch, top_down, behind)));
+            const std::string source = film(pitch, top_down, behind);
             const Film read(source);
             ASSERT_EQ(3u, read.frames.size());
             EXPECT_EQ(rows, AsText(read.frames[0]));
