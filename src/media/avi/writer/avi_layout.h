@@ -29,8 +29,8 @@ public:
                           std::span<const uint8_t> codec_data = {});
     void AddSoundStream(const RawAudioFormat& format);
 
-    // What is not above 0 is left alone. nAvgBytesPerSec counts two bytes a sample whatever the bits
-    // are: deliberate, as all files of these dialects have it.
+    // What is not above 0 is left alone. nAvgBytesPerSec counts two bytes a sample whatever the
+    // bits are: deliberate, as all files of these dialects have it.
     void SetAudioFormat(AVIStream& stream, int32_t rate, int32_t channels, int32_t bits);
     // `block` is a bitmap header that begins with its length, and must be in memory whole. -1 when
     // it is not, or when `fixed` forbids that the length changes.
@@ -39,9 +39,9 @@ public:
     // Settles where "movi" begins, at 32768 when the headers leave room. Returns the position of
     // its head.
     uint32_t Settle();
-    // The values that only the written frames tell.
     // False before the file is begun, and when memory ended while it was.
     bool IsWhole() const;
+    // The values that only the written frames tell.
     void Finish();
 
 private:
