@@ -440,11 +440,7 @@ TEST_F(Messages, WhatARunThatWentWellDidToTheFilm)
     const Bytes black = Film(fFolder.Path("pal.avi")).frames.at(5);
     EXPECT_EQ(Bytes(black.size()), black);
     fOptions = ConversionOptions();
-    // Longer than what the ring of sound can hold.
-    Bytes film;
-    for (int i = 0; i < 33; i++)
-        film = Join({film, ReadWhole(clip)});
-    Converted(fFolder.Write("long.dv", film), "mute.mov", "mov", "animation");
+    Converted(clip, "mute.mov", "mov", "rgb24");
     EXPECT_THAT(fResult.warnings,
                 ElementsAre("The output format carries no sound; that of the source is left out."));
     for (const char* channel : {"clip_1.wav", "clip_2.wav", "clip_3.wav", "clip_4.wav"})

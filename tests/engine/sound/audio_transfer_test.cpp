@@ -219,6 +219,20 @@ TEST(AudioTransfer, MonoIsHeardOnBothChannelsOfAFrame)
         ASSERT_EQ(mono[i / 4 * 2 + i % 2], run.heard[i]) << i;
 }
 
+TEST(AudioTransfer, SoundThatGoesNowhereIsNotLost)
+{
+    AudioSetup setup;
+    setup.source_is_pal = setup.destination_is_pal = setup.source_is_dv = setup.nowhere = true;
+    AudioTransfer transfer(setup);
+    Bytes frame(144000, 0xFF);
+    frame[3] = 0xBF;
+    Embed(frame, Bytes(7680, 1));
+    for (int i = 0; i < 500; i++)  // more than the ring of sound can hold
+        ASSERT_TRUE(transfer.FrameRead(frame));
+    EXPECT_EQ(0, transfer.UnreadSeconds());
+    EXPECT_EQ(0, transfer.SecondsLeftOver());
+}
+
 TEST(AudioTransfer, NoChannelsAndTooManyAreRefused)
 {
     MadeUpStream stream(Bytes(1000), {100});
