@@ -28,8 +28,8 @@ Result<> CheckSource(const FrameLoop& loop, const OpenFiles& files, const Losses
     if (losses.FailTheRun()) return Failure{kError, ReadErrorInWords(losses, promised, reason)};
     if (const Status header = files.source.HeaderTrouble(); header != kOK)
         return Failure{kError,
-                       "Error reading source file! Its header can't be read whole, so that "
-                       "streams may be missing." +
+                       "Error reading source file! Its header can't be read whole, so that its "
+                       "sound may be missing." +
                            header.Reason()};
     if (loop.Sink().FramesWritten() == 0 && loop.LastWish() == Wish::kGoOn)
         return Failure{kError, TooShortInWords(reader.Given()) + reason.Reason()};
