@@ -8,7 +8,6 @@
 #include "engine/containers/source.h"
 #include "engine/loop/conversion_outcome.h"
 #include "engine/loop/frame_loop.h"
-#include "engine/timing/film_pace.h"
 
 namespace kelvane {
 
@@ -58,8 +57,7 @@ AudioSetup SoundSetup(const ConversionSettings& settings, const Source& source,
     setup.follows = settings.sound_follows;
     setup.channels = settings.channels;
     setup.untouched = settings.sound_untouched && setup.FramesToFrames() && setup.SameStandard();
-    const FilmPace pace = PaceOf(settings, source.is_pal, destination.is_pal);
-    setup.pace = {pace.step, pace.begin, pace.speed};
+    setup.pace = PaceOf(settings, source.is_pal, destination.is_pal);
     return setup;
 }
 
@@ -197,7 +195,8 @@ Result<> ConvertOpened(Source& source, const DestinationPlan& plan, Destination&
     CopyTimecode(loop.Tape().LastTimecode(), result.last_timecode);
     CopyCompanions(audio, result);
     const OpenFiles files = {source, destination, audio, plan.path};
-    result.warnings = WarningsOf(loop, files, settings);
+    const bool whole = run && loop.LastWish() == Wish::kGoOn;
+    result.warnings = WarningsOf(loop, files, settings, whole);
     const Result<> concluded = ConcludeRun(loop, run, files, result);
     if (!sound) TellSoundLost(sound.Error().message, destination.format.FrameRate(), result);
     return concluded;

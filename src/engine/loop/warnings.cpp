@@ -139,7 +139,7 @@ std::string OfCutFrames(const FrameLoop& loop)
 }  // namespace
 
 std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& files,
-                                    const ConversionSettings& settings)
+                                    const ConversionSettings& settings, bool whole)
 {
     std::vector<std::string> warnings;
     const auto add = [&](const std::string& text) {
@@ -155,7 +155,7 @@ std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& file
         add(OfUnusedCompanion(file));
     add(OfChannels(files.audio.ChannelsLeftOut()));
     const double rate = static_cast<double>(files.destination.format.FrameRate());
-    if (loop.LastWish() == Wish::kGoOn && rate > 0) AddOfSound(files, 1 / rate, warnings);
+    if (whole && rate > 0) AddOfSound(files, 1 / rate, warnings);
     add(OfUntouched(files, settings));
     add(OfCutFrames(loop));
     return warnings;

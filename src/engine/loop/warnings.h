@@ -19,8 +19,9 @@ struct OpenFiles {
     const std::string& path;  // of the destination
 };
 
-// What a user should know of a run that went well.
+// What a user should know of a run; what its end shows, only when it came to the film's end,
+// `whole`.
 std::vector<std::string> WarningsOf(const FrameLoop& loop, const OpenFiles& files,
-                                    const ConversionSettings& settings);
+                                    const ConversionSettings& settings, bool whole);
 
 }  // namespace kelvane

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "engine/options/conversion_choices.h"
-#include "engine/sound/picture_sync.h"
+#include "engine/sound/picture_pace.h"
 
 namespace kelvane {
 

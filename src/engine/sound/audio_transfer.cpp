@@ -72,7 +72,7 @@ void AudioTransfer::Know(uint32_t rate, uint32_t channels)
 void AudioTransfer::PutLead()
 {
     const double frames = std::max(0.0, -fSetup.pace.begin);
-    const double seconds = frames * (fSetup.source_is_pal ? 1 / 25.0 : 1001 / 30000.0);
+    const double seconds = frames * FrameSeconds(fSetup.source_is_pal);
     static_cast<void>(fFifo.PutSilence(static_cast<size_t>(seconds * fRate) * Group()));  // a few
 }
 
@@ -281,8 +281,7 @@ void AudioTransfer::OweFrame(uint64_t number)
         if (fSync->Follows(fTaken) && !resampled) BeginOutlet(bytes);
         const double given = resampled ? fOutletBegin + fOutlet->Position() * double(Group())
                                        : static_cast<double>(fTaken);
-        speed = fSync->Speed(given, BytesASecond(),
-                             fSetup.destination_is_pal ? 1 / 25.0 : 1001 / 30000.0);
+        speed = fSync->Speed(given, BytesASecond(), FrameSeconds(fSetup.destination_is_pal));
     }
     if (resampled) fOutlet->Ask(samples, speed);
     fTrack.Owe(bytes);

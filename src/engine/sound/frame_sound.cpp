@@ -21,7 +21,7 @@ uint64_t RateBridge::Cross(size_t bytes, AudioFifo& fifo)
     const uint64_t due = fTaken * fTo / fFrom - fGiven;
     fGiven += due;
     fResampler.Ask(static_cast<size_t>(due), static_cast<double>(fFrom) / fTo);
-    if (const Status status = fResampler.Run(fInput, false, fifo); status != kOK) fStatus = status;
+    fStatus = fResampler.Run(fInput, false, fifo);
     return due * fGroup;
 }
 
@@ -47,7 +47,7 @@ double FrameSound::SilentSeconds() const
 {
     const bool left_alone = fFirstRate == 0 && !fWide;
     const uint64_t frames = left_alone ? 0 : fFramesBefore + fSilentFrames;
-    return static_cast<double>(frames) * (fPAL ? 1 / 25.0 : 1001 / 30000.0);
+    return static_cast<double>(frames) * FrameSeconds(fPAL);
 }
 
 void FrameSound::Begin(const AudioInfo& info, uint64_t past)

@@ -26,7 +26,7 @@ public:
     uint64_t Cross(size_t bytes, AudioFifo& fifo);
     // What is still on its way.
     Status End(AudioFifo& fifo) { return fResampler.Run(fInput, true, fifo); }
-    // True when the FIFO could not take all.
+    // True when the FIFO could not take all of what was brought last.
     bool Lost() const { return fStatus != kOK; }
 
 private:
@@ -44,8 +44,6 @@ class FrameSound {
 public:
     FrameSound(const AudioSetup& setup, AudioFifo& fifo, FrameSoundMap* map);
 
-    // Of the first sound, hertz; 0 while there was none.
-    uint32_t FirstRate() const { return fFirstRate; }
     uint32_t Channels() const { return fChannels; }
     // True when the frame has the first sound, and Begin is to be called before it is taken.
     bool IsFirst(DIFFrame& frame) const;
@@ -88,7 +86,7 @@ private:
     FrameSoundMap* fMap;  // null: nobody asks
     FrameAudioReader fReader;
     uint32_t fChannels = 2;
-    uint32_t fFirstRate = 0;  // hertz
+    uint32_t fFirstRate = 0;  // of the first sound, hertz; 0 while there was none
     uint32_t fRate = 0;       // of the frames now
     std::unique_ptr<RateBridge> fBridge;
     uint64_t fFramesBefore = 0;  // before the first with sound

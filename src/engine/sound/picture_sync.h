@@ -4,18 +4,13 @@
 #include <cstdint>
 
 #include "engine/sound/frame_sound_map.h"
+#include "engine/sound/picture_pace.h"
 
 namespace kelvane {
 
 // How many samples of a channel a frame takes.
 struct SampleRange {
     uint32_t least, most;
-};
-
-// Where the pictures of a film lie: output frame n shows that of source frame `begin` + n x `step`,
-// evenly taken. They run `speed` times as fast as they were recorded.
-struct PicturePace {
-    double step = 1, begin = 0, speed = 1;
 };
 
 // Sound against the pictures that it was recorded with. As long as they are less than a quarter of

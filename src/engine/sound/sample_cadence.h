@@ -23,6 +23,12 @@ struct SampleCadence {
 // `pal` is the destination's system. Without sound (base 0) for a rate that is not known.
 SampleCadence CadenceFor(uint32_t rate, bool pal);
 
+// Seconds that a frame of a system lasts.
+constexpr double FrameSeconds(bool pal)
+{
+    return pal ? 1 / 25.0 : 1001 / 30000.0;
+}
+
 // Samples of a channel that `frames` frames of a system last, to the last whole one.
 constexpr uint64_t SamplesOfFrames(uint64_t frames, uint32_t rate, bool pal)
 {

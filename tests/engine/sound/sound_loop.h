@@ -4,7 +4,6 @@
 
 #include "engine/sound/audio_transfer.h"
 #include "engine/sound/made_up_sound.h"
-#include "engine/timing/film_pace.h"
 #include "engine/timing/frame_planner.h"
 #include "sample/sample_sound.h"
 #include "sample/unlocked_tape.h"
@@ -40,8 +39,7 @@ struct SoundLoop {
     void Go(uint64_t frames, const std::function<void(Bytes&, uint64_t)>& make = {})
     {
         const bool from = setup.source_is_pal, to = setup.destination_is_pal;
-        const FilmPace pace = PaceOf(settings, from, to);
-        setup.pace = {pace.step, pace.begin, pace.speed};
+        setup.pace = PaceOf(settings, from, to);
         AudioTransfer transfer(setup);
         if (stream) {
             EXPECT_TRUE(transfer.SetSourceStream(*stream, SampleCoding{}, 48000, channels));

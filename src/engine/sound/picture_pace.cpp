@@ -1,4 +1,4 @@
-#include "engine/timing/film_pace.h"
+#include "engine/sound/picture_pace.h"
 
 namespace kelvane {
 
@@ -12,10 +12,10 @@ constexpr double kReverseBegin = -0.45;
 
 }  // namespace
 
-FilmPace PaceOf(const ConversionSettings& settings, bool sourceIsPAL, bool destinationIsPAL)
+PicturePace PaceOf(const ConversionSettings& settings, bool source_is_pal, bool destination_is_pal)
 {
-    const double source = sourceIsPAL ? kRatePAL : kRateNTSC;
-    const double destination = destinationIsPAL ? kRatePAL : kRateNTSC;
+    const double source = source_is_pal ? kRatePAL : kRateNTSC;
+    const double destination = destination_is_pal ? kRatePAL : kRateNTSC;
     const double recorded = source / destination;
     const bool reverse =
         settings.op == Operation::kToPAL && settings.timeresampling == ResamplingMethod::kPulldown;
